@@ -21,6 +21,13 @@ public:
     virtual bool saveAsPreviousVersion(const QString& source, const QString& target) = 0;
     // Version text of the running host ("23.1"); empty when it cannot be determined.
     virtual QString version() = 0;
+    // The host's folder of the given kind (kind 3: the per-user folder under which the
+    // library keeps its settings); empty when the host cannot tell.
+    virtual QString folder(int kind)
+    {
+        Q_UNUSED(kind);
+        return {};
+    }
 };
 
 // The host in force for this process, or null. Not owned.
