@@ -4,7 +4,10 @@
 // helpers, specification descriptions, formulas, digests and transactions.
 #include "catalog_tree.h"
 #include "digest.h"
+#include "element_ops.h"
 #include "esconvert.h"
 #include "formula.h"
+#include "object.h"
 #include "spec_description.h"
+#include "stdsize.h"
 #include "transaction_scope.h"
