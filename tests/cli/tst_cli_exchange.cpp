@@ -1,0 +1,302 @@
+// Export, import and verify through the real ussctl binary: round trips, the element list,
+// the dry run, the conflict policy and rejected archives.
+#include "clitestsupport.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+using namespace clitest;
+
+namespace {
+
+const QString notExportFile = QStringLiteral(
+    "Файл не является файлом экспортированных элементов.\nДля получения информации по "
+    "устранению проблемы нажмите кнопку Справка.");
+
+QString listWithoutHeader(const QString& catalog)
+{
+    const Run run = ussctl({"list", catalog});
+    return run.out.section('\n', 1);
+}
+
+} // namespace
+
+class CliExchange : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void roundTripRecreatesTheCatalog();
+    void exportWritesOnlyListedElements_data();
+    void exportWritesOnlyListedElements();
+    void exportAddsExtensionOfKind();
+    void dryRunReportsEachRecordAndWritesNothing();
+    void conflictPolicy_data();
+    void conflictPolicy();
+    void allPresentWritesNothing();
+    void rejectedArchives_data();
+    void rejectedArchives();
+    void verifyAcceptsWrittenArchive();
+    void verifyRejectsDamagedEntry();
+
+private:
+    QString path(const QString& name) const { return m_dir.filePath(name); }
+    // Source catalog: packet "Трубы" with X1..X3, packet "Опоры" with S1; X1 and X2 share one
+    // model file.
+    QString makeSource(const QString& name, const QString& x2Date, double x2Length);
+
+    QTemporaryDir m_dir;
+    QString m_modelFile;
+};
+
+void CliExchange::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    m_modelFile = path("bend.m3d");
+    QByteArray model;
+    for (int i = 0; i < 2000; ++i)
+        model += "<g data-layer=\"" + QByteArray::number(i) + "\"/>\n";
+    writeFile(m_modelFile, model);
+}
+
+QString CliExchange::makeSource(const QString& name, const QString& x2Date, double x2Length)
+{
+    const QString file = path(name);
+    TestCatalog catalog(file, "user_tx");
+    catalog.addElement("Трубы", "Отводы\\90", "X1", "01.02.2024 10:00:00", "ivan\\pc1", 1.5,
+                       m_modelFile);
+    catalog.addElement("Трубы", "Отводы\\90", "X2", x2Date, "ivan\\pc1", x2Length, m_modelFile);
+    catalog.addElement("Трубы", "Тройники", "X3", "01.02.2024 10:00:00", "ivan\\pc1", 3);
+    catalog.addElement("Опоры", "", "S1", "01.02.2024 10:00:00", "ivan\\pc1", 4);
+    return file;
+}
+
+void CliExchange::roundTripRecreatesTheCatalog()
+{
+    const QString source = makeSource("round_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path("round.uss");
+    const Run exported = ussctl({"export", source, archive});
+    QCOMPARE(exported.exitCode, 0);
+    QCOMPARE(exported.out, QString("exported 4 elements to %1\n").arg(archive));
+
+    const QString target = path("round_target.db");
+    QCOMPARE(ussctl({"create", "--kind", "tx", target}).exitCode, 0);
+    const Run imported = ussctl({"import", target, archive});
+    QVERIFY2(imported.exitCode == 0, qPrintable(imported.err));
+    QCOMPARE(imported.out, QString("imported 4 of 4 (new 4, replaced 0)\n"));
+    QVERIFY2(imported.err.contains("Импорт пользовательских элементов завершен."),
+             qPrintable(imported.err));
+
+    QCOMPARE(listWithoutHeader(target), listWithoutHeader(source));
+    QCOMPARE(valueOf(target, "Трубы", "X2", "Length"), QString("2.5"));
+    QCOMPARE(valueOf(target, "Опоры", "S1", "USS_AUTHOR"), QString("ivan\\pc1"));
+}
+
+void CliExchange::exportWritesOnlyListedElements_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("one pair") << QStringList{"--list", "Трубы;X3"} << 0 << "exported 1 elements to";
+    QTest::newRow("two pairs, own separator")
+        << QStringList{"--list", "Трубы|X1|Опоры|S1", "--separator", "|"} << 0
+        << "exported 2 elements to";
+    QTest::newRow("unknown pair skipped")
+        << QStringList{"--list", "Трубы;X1;Трубы;nothing"} << 0 << "exported 1 elements to";
+    QTest::newRow("odd list") << QStringList{"--list", "Трубы;X1;Опоры"} << 2
+                              << "the list must hold packet and id pairs (3 parts)";
+    QTest::newRow("nothing matches")
+        << QStringList{"--list", "Трубы;nothing"} << 1 << "no element of the list was found";
+}
+
+void CliExchange::exportWritesOnlyListedElements()
+{
+    QFETCH(QStringList, options);
+    QFETCH(int, exitCode);
+    QFETCH(QString, expected);
+    const QString source = path("list_source.db");
+    if (!QFile::exists(source)) makeSource("list_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path("listed.uss");
+    QFile::remove(archive);
+    const Run run = ussctl(QStringList{"export", source, archive} + options);
+    QCOMPARE(run.exitCode, exitCode);
+    QVERIFY2((run.out + run.err).contains(expected), qPrintable(run.out + run.err));
+    QCOMPARE(QFile::exists(archive), exitCode == 0);
+}
+
+void CliExchange::exportAddsExtensionOfKind()
+{
+    const QString source = path("ext_source.db");
+    {
+        TestCatalog catalog(source, "user_vo");
+        catalog.addElement("P", "F", "E1", "d", "a", 1);
+    }
+    const Run run = ussctl({"export", source, path("noext")});
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(QFile::exists(path("noext.vos")));
+    const Run verified = ussctl({"verify", path("noext.vos")});
+    QCOMPARE(verified.exitCode, 0);
+    QVERIFY2(verified.out.contains("kind vo, document vobject.json"), qPrintable(verified.out));
+}
+
+void CliExchange::dryRunReportsEachRecordAndWritesNothing()
+{
+    const QString source = makeSource("dry_source.db", "05.05.2024 12:00:00", 7);
+    const QString archive = path("dry.uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+
+    const QString target = path("dry_target.db");
+    {
+        TestCatalog catalog(target, "user_tx");
+        catalog.addElement("Трубы", "Отводы\\90", "X1", "01.02.2024 10:00:00", "ivan\\pc1", 1.5);
+        catalog.addElement("Трубы", "Отводы\\90", "X2", "01.02.2024 10:00:00", "petr\\pc2", 2);
+    }
+    const QByteArray before = readFile(target);
+    const Run run = ussctl({"import", "--dry-run", target, archive});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/dry_run.txt"))));
+    QCOMPARE(valueOf(target, "Трубы", "X3", "Length"), QString());
+    QCOMPARE(valueOf(target, "Трубы", "X2", "Length"), QString("2"));
+    QCOMPARE(readFile(target), before);
+}
+
+void CliExchange::conflictPolicy_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("x2Length");
+    QTest::addColumn<QString>("x2Author");
+    QTest::addColumn<QString>("summary");
+    QTest::newRow("default keeps") << QStringList{} << "2"
+                                   << "petr\\pc2"
+                                   << "imported 2 of 2 (new 2, replaced 0)\n";
+    QTest::newRow("keep") << QStringList{"--policy", "keep"} << "2"
+                          << "petr\\pc2"
+                          << "imported 2 of 2 (new 2, replaced 0)\n";
+    QTest::newRow("replace") << QStringList{"--policy", "replace"} << "7"
+                             << "ivan\\pc1"
+                             << "imported 3 of 3 (new 2, replaced 1)\n";
+}
+
+void CliExchange::conflictPolicy()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, x2Length);
+    QFETCH(QString, x2Author);
+    QFETCH(QString, summary);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag()).replace(' ', '_');
+    const QString source = makeSource("policy_source_" + tag + ".db", "05.05.2024 12:00:00", 7);
+    const QString archive = path("policy_" + tag + ".uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    const QString target = path("policy_target_" + tag + ".db");
+    {
+        TestCatalog catalog(target, "user_tx");
+        catalog.addElement("Трубы", "Отводы\\90", "X1", "01.02.2024 10:00:00", "ivan\\pc1", 1.5);
+        catalog.addElement("Трубы", "Отводы\\90", "X2", "01.02.2024 10:00:00", "petr\\pc2", 2);
+    }
+    const Run run = ussctl(QStringList{"import", target, archive} + options);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.out, summary);
+    QCOMPARE(valueOf(target, "Трубы", "X2", "Length"), x2Length);
+    QCOMPARE(valueOf(target, "Трубы", "X2", "USS_AUTHOR"), x2Author);
+    QCOMPARE(valueOf(target, "Трубы", "X3", "Length"), QString("3"));
+    QCOMPARE(valueOf(target, "Опоры", "S1", "Length"), QString("4"));
+}
+
+void CliExchange::allPresentWritesNothing()
+{
+    const QString source = makeSource("present_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path("present.uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    QCOMPARE(ussctl({"import", source, archive, "--policy", "replace"}).exitCode, 0);
+    const Run again = ussctl({"import", source, archive, "--policy", "replace"});
+    QCOMPARE(again.exitCode, 0);
+    QVERIFY2(again.err.contains("Все импортируемые элементы присутствуют в базе."),
+             qPrintable(again.err));
+    QCOMPARE(again.out, QString("imported 0 of 0 (new 0, replaced 0)\n"));
+}
+
+void CliExchange::rejectedArchives_data()
+{
+    const QString source = makeSource("reject_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString txArchive = path("reject_tx.uss");
+    QCOMPARE(ussctl({"export", source, txArchive}).exitCode, 0);
+    const QString text = path("reject_text.uss");
+    writeFile(text, "PK but not really an archive");
+    const QString truncated = path("reject_truncated.uss");
+    writeFile(truncated, readFile(txArchive).left(readFile(txArchive).size() / 2));
+    const QString missing = path("reject_missing.uss");
+
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("archive");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("missing file") << "tx" << missing << 3 << "archive not found: " + missing;
+    QTest::newRow("not an archive") << "tx" << text << 1 << notExportFile;
+    QTest::newRow("truncated archive") << "tx" << truncated << 1 << notExportFile;
+    QTest::newRow("other kind's archive") << "vk" << txArchive << 1 << notExportFile;
+}
+
+void CliExchange::rejectedArchives()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, archive);
+    QFETCH(int, exitCode);
+    QFETCH(QString, message);
+    const QString target = path("rejecting_" + kind + ".db");
+    if (!QFile::exists(target)) QCOMPARE(ussctl({"create", "--kind", kind, target}).exitCode, 0);
+    const QByteArray before = readFile(target);
+    const Run run = ussctl({"import", target, archive});
+    QCOMPARE(run.exitCode, exitCode);
+    QVERIFY2(run.err.contains(message), qPrintable(run.err));
+    QCOMPARE(readFile(target), before);
+    QCOMPARE(ussctl({"list", "--summary", target}).out.section('\n', 1),
+             QString("total: 0 packets, 0 folders, 0 elements\n"));
+}
+
+void CliExchange::verifyAcceptsWrittenArchive()
+{
+    const QString source = makeSource("verify_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path("verify.uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    const Run run = ussctl({"verify", archive});
+    QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
+    QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/verify.txt"))).arg(archive));
+}
+
+void CliExchange::verifyRejectsDamagedEntry()
+{
+    const QString source = makeSource("crc_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path("crc.uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    QByteArray bytes = readFile(archive);
+    // The first occurrence of the model's name is its local header: 30 fixed bytes, the name,
+    // the extra field, then the data. Damage one byte in the middle of the data.
+    const QByteArray name = "TX\\model\\1.m3d";
+    const qsizetype nameAt = bytes.indexOf(name);
+    QVERIFY(nameAt >= 30);
+    const qsizetype header = nameAt - 30;
+    QCOMPARE(bytes.mid(header, 4), QByteArray("PK\x03\x04", 4));
+    const auto u16 = [&](qsizetype at) {
+        return qFromLittleEndian<quint16>(reinterpret_cast<const uchar*>(bytes.constData() + at));
+    };
+    const auto u32 = [&](qsizetype at) {
+        return qFromLittleEndian<quint32>(reinterpret_cast<const uchar*>(bytes.constData() + at));
+    };
+    const qsizetype data = nameAt + u16(header + 26) + u16(header + 28);
+    const quint32 compressed = u32(header + 18);
+    QVERIFY(compressed > 4);
+    bytes[data + compressed / 2] = char(bytes[data + compressed / 2] ^ 0x5a);
+    const QString damaged = path("crc_damaged.uss");
+    writeFile(damaged, bytes);
+
+    const Run run = ussctl({"verify", damaged});
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.out.contains("TX\\model\\1.m3d: "), qPrintable(run.out));
+    QVERIFY2(run.out.endsWith("FAILED\n"), qPrintable(run.out));
+}
+
+QTEST_GUILESS_MAIN(CliExchange)
+#include "tst_cli_exchange.moc"

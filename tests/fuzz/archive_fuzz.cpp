@@ -1,0 +1,103 @@
+// Fuzz target over the exchange archive reader: each input is taken as an archive file and
+// read for a target catalog the way an import reads it (document, checks, decisions against
+// the catalog's elements, extraction of every entry the document names). Anything other
+// than an orderly refusal is a bug: a crash, a sanitizer report or an escaping exception.
+#include "exchange/Libs/zipper/ziperror.h"
+#include "exchange/importarchive.h"
+#include "exchange/importdecision.h"
+
+#include <esdata/esdata.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtGlobal>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace {
+
+std::u16string es(const QString& text)
+{
+    return std::u16string(reinterpret_cast<const char16_t*>(text.utf16()), size_t(text.size()));
+}
+
+void silent(QtMsgType, const QMessageLogContext&, const QString&)
+{}
+
+// One target catalog for the whole run, holding an element that archives of the corpus name,
+// so that decisions meet both new and existing elements.
+struct Target
+{
+    QTemporaryDir dir;
+    es_provider_t* provider = nullptr;
+    QString input;
+
+    Target()
+    {
+        qInstallMessageHandler(silent);
+        provider = esx_OpenCatalog(es(dir.filePath("target.db")).c_str(), u"user_tx", true);
+        es_packet_t* packet = provider_AddPacket(provider, u"Трубы");
+        es_folder_t* folder = folder_AddChildFolder(packet_GetRootFolder(packet), u"Отводы");
+        es_table_t* table = folder_GetTable(folder);
+        es_attribute_t* date =
+            table_AddAttribute(table, u"USS_LAST_CHANGE_DATE", u"USS_LAST_CHANGE_DATE", 3);
+        es_stdsize_t* element = table_AddStdSize(table, u"1");
+        stdsize_SetValueS(element, date, u"01.01.2024 00:00:00");
+        input = dir.filePath("input.uss");
+    }
+};
+
+Target& target()
+{
+    static Target instance;
+    return instance;
+}
+
+void extractNamed(exchange::ImportArchive& archive, const QString& name)
+{
+    if (name.isEmpty()) return;
+    try {
+        archive.extract(name);
+    } catch (const zipper::error&) {
+        // A damaged entry is an orderly refusal.
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    Target& t = target();
+    if (!t.provider) return 0;
+    {
+        QFile file(t.input);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) return 0;
+        file.write(reinterpret_cast<const char*>(data), qint64(size));
+    }
+    exchange::ImportArchive archive;
+    if (archive.open(t.input, t.provider) != exchange::ImportArchive::Status::Ok) {
+        // Every refusal has its user text.
+        if (archive.errorText().isEmpty()) __builtin_trap();
+        return 0;
+    }
+    std::vector<exchange::ImportRecord>& records = archive.records();
+    exchange::decide(records, t.provider);
+    for (const exchange::ImportRecord& record : records) {
+        if (record.model) {
+            extractNamed(archive, record.model->file);
+            extractNamed(archive, record.model->icon);
+        }
+        for (const exchange::ProjectionRecord& projection : record.prj) {
+            extractNamed(archive, projection.file);
+            extractNamed(archive, projection.icon);
+        }
+        if (record.repPath) extractNamed(archive, *record.repPath);
+    }
+    // Whatever was extracted stays inside the import's own temporary folder.
+    const QString folder = archive.temporaryFolder();
+    if (!folder.isEmpty() && !QDir(folder).exists()) __builtin_trap();
+    return 0;
+}
