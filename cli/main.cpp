@@ -24,7 +24,9 @@ const QList<Command>& commands()
         {"export", "export elements of a catalog into an exchange archive", ussctl::runExport},
         {"import", "import an exchange archive into a catalog", ussctl::runImport},
         {"verify", "check an exchange archive without a catalog", ussctl::runVerify},
+#ifdef USSCTL_WITH_GENERATOR
         {"generate", "fill a new catalog with synthetic elements", ussctl::runGenerate},
+#endif
     };
     return table;
 }
