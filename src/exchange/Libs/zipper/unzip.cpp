@@ -1,0 +1,159 @@
+#include "unzip.h"
+
+#include "ziperror.h"
+
+#include <QFile>
+
+#include <zip.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace zipper {
+
+namespace {
+constexpr std::int64_t chunkSize = 256 * 1024;
+
+struct FileCloser
+{
+    void operator()(zip_file_t* file) const { zip_fclose(file); }
+};
+} // namespace
+
+QString unzip::normalized(QString entryName)
+{
+    entryName.replace(QLatin1Char('/'), QLatin1Char('\\'));
+    return entryName;
+}
+
+unzip::unzip(const QString& path, const limits& bounds) : m_path(path), m_limits(bounds)
+{
+    int code = 0;
+    m_zip = zip_open(QFile::encodeName(path).constData(), ZIP_RDONLY, &code);
+    if (!m_zip) {
+        zip_error_t err;
+        zip_error_init_with_code(&err, code);
+        const int sys = zip_error_code_system(&err);
+        zip_error_fini(&err);
+        throw error("Failed to open archive", path.toStdString(), code, sys);
+    }
+    const zip_int64_t count = zip_get_num_entries(m_zip, 0);
+    if (count < 0 || count > m_limits.maxEntries) {
+        zip_discard(m_zip);
+        m_zip = nullptr;
+        throw error("Too many entries in archive", path.toStdString(), ZIP_ER_INCONS, 0);
+    }
+    m_index.reserve(qsizetype(count));
+    for (zip_int64_t i = 0; i < count; ++i) {
+        const char* name = zip_get_name(m_zip, zip_uint64_t(i), ZIP_FL_ENC_GUESS);
+        if (!name) continue;
+        const QString key = normalized(QString::fromUtf8(name));
+        if (!m_index.contains(key)) m_index.insert(key, zip_uint64_t(i));
+    }
+}
+
+unzip::~unzip()
+{
+    if (m_zip) zip_discard(m_zip);
+}
+
+bool unzip::contains(const QString& entryName) const
+{
+    return m_index.contains(normalized(entryName));
+}
+
+std::int64_t unzip::declaredSize(const QString& entryName) const
+{
+    const auto it = m_index.constFind(normalized(entryName));
+    if (it == m_index.cend()) return -1;
+    zip_stat_t st;
+    if (zip_stat_index(m_zip, *it, 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE)) return -1;
+    return std::int64_t(st.size);
+}
+
+template <class Sink>
+void unzip::readEntry(const QString& entryName, std::int64_t maxBytes, Sink&& sink)
+{
+    const std::string subject = entryName.toStdString();
+    const auto it = m_index.constFind(normalized(entryName));
+    if (it == m_index.cend()) throw error("No such entry in archive", subject, ZIP_ER_NOENT, 0);
+    zip_stat_t st;
+    zip_stat_init(&st);
+    if (zip_stat_index(m_zip, *it, 0, &st) != 0) {
+        zip_error_t* err = zip_get_error(m_zip);
+        throw error("Failed to read entry", subject, zip_error_code_zip(err),
+                    zip_error_code_system(err));
+    }
+    const QString stored = QString::fromUtf8(st.name ? st.name : "");
+    if (stored.endsWith(QLatin1Char('/'))) throw error("entry.isFile()", subject, ZIP_ER_INVAL, 0);
+    const std::int64_t declared = (st.valid & ZIP_STAT_SIZE) ? std::int64_t(st.size) : -1;
+    const std::int64_t compressed =
+        (st.valid & ZIP_STAT_COMP_SIZE) ? std::int64_t(st.comp_size) : -1;
+    if (declared > maxBytes) throw error("Entry is too large", subject, ZIP_ER_INCONS, 0);
+
+    std::unique_ptr<zip_file_t, FileCloser> file(zip_fopen_index(m_zip, *it, 0));
+    if (!file) {
+        zip_error_t* err = zip_get_error(m_zip);
+        throw error("Failed to open entry", subject, zip_error_code_zip(err),
+                    zip_error_code_system(err));
+    }
+    std::unique_ptr<char[]> buffer(new char[chunkSize]);
+    std::int64_t total = 0;
+    for (;;) {
+        // libzip reports a CRC mismatch only on the read after the last byte, so the loop
+        // always runs until a read returns 0.
+        const zip_int64_t n = zip_fread(file.get(), buffer.get(), zip_uint64_t(chunkSize));
+        if (n < 0) {
+            zip_error_t* err = zip_file_get_error(file.get());
+            throw error("Failed to read entry", subject, zip_error_code_zip(err),
+                        zip_error_code_system(err));
+        }
+        if (n == 0) break;
+        total += n;
+        m_extracted += n;
+        if (declared >= 0 && total > declared)
+            throw error("Entry is longer than declared", subject, ZIP_ER_INCONS, 0);
+        if (total > maxBytes) throw error("Entry is too large", subject, ZIP_ER_INCONS, 0);
+        if (m_extracted > m_limits.maxTotalBytes)
+            throw error("Archive expands beyond the allowed size", m_path.toStdString(),
+                        ZIP_ER_INCONS, 0);
+        if (total > m_limits.ratioFloor && compressed >= 0 &&
+            total > m_limits.maxRatio * std::max<std::int64_t>(compressed, 1))
+            throw error("Entry expands beyond the allowed ratio", subject, ZIP_ER_INCONS, 0);
+        sink(buffer.get(), n);
+    }
+    if (declared >= 0 && total != declared)
+        throw error("Entry is shorter than declared", subject, ZIP_ER_INCONS, 0);
+}
+
+QByteArray unzip::readAll(const QString& entryName, std::int64_t maxBytes)
+{
+    QByteArray bytes;
+    const std::int64_t declared = declaredSize(entryName);
+    if (declared > 0 && declared <= maxBytes) bytes.reserve(qsizetype(declared));
+    readEntry(entryName, maxBytes,
+              [&bytes](const char* data, std::int64_t n) { bytes.append(data, qsizetype(n)); });
+    return bytes;
+}
+
+void unzip::extract(const QString& entryName, const QString& targetPath)
+{
+    QFile target(targetPath);
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        throw error("Failed to create file", targetPath.toStdString(), ZIP_ER_OPEN, 0);
+    try {
+        readEntry(entryName, m_limits.maxTotalBytes, [&](const char* data, std::int64_t n) {
+            if (target.write(data, n) != n)
+                throw error("Failed to write file", targetPath.toStdString(), ZIP_ER_WRITE, 0);
+        });
+        if (!target.flush())
+            throw error("Failed to write file", targetPath.toStdString(), ZIP_ER_WRITE, 0);
+        target.close();
+    } catch (...) {
+        target.close();
+        target.remove();
+        throw;
+    }
+}
+
+} // namespace zipper

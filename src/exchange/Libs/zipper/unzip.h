@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+
+#include <cstdint>
+
+struct zip;
+
+namespace zipper {
+
+// Limits that keep a hostile or broken archive from filling the disk or the memory.
+struct limits
+{
+    std::int64_t maxEntries = 1'000'000;
+    // Sum of the bytes actually extracted through one unzip object.
+    std::int64_t maxTotalBytes = std::int64_t(32) << 30;
+    // Bytes extracted per compressed byte of an entry, checked once an entry passed
+    // ratioFloor bytes (small files legitimately compress far).
+    std::int64_t maxRatio = 1100;
+    std::int64_t ratioFloor = std::int64_t(1) << 20;
+};
+
+// Reads a ZIP archive. Entry names are looked up with "/" and "\" taken as the same
+// separator. Every read goes to the end of the entry, counting the bytes: a CRC error, an
+// entry longer or shorter than its declared size, or a broken limit throws zipper::error,
+// and a file being extracted is deleted.
+class unzip
+{
+public:
+    // Opens path read-only. Throws zipper::error when it is not a readable ZIP archive or
+    // holds more entries than allowed.
+    explicit unzip(const QString& path, const limits& bounds = limits());
+    ~unzip();
+    unzip(const unzip&) = delete;
+    unzip& operator=(const unzip&) = delete;
+
+    // Entry names are compared after "/" is turned into "\".
+    bool contains(const QString& entryName) const;
+    // Declared uncompressed size, or -1 when there is no such entry.
+    std::int64_t declaredSize(const QString& entryName) const;
+    int entryCount() const { return int(m_index.size()); }
+
+    // The whole entry in memory; throws zipper::error when it is missing, damaged or larger
+    // than maxBytes.
+    QByteArray readAll(const QString& entryName, std::int64_t maxBytes);
+    // Extracts the entry into targetPath (created or replaced); on any failure the target is
+    // removed and zipper::error is thrown.
+    void extract(const QString& entryName, const QString& targetPath);
+
+    static QString normalized(QString entryName);
+
+private:
+    template <class Sink>
+    void readEntry(const QString& entryName, std::int64_t maxBytes, Sink&& sink);
+
+    struct ::zip* m_zip = nullptr;
+    QString m_path;
+    limits m_limits;
+    std::int64_t m_extracted = 0;
+    QHash<QString, std::uint64_t> m_index;
+};
+
+} // namespace zipper

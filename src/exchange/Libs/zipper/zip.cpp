@@ -1,0 +1,124 @@
+#include "zip.h"
+
+#include "unzip.h"
+#include "ziperror.h"
+
+#include <QFile>
+
+#include <cstdlib>
+#include <cstring>
+
+#include <zip.h>
+
+namespace zipper {
+
+namespace {
+[[noreturn]] void fail(const char* what, const QString& subject, zip_error_t* err)
+{
+    throw error(what, subject.toStdString(), err ? zip_error_code_zip(err) : 0,
+                err ? zip_error_code_system(err) : 0);
+}
+} // namespace
+
+zip::zip(const QString& path) : m_path(path)
+{
+    int code = 0;
+    m_zip = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
+    if (!m_zip) {
+        zip_error_t err;
+        zip_error_init_with_code(&err, code);
+        const int sys = zip_error_code_system(&err);
+        zip_error_fini(&err);
+        throw error("Failed to create archive", path.toStdString(), code, sys);
+    }
+}
+
+zip::~zip()
+{
+    discard();
+}
+
+void zip::setCompression(long long index)
+{
+    // libzip's own default is the slowest level; match what zip(1) writes by default.
+    zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_DEFLATE, zip_uint32_t(m_level));
+}
+
+void zip::addFile(const QString& sourcePath, const QString& entryName)
+{
+    if (!m_zip)
+        throw error("Failed to add file to archive", entryName.toStdString(), ZIP_ER_INVAL, 0);
+    zip_source_t* source = zip_source_file(m_zip, QFile::encodeName(sourcePath).constData(), 0, -1);
+    if (!source) fail("Failed to add file to archive", sourcePath, zip_get_error(m_zip));
+    const QByteArray name = unzip::normalized(entryName).toUtf8();
+    const zip_int64_t index = zip_file_add(m_zip, name.constData(), source, ZIP_FL_ENC_UTF_8);
+    if (index < 0) {
+        zip_source_free(source);
+        fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
+    }
+    setCompression(index);
+}
+
+void zip::addBytes(const QByteArray& bytes, const QString& entryName)
+{
+    if (!m_zip)
+        throw error("Failed to add file to archive", entryName.toStdString(), ZIP_ER_INVAL, 0);
+    // libzip keeps the buffer until commit, so it gets a copy it frees itself.
+    void* copy = nullptr;
+    if (!bytes.isEmpty()) {
+        copy = std::malloc(size_t(bytes.size()));
+        if (!copy)
+            throw error("Failed to add file to archive", entryName.toStdString(), ZIP_ER_MEMORY, 0);
+        std::memcpy(copy, bytes.constData(), size_t(bytes.size()));
+    }
+    zip_source_t* source = zip_source_buffer(m_zip, copy, zip_uint64_t(bytes.size()), 1);
+    if (!source) {
+        std::free(copy);
+        fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
+    }
+    const QByteArray name = unzip::normalized(entryName).toUtf8();
+    const zip_int64_t index = zip_file_add(m_zip, name.constData(), source, ZIP_FL_ENC_UTF_8);
+    if (index < 0) {
+        zip_source_free(source);
+        fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
+    }
+    setCompression(index);
+}
+
+void zip::setCommitProgress(std::function<void(double)> callback)
+{
+    m_commitProgress = std::move(callback);
+    if (!m_zip) return;
+    if (m_commitProgress)
+        zip_register_progress_callback_with_state(
+            m_zip, 0.01,
+            [](zip_t*, double share, void* self) {
+                static_cast<zip*>(self)->m_commitProgress(share);
+            },
+            nullptr, this);
+    else
+        zip_register_progress_callback_with_state(m_zip, 0.01, nullptr, nullptr, nullptr);
+}
+
+void zip::commit()
+{
+    if (!m_zip) throw error("Failed to write archive", m_path.toStdString(), ZIP_ER_INVAL, 0);
+    if (zip_close(m_zip) != 0) {
+        zip_error_t* err = zip_get_error(m_zip);
+        const int ze = zip_error_code_zip(err);
+        const int se = zip_error_code_system(err);
+        discard();
+        throw error("Failed to write archive", m_path.toStdString(), ze, se);
+    }
+    m_zip = nullptr;
+}
+
+void zip::discard()
+{
+    if (m_zip) {
+        zip_discard(m_zip);
+        m_zip = nullptr;
+    }
+}
+
+} // namespace zipper

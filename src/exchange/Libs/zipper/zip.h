@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+
+struct zip;
+
+namespace zipper {
+
+// Writes a new ZIP archive. Entries are collected first and written when commit() runs:
+// libzip writes into a temporary file beside the target and renames it over the target only
+// on success, so an archive that is not committed (an error, a stop, a destroyed object)
+// leaves whatever was at the target before untouched.
+//
+// Files added from disk are streamed from their paths at commit time; nothing of their
+// content is held in memory. Names are stored as UTF-8 with "/" turned into "\".
+class zip
+{
+public:
+    // Opens path for writing, replacing its content on commit. Throws zipper::error.
+    explicit zip(const QString& path);
+    ~zip(); // discards everything not committed
+    zip(const zip&) = delete;
+    zip& operator=(const zip&) = delete;
+
+    // Adds the file at sourcePath under entryName. Throws "Failed to add file to archive".
+    void addFile(const QString& sourcePath, const QString& entryName);
+    // Adds a copy of bytes under entryName. Throws "Failed to add file to archive".
+    void addBytes(const QByteArray& bytes, const QString& entryName);
+
+    // Deflate level 1..9 for entries added from now on (6 when not set, as zip(1) does).
+    void setCompressionLevel(int level) { m_level = level; }
+
+    // Called during commit() with the share written so far (0..1), at most every percent;
+    // long commits use it to keep their caller responsive.
+    void setCommitProgress(std::function<void(double)> callback);
+
+    // Writes the archive and closes it. Throws zipper::error; the target stays as it was.
+    void commit();
+    // Drops everything; the target stays as it was.
+    void discard();
+
+    bool isOpen() const { return m_zip != nullptr; }
+
+private:
+    void setCompression(long long index);
+
+    struct ::zip* m_zip = nullptr;
+    QString m_path;
+    int m_level = 6;
+    std::function<void(double)> m_commitProgress;
+};
+
+} // namespace zipper

@@ -1,0 +1,169 @@
+#include "exportuss.h"
+
+#include "Libs/zipper/zip.h"
+#include "archivekind.h"
+#include "document.h"
+#include "exchangetexts.h"
+#include "fileregistry.h"
+
+#include <catalog/catalog_tree.h>
+#include <catalog/notify.h>
+
+#include <QDebug>
+#include <QDir>
+#include <QElapsedTimer>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+namespace exchange {
+
+namespace {
+
+void collectFolder(es_folder_t* folder, std::vector<es_stdsize_t*>& out)
+{
+    es_table_t* table = folder_GetTable(folder);
+    const uint32_t count = table_GetStdSizeCount(table);
+    for (uint32_t i = 0; i < count; ++i)
+        if (es_stdsize_t* element = table_GetStdSize(table, i)) out.push_back(element);
+    const uint32_t children = folder_GetChildFolderCount(folder);
+    for (uint32_t i = 0; i < children; ++i)
+        collectFolder(folder_GetChildFolder(folder, i), out);
+}
+
+} // namespace
+
+std::vector<es_stdsize_t*> collectElements(es_provider_t* provider)
+{
+    std::vector<es_stdsize_t*> out;
+    const uint32_t count = provider_GetPacketCount(provider);
+    for (uint32_t i = 0; i < count; ++i)
+        collectFolder(packet_GetRootFolder(provider_GetPacket(provider, i)), out);
+    return out;
+}
+
+} // namespace exchange
+
+using namespace exchange;
+
+namespace {
+
+// Closes the indicator and removes the working folder however the export ends.
+class ExportSession
+{
+public:
+    explicit ExportSession(edw::IProgress& progress) : m_progress(progress) {}
+    ~ExportSession()
+    {
+        m_progress.end();
+        if (!m_folder.isEmpty()) QDir(m_folder).removeRecursively();
+    }
+    void setFolder(const QString& folder) { m_folder = folder; }
+
+private:
+    edw::IProgress& m_progress;
+    QString m_folder;
+};
+
+} // namespace
+
+QString ExportUss::workingFolder()
+{
+    std::error_code ec;
+    const std::filesystem::path temp = std::filesystem::temp_directory_path(ec);
+    const QString base = ec ? QDir::tempPath() : QString::fromStdString(temp.string());
+    return QDir(base).filePath(QStringLiteral("uss_export"));
+}
+
+bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& elements,
+                       bool previousVersion)
+{
+    return Export(path, elements, previousVersion, edw::nullProgress());
+}
+
+bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& elements,
+                       bool previousVersion, edw::IProgress& progress, const Options& options)
+{
+    if (elements.empty()) return false;
+    const QString key = archiveKey(edw::providerOf(elements.front()));
+    const int range = int(elements.size()) * 2;
+
+    progress.begin(texts::exportCaption(), range);
+    ExportSession session(progress);
+
+    // A folder left by an export that was killed is taken over and emptied.
+    const QString folder = workingFolder();
+    QDir(folder).removeRecursively();
+    QDir().mkpath(folder);
+    session.setFolder(folder);
+
+    FileRegistry registry(key, previousVersion, folder);
+
+    QElapsedTimer sinceKeepAlive;
+    sinceKeepAlive.start();
+    auto keepAlive = [&] {
+        if (sinceKeepAlive.elapsed() > 3000) {
+            progress.keepAlive();
+            sinceKeepAlive.restart();
+        }
+    };
+
+    double position = 0.0;
+    const QByteArray document = writeDocument(
+        key, elements, registry,
+        [&](int index) {
+            // Only odd indexes advance: this phase fills about a quarter of the range, and
+            // the file phase spreads the rest from where this one stopped.
+            if (index % 2 == 1) position += 1.0;
+            progress.setValue(int(position));
+            keepAlive();
+        },
+        options.exportDate);
+    if (document.isEmpty()) {
+        edw::messenger().critical(QString(), texts::jsonFailed());
+        return false;
+    }
+
+    std::unique_ptr<zipper::zip> archive;
+    try {
+        archive = std::make_unique<zipper::zip>(path);
+        archive->setCompressionLevel(options.compressionLevel);
+    } catch (const std::exception& e) {
+        qDebug() << e.what();
+        edw::messenger().critical(QString(), texts::archiveFailed());
+        return false;
+    }
+    try {
+        archive->addBytes(document, key + QStringLiteral(".json"));
+    } catch (const std::exception& e) {
+        qDebug() << e.what();
+        edw::messenger().critical(QString(), texts::jsonAddFailed());
+        return false;
+    }
+
+    const auto& records = registry.records();
+    const double step =
+        records.empty() ? 0.0 : (range - position) / (2.0 * double(records.size())) + 0.001;
+    try {
+        for (const auto& [digest, record] : records) {
+            if (!record.sourcePath.isEmpty())
+                archive->addFile(record.sourcePath, record.entry);
+            else
+                archive->addBytes(record.content, record.entry);
+            position += step;
+            progress.setValue(int(position));
+            if (!record.icon.isEmpty()) archive->addBytes(record.icon, record.iconEntry);
+            position += step;
+            progress.setValue(int(position));
+            keepAlive();
+        }
+        // The files are compressed while the archive is written out.
+        archive->setCommitProgress([&](double) { keepAlive(); });
+        archive->commit();
+    } catch (const std::exception& e) {
+        qDebug() << e.what();
+        return false;
+    }
+    return true;
+}

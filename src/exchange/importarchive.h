@@ -1,0 +1,71 @@
+#pragma once
+
+#include "importrecord.h"
+
+#include <esdata/esdata.h>
+
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+namespace exchange {
+
+// An exchange archive opened for import into one catalog: the checked document, its records,
+// and the extraction of the entries they name into a temporary folder of this import (removed
+// with the object).
+//
+//   exchange::ImportArchive archive;
+//   if (archive.open(path, provider) != exchange::ImportArchive::Status::Ok)
+//       show(archive.errorText());
+//   ... decide (importdecision.h), then write with ImportWorker (importworker.h)
+class ImportArchive
+{
+public:
+    enum class Status
+    {
+        Ok,
+        NotExportFile, // not a ZIP archive, no document for the target's kind, a bad document
+        NoElements,    // the document holds no element
+        OtherLibrary,  // lib-name is not the target's key
+    };
+
+    ImportArchive();
+    ~ImportArchive();
+    ImportArchive(const ImportArchive&) = delete;
+    ImportArchive& operator=(const ImportArchive&) = delete;
+
+    // Reads and checks the archive at path for the target catalog, in this order: the document
+    // K + ".json" (K of the target) is found and well formed; it holds records; its lib-name
+    // is K. Throws std::runtime_error("Unknown user database") for a target of unknown kind.
+    Status open(const QString& path, es_provider_t* target);
+    // The same for an archive key K given directly.
+    Status open(const QString& path, const QString& key);
+
+    Status status() const { return m_status; }
+    // The user's message for the status; empty for Ok.
+    QString errorText() const;
+
+    const DocumentHeader& header() const { return m_header; }
+    std::vector<ImportRecord>& records() { return m_records; }
+    const std::vector<ImportRecord>& records() const { return m_records; }
+
+    // Extracts the entry once and returns the path of the extracted file; a second request
+    // for the same name gives the same path. Empty for an empty name or a name that the
+    // archive does not hold. Throws zipper::error when the entry is damaged (CRC, size,
+    // limits); nothing of it is left behind then.
+    QString extract(const QString& entryName);
+    // How many entries were actually extracted so far.
+    int extractedCount() const;
+    // The temporary folder of this import; empty before the first extraction.
+    QString temporaryFolder() const;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+    Status m_status = Status::NotExportFile;
+    DocumentHeader m_header;
+    std::vector<ImportRecord> m_records;
+};
+
+} // namespace exchange

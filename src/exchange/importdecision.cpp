@@ -1,0 +1,87 @@
+#include "importdecision.h"
+
+#include <catalog/catalog_tree.h>
+#include <catalog/esconvert.h>
+
+#include <QRegularExpression>
+
+#include <vector>
+
+namespace exchange {
+
+namespace {
+const QString stampName = QStringLiteral("USS_LAST_CHANGE_DATE");
+}
+
+std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* provider)
+{
+    const std::map<QString, es_packet_t*> packets = edw::packets(provider);
+    const std::u16string stamp = edw::toEs(stampName);
+    std::vector<Decision> decisions;
+    decisions.reserve(records.size());
+    for (ImportRecord& record : records) {
+        record.existing = nullptr;
+        const auto packet = packets.find(record.packet);
+        if (packet != packets.end())
+            record.existing = packet_FindStdSize(packet->second, edw::toEs(record.id).c_str());
+        if (!record.existing) {
+            decisions.push_back(Decision::New);
+            continue;
+        }
+        es_value value{};
+        stdsize_GetValueByName(record.existing, stamp.c_str(), &value);
+        decisions.push_back(edw::valueToText(value) == record.value(stampName)
+                                ? Decision::Same
+                                : Decision::Conflict);
+    }
+    return decisions;
+}
+
+bool needsDecision(const std::vector<Decision>& decisions)
+{
+    for (const Decision d : decisions)
+        if (d != Decision::Same) return true;
+    return false;
+}
+
+void applyPolicy(std::vector<ImportRecord>& records, const std::vector<Decision>& decisions,
+                 ConflictPolicy policy)
+{
+    for (size_t i = 0; i < records.size() && i < decisions.size(); ++i) {
+        switch (decisions[i]) {
+        case Decision::New:
+            records[i].skip = false;
+            break;
+        case Decision::Same:
+            records[i].skip = true;
+            break;
+        case Decision::Conflict:
+            records[i].skip = policy == ConflictPolicy::KeepMine;
+            break;
+        }
+    }
+}
+
+size_t compactRecords(std::vector<ImportRecord>& records)
+{
+    std::erase_if(records, [](const ImportRecord& r) { return r.skip; });
+    return records.size();
+}
+
+std::optional<long long> hostVersionNumber(const QString& versionText)
+{
+    static const QRegularExpression noise(QStringLiteral("[.abrc]"));
+    QString cleaned = versionText;
+    cleaned.remove(noise);
+    bool ok = false;
+    const long long number = cleaned.trimmed().toLongLong(&ok);
+    if (!ok) return std::nullopt;
+    return number;
+}
+
+bool isLaterVersion(const ImportRecord& record, long long hostNumber)
+{
+    return record.model && record.model->version > hostNumber;
+}
+
+} // namespace exchange

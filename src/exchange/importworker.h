@@ -1,0 +1,93 @@
+#pragma once
+
+#include "importrecord.h"
+
+#include <esdata/esdata.h>
+
+#include <QFuture>
+#include <QFutureWatcher>
+#include <QObject>
+#include <QString>
+
+#include <atomic>
+#include <vector>
+
+namespace exchange {
+
+class ImportArchive;
+
+// Writes the kept records of an import into the catalog, one element at a time and each all
+// or nothing. A dialog starts it on the global thread pool and talks to it only through the
+// state word and the two signals (queued across threads); the command line and tests may
+// also call run() directly.
+//
+//   exchange::ImportWorker worker(archive, provider, keptRecords);
+//   connect(&worker, &ImportWorker::progress, bar, &QProgressBar::setValue);
+//   connect(&worker, &ImportWorker::finished, dialog, &QDialog::close);
+//   worker.start();          // or worker.run() on this thread
+//   ... dialog.exec(); worker.wait();
+//   message(worker.finishText());
+class ImportWorker : public QObject
+{
+    Q_OBJECT
+public:
+    // The shared state word, read before each record.
+    enum State
+    {
+        Run = 0,
+        Pause = 1,
+        Stop = 2
+    };
+
+    // archive must outlive the worker; it extracts the files the records name.
+    ImportWorker(ImportArchive& archive, es_provider_t* provider, std::vector<ImportRecord> records,
+                 QObject* parent = nullptr);
+    ~ImportWorker() override; // waits for a started run to end
+
+    // Imports every record on the calling thread; returns when done or stopped.
+    void run();
+    // Runs run() on a thread of QThreadPool::globalInstance(). Without a pool the future is
+    // cancelled and finished at once and nothing is written.
+    QFuture<void> start();
+    // The watcher of the started run (lives on the thread that created the worker).
+    QFutureWatcher<void>& watcher() { return m_watcher; }
+    // Waits until a started run has ended.
+    void wait();
+
+    void setState(int state) { m_stateWord->store(state); }
+    int state() const { return m_stateWord->load(); }
+    // Reads (and setState writes) word instead of the worker's own from now on; word must
+    // outlive the run. Null goes back to the worker's own.
+    void shareState(std::atomic<int>* word) { m_stateWord = word ? word : &m_state; }
+
+    int total() const { return int(m_records.size()); }
+    // Records handled so far (written or skipped).
+    int done() const { return m_done.load(); }
+    int written() const { return m_written.load(); }
+    // Records that could not be created (packet, folder, element or one of its files).
+    int skipped() const { return m_skipped.load(); }
+    // "Импорт пользовательских элементов завершен." when every record was written, else
+    // "Импорт прерван.\nИмпортировано <written> из <total>.".
+    QString finishText() const;
+
+signals:
+    // Count of records done, after each record.
+    void progress(int done);
+    void finished();
+
+private:
+    bool importRecord(const ImportRecord& record);
+
+    ImportArchive& m_archive;
+    es_provider_t* m_provider;
+    std::vector<ImportRecord> m_records;
+    std::atomic<int> m_state{Run};
+    std::atomic<int>* m_stateWord = &m_state;
+    std::atomic<int> m_done{0};
+    std::atomic<int> m_written{0};
+    std::atomic<int> m_skipped{0};
+    QFuture<void> m_future;
+    QFutureWatcher<void> m_watcher;
+};
+
+} // namespace exchange
