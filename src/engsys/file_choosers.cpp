@@ -1,0 +1,53 @@
+#include "engsys/file_choosers.h"
+
+#include "look/look.h"
+
+#include <QFileDialog>
+
+namespace edw {
+namespace {
+
+QFileDialog* makeChooser(QWidget* parent, const QString& title)
+{
+    auto* chooser = new QFileDialog(parent, title);
+#if !defined(Q_OS_WIN)
+    // Outside Windows there is no shell chooser to hand over to: use Qt's own, which wears
+    // the library's frame like every other dialog.
+    chooser->setOption(QFileDialog::DontUseNativeDialog, true);
+#endif
+    return chooser;
+}
+
+} // namespace
+
+QFileDialog* makeDirectoryChooser(QWidget* parent)
+{
+    QFileDialog* chooser =
+        makeChooser(parent, QStringLiteral("Выберите папку для сохранения чертежа ГРАИС"));
+    chooser->setObjectName(QStringLiteral("directoryChooser"));
+    chooser->setFileMode(QFileDialog::Directory);
+    chooser->setOption(QFileDialog::ShowDirsOnly, true);
+    // An empty starting folder means the current one.
+    chooser->setDirectory(QString());
+    return chooser;
+}
+
+QFileDialog* makeFileSavingChooser(QWidget* parent, const QString& defaultPath)
+{
+    QFileDialog* chooser = makeChooser(parent, QStringLiteral("Укажите имя файла для записи"));
+    chooser->setObjectName(QStringLiteral("fileSavingChooser"));
+    chooser->setAcceptMode(QFileDialog::AcceptSave);
+    chooser->setFileMode(QFileDialog::AnyFile);
+    chooser->setNameFilter(QStringLiteral("ГРАВИС-Чертежи (*.cdw)"));
+    chooser->selectFile(defaultPath);
+    return chooser;
+}
+
+QString runChooser(QFileDialog* chooser)
+{
+    if (chooser->testOption(QFileDialog::DontUseNativeDialog)) qt::attach_styled_frame(chooser);
+    if (chooser->exec() != QDialog::Accepted) return {};
+    return chooser->selectedFiles().value(0);
+}
+
+} // namespace edw
