@@ -1,0 +1,1293 @@
+#include "catalog.h"
+
+#include "command.h"
+#include "filestore.h"
+#include "sql.h"
+#include "text.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <map>
+
+namespace esdata {
+
+namespace {
+
+constexpr const char* kFormat = "esdata-catalog";
+constexpr int kFormatVersion = 1;
+
+const char* const kSchema = R"SQL(
+CREATE TABLE es_meta(key TEXT PRIMARY KEY, value) WITHOUT ROWID;
+CREATE TABLE es_packet(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  name TEXT NOT NULL UNIQUE,
+  root INTEGER);
+CREATE TABLE es_folder(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  packet INTEGER NOT NULL REFERENCES es_packet(id) ON DELETE CASCADE,
+  parent INTEGER REFERENCES es_folder(id) ON DELETE CASCADE,
+  name TEXT NOT NULL);
+CREATE UNIQUE INDEX es_folder_child ON es_folder(parent, name);
+CREATE INDEX es_folder_packet ON es_folder(packet);
+CREATE TABLE es_attribute(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  folder INTEGER NOT NULL REFERENCES es_folder(id) ON DELETE CASCADE,
+  pos INTEGER NOT NULL,
+  number INTEGER NOT NULL,
+  old_number INTEGER NOT NULL,
+  name TEXT NOT NULL,
+  description TEXT NOT NULL DEFAULT '',
+  type INTEGER NOT NULL,
+  var_name TEXT NOT NULL DEFAULT '',
+  measure TEXT NOT NULL DEFAULT '',
+  formula TEXT NOT NULL DEFAULT '',
+  UNIQUE(folder, name));
+CREATE INDEX es_attribute_pos ON es_attribute(folder, pos);
+CREATE TABLE es_element(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  packet INTEGER NOT NULL REFERENCES es_packet(id) ON DELETE CASCADE,
+  folder INTEGER NOT NULL REFERENCES es_folder(id) ON DELETE CASCADE,
+  ident TEXT NOT NULL,
+  type TEXT NOT NULL DEFAULT '',
+  representation BLOB,
+  UNIQUE(packet, ident));
+CREATE INDEX es_element_folder ON es_element(folder);
+CREATE TABLE es_value(
+  element INTEGER NOT NULL REFERENCES es_element(id) ON DELETE CASCADE,
+  attribute INTEGER NOT NULL REFERENCES es_attribute(id) ON DELETE CASCADE,
+  value,
+  PRIMARY KEY(element, attribute)) WITHOUT ROWID;
+CREATE INDEX es_value_attribute ON es_value(attribute);
+CREATE TABLE es_model(
+  element INTEGER PRIMARY KEY REFERENCES es_element(id) ON DELETE CASCADE,
+  file TEXT NOT NULL,
+  digest TEXT NOT NULL,
+  name TEXT NOT NULL,
+  version INTEGER NOT NULL,
+  icon BLOB);
+CREATE TABLE es_projection(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  element INTEGER NOT NULL REFERENCES es_element(id) ON DELETE CASCADE,
+  pos INTEGER NOT NULL,
+  name TEXT NOT NULL,
+  description TEXT NOT NULL,
+  type INTEGER NOT NULL,
+  view_type INTEGER NOT NULL,
+  file TEXT NOT NULL,
+  digest TEXT NOT NULL,
+  icon BLOB);
+CREATE INDEX es_projection_element ON es_projection(element, pos);
+CREATE TABLE es_spec(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  element INTEGER NOT NULL REFERENCES es_element(id) ON DELETE CASCADE,
+  pos INTEGER NOT NULL,
+  lib_name TEXT NOT NULL,
+  style INTEGER NOT NULL,
+  first_part INTEGER NOT NULL,
+  second_part INTEGER NOT NULL);
+CREATE INDEX es_spec_element ON es_spec(element, pos);
+CREATE TABLE es_spec_column(
+  spec INTEGER NOT NULL REFERENCES es_spec(id) ON DELETE CASCADE,
+  pos INTEGER NOT NULL,
+  num INTEGER NOT NULL,
+  formula TEXT NOT NULL,
+  PRIMARY KEY(spec, pos)) WITHOUT ROWID;
+)SQL";
+
+const std::vector<uint8_t> kNoBytes;
+const std::vector<es_folder*> kNoFolders;
+const std::vector<es_attribute*> kNoAttributes;
+const std::vector<es_stdsize*> kNoElements;
+const std::vector<es_projection*> kNoProjections;
+const std::vector<es_spec*> kNoSpecs;
+const Value kEmptyValue;
+
+void readValue(const Query& q, int c, Value& v)
+{
+    switch (q.type(c)) {
+    case SQLITE_INTEGER:
+        v.kind = ES_VALUE_INT;
+        v.i = q.i32(c);
+        v.s.clear();
+        break;
+    case SQLITE_FLOAT:
+        v.kind = ES_VALUE_REAL;
+        v.d = q.real(c);
+        v.s.clear();
+        break;
+    case SQLITE_TEXT:
+        v.kind = ES_VALUE_TEXT;
+        q.text(c, v.s);
+        break;
+    default:
+        v = Value();
+    }
+}
+
+} // namespace
+
+// Statement texts, in the order of the Stmt enumeration.
+enum Catalog::Stmt : unsigned
+{
+    sSavepoint,
+    sRelease,
+    sRollbackTo,
+    sBegin,
+    sCommit,
+    sRollback,
+    sPackets,
+    sPacketById,
+    sPacketByName,
+    sInsertPacket,
+    sSetPacketRoot,
+    sInsertFolder,
+    sFolderById,
+    sChildren,
+    sChildByName,
+    sSubtreeFolders,
+    sSubtreeElements,
+    sDeleteFolder,
+    sSchema,
+    sAttrNext,
+    sInsertAttr,
+    sAttrNumber,
+    sAttrOldNumber,
+    sAttrVarName,
+    sAttrMeasure,
+    sAttrFormula,
+    sElements,
+    sElementById,
+    sElementByIdent,
+    sInsertElement,
+    sDeleteElement,
+    sSetType,
+    sAllTypes,
+    sValues,
+    sSetValue,
+    sRepr,
+    sSetRepr,
+    sModel,
+    sSetModel,
+    sClearModel,
+    sProjections,
+    sProjNextPos,
+    sInsertProj,
+    sDeleteProj,
+    sSpecs,
+    sDeleteSpecs,
+    sInsertSpec,
+    sInsertColumn,
+    sUnique,
+    sStmtCount
+};
+
+static const char* const kStatements[] = {
+    "SAVEPOINT es_write",
+    "RELEASE es_write",
+    "ROLLBACK TO es_write",
+    "BEGIN IMMEDIATE",
+    "COMMIT",
+    "ROLLBACK",
+    "SELECT id, name, root FROM es_packet ORDER BY id",
+    "SELECT name, root FROM es_packet WHERE id=?",
+    "SELECT id FROM es_packet WHERE name=?",
+    "INSERT INTO es_packet(name) VALUES(?)",
+    "UPDATE es_packet SET root=? WHERE id=?",
+    "INSERT INTO es_folder(packet, parent, name) VALUES(?, ?, ?)",
+    "SELECT packet, parent, name FROM es_folder WHERE id=?",
+    "SELECT id, name FROM es_folder WHERE parent=? ORDER BY id",
+    "SELECT id FROM es_folder WHERE parent=? AND name=?",
+    "WITH RECURSIVE sub(id) AS (SELECT ?1 UNION ALL SELECT f.id FROM es_folder f JOIN sub ON "
+    "f.parent=sub.id) SELECT id FROM sub",
+    "WITH RECURSIVE sub(id) AS (SELECT ?1 UNION ALL SELECT f.id FROM es_folder f JOIN sub ON "
+    "f.parent=sub.id) SELECT e.id FROM es_element e JOIN sub ON e.folder=sub.id",
+    "DELETE FROM es_folder WHERE id=?",
+    "SELECT id, number, old_number, name, description, type, var_name, measure, formula "
+    "FROM es_attribute WHERE folder=? ORDER BY pos",
+    "SELECT coalesce(max(number), 0) + 1, coalesce(max(pos), 0) + 1 FROM es_attribute "
+    "WHERE folder=?",
+    "INSERT INTO es_attribute(folder, pos, number, old_number, name, description, type) "
+    "VALUES(?, ?, ?, ?, ?, ?, ?)",
+    "UPDATE es_attribute SET number=? WHERE id=?",
+    "UPDATE es_attribute SET old_number=? WHERE id=?",
+    "UPDATE es_attribute SET var_name=? WHERE id=?",
+    "UPDATE es_attribute SET measure=? WHERE id=?",
+    "UPDATE es_attribute SET formula=? WHERE id=?",
+    "SELECT id, ident, type FROM es_element WHERE folder=? ORDER BY id",
+    "SELECT folder, packet, ident, type FROM es_element WHERE id=?",
+    "SELECT id FROM es_element WHERE packet=? AND ident=?",
+    "INSERT INTO es_element(packet, folder, ident) VALUES(?, ?, ?)",
+    "DELETE FROM es_element WHERE id=?",
+    "UPDATE es_element SET type=? WHERE id=?",
+    "SELECT id, type FROM es_element",
+    "SELECT attribute, value FROM es_value WHERE element=?",
+    "INSERT OR REPLACE INTO es_value(element, attribute, value) VALUES(?, ?, ?)",
+    "SELECT representation FROM es_element WHERE id=?",
+    "UPDATE es_element SET representation=? WHERE id=?",
+    "SELECT file, digest, name, version, icon FROM es_model WHERE element=?",
+    "INSERT OR REPLACE INTO es_model(element, file, digest, name, version, icon) "
+    "VALUES(?, ?, ?, ?, ?, ?)",
+    "DELETE FROM es_model WHERE element=?",
+    "SELECT id, name, description, type, view_type, file, digest, icon FROM es_projection "
+    "WHERE element=? ORDER BY pos",
+    "SELECT coalesce(max(pos), 0) + 1 FROM es_projection WHERE element=?",
+    "INSERT INTO es_projection(element, pos, name, description, type, view_type, file, digest, "
+    "icon) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?)",
+    "DELETE FROM es_projection WHERE id=?",
+    "SELECT s.id, s.lib_name, s.style, s.first_part, s.second_part, c.num, c.formula "
+    "FROM es_spec s LEFT JOIN es_spec_column c ON c.spec=s.id WHERE s.element=? "
+    "ORDER BY s.pos, c.pos",
+    "DELETE FROM es_spec WHERE element=?",
+    "INSERT INTO es_spec(element, pos, lib_name, style, first_part, second_part) "
+    "VALUES(?, ?, ?, ?, ?, ?)",
+    "INSERT INTO es_spec_column(spec, pos, num, formula) VALUES(?, ?, ?, ?)",
+    "SELECT DISTINCT v.value FROM es_value v JOIN es_attribute a ON a.id=v.attribute "
+    "JOIN es_element e ON e.id=v.element WHERE e.packet=? AND a.name=? ORDER BY 1",
+};
+
+// ---- opening ------------------------------------------------------------------------------
+
+std::unique_ptr<Catalog> Catalog::open(const std::u16string& path, std::u16string_view dbName,
+                                       bool create, std::string& error)
+{
+    QString qpath = toQString(path);
+    QFileInfo info(qpath);
+    if (!info.exists() && !create) {
+        error = "no catalog file at " + qpath.toStdString();
+        return nullptr;
+    }
+    if (info.exists() && !info.isFile()) {
+        error = qpath.toStdString() + " is not a file";
+        return nullptr;
+    }
+    std::unique_ptr<Catalog> cat(new Catalog());
+    cat->m_path = path;
+    cat->m_dbName = std::u16string(dbName);
+    cat->m_filesDir = path + u".files";
+    cat->provider.cat = cat.get();
+    cat->pool.cat = cat.get();
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
+    if (sqlite3_open_v2(qpath.toUtf8().constData(), &cat->m_db, flags, nullptr) != SQLITE_OK) {
+        error = "cannot open " + qpath.toStdString() + ": " +
+                (cat->m_db ? sqlite3_errmsg(cat->m_db) : "out of memory");
+        return nullptr;
+    }
+    if (!cat->initialise(create, error)) return nullptr;
+    return cat;
+}
+
+bool Catalog::initialise(bool create, std::string& error)
+{
+    sqlite3_busy_timeout(m_db, 5000);
+    sqlite3_extended_result_codes(m_db, 1);
+    try {
+        sqlite3_stmt* st = nullptr;
+        if (sqlite3_prepare_v2(m_db, "SELECT count(*) FROM sqlite_master", -1, &st, nullptr) !=
+            SQLITE_OK) {
+            error = std::string("not a catalog: ") + sqlite3_errmsg(m_db);
+            return false;
+        }
+        int count = 0;
+        {
+            Query q(m_db, st);
+            int rc = sqlite3_step(st);
+            if (rc != SQLITE_ROW) {
+                error = std::string("not a catalog: ") + sqlite3_errmsg(m_db);
+                sqlite3_finalize(st);
+                return false;
+            }
+            count = sqlite3_column_int(st, 0);
+        }
+        sqlite3_finalize(st);
+        if (count == 0) {
+            if (!create) {
+                error = "not a catalog: the database is empty";
+                return false;
+            }
+            exec(m_db, "PRAGMA journal_mode=WAL");
+            exec(m_db, "BEGIN IMMEDIATE");
+            try {
+                exec(m_db, kSchema);
+                std::string meta = "INSERT INTO es_meta VALUES('format', '" + std::string(kFormat) +
+                                   "'), ('version', " + std::to_string(kFormatVersion) + ")";
+                exec(m_db, meta.c_str());
+                sqlite3_stmt* ins = nullptr;
+                if (sqlite3_prepare_v2(m_db, "INSERT INTO es_meta VALUES('name', ?)", -1, &ins,
+                                       nullptr) != SQLITE_OK)
+                    throwSql(m_db, "prepare");
+                {
+                    Query q(m_db, ins);
+                    q.bind(1, m_dbName).run();
+                }
+                sqlite3_finalize(ins);
+                exec(m_db, "COMMIT");
+            } catch (...) {
+                sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+                throw;
+            }
+        } else {
+            sqlite3_stmt* meta = nullptr;
+            if (sqlite3_prepare_v2(m_db, "SELECT key, value FROM es_meta", -1, &meta, nullptr) !=
+                SQLITE_OK) {
+                error = "not a catalog: the database has no catalog description";
+                return false;
+            }
+            std::string format;
+            int version = 0;
+            std::u16string name;
+            {
+                Query q(m_db, meta);
+                while (q.next()) {
+                    std::u16string key = q.text(0);
+                    if (key == u"format")
+                        format = toQString(q.text(1)).toStdString();
+                    else if (key == u"version")
+                        version = q.i32(1);
+                    else if (key == u"name")
+                        name = q.text(1);
+                }
+            }
+            sqlite3_finalize(meta);
+            if (format != kFormat) {
+                error = "not a catalog: the database is of another format";
+                return false;
+            }
+            if (version < 1 || version > kFormatVersion) {
+                error = "the catalog format version " + std::to_string(version) +
+                        " is not supported (this store reads version " +
+                        std::to_string(kFormatVersion) + ")";
+                return false;
+            }
+            m_dbName = name;
+            exec(m_db, "PRAGMA journal_mode=WAL");
+        }
+        exec(m_db, "PRAGMA synchronous=NORMAL");
+        exec(m_db, "PRAGMA foreign_keys=ON");
+        m_stmts.assign(sStmtCount, nullptr);
+    } catch (const std::exception& e) {
+        error = e.what();
+        return false;
+    }
+    return true;
+}
+
+Catalog::~Catalog()
+{
+    for (es_object* o : m_objects) {
+        o->cat = nullptr;
+        o->element = nullptr;
+    }
+    if (m_inScope) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    for (sqlite3_stmt* s : m_stmts)
+        sqlite3_finalize(s);
+    if (m_db) sqlite3_close_v2(m_db);
+}
+
+sqlite3_stmt* Catalog::stmt(Stmt s)
+{
+    static_assert(sizeof(kStatements) / sizeof(kStatements[0]) == sStmtCount);
+    sqlite3_stmt*& st = m_stmts[s];
+    if (!st && sqlite3_prepare_v3(m_db, kStatements[s], -1, SQLITE_PREPARE_PERSISTENT, &st,
+                                  nullptr) != SQLITE_OK)
+        throwSql(m_db, "prepare");
+    return st;
+}
+
+Query Catalog::query(Stmt s)
+{
+    return Query(m_db, stmt(s));
+}
+
+// Every write is atomic on its own and joins the open multi-call scope, if any.
+template <class F> auto Catalog::write(F&& f) -> decltype(f())
+{
+    query(sSavepoint).run();
+    try {
+        auto r = f();
+        query(sRelease).run();
+        return r;
+    } catch (...) {
+        sqlite3_reset(stmt(sSavepoint));
+        sqlite3_exec(m_db, "ROLLBACK TO es_write; RELEASE es_write", nullptr, nullptr, nullptr);
+        throw;
+    }
+}
+
+void Catalog::created(Kind k, Handle* h)
+{
+    if (m_inScope) m_scopeCreated.push_back({k, h});
+}
+
+void Catalog::killed(Kind k, Handle* h)
+{
+    if (h->dead) return;
+    h->dead = true;
+    if (m_inScope) m_scopeKilled.push_back({k, h});
+}
+
+std::u16string Catalog::filePath(const std::u16string& name) const
+{
+    return name.empty() ? std::u16string() : m_filesDir + u"/" + name;
+}
+
+// ---- packets ------------------------------------------------------------------------------
+
+es_packet* Catalog::packetById(int64_t id)
+{
+    auto it = m_packets.find(id);
+    if (it != m_packets.end()) return it->second;
+    Query q = query(sPacketById);
+    q.bind(1, id);
+    if (!q.next()) return nullptr;
+    es_packet& p = m_packetArena.emplace_back();
+    p.cat = this;
+    p.id = id;
+    q.text(0, p.name);
+    p.rootId = q.i64(1);
+    m_packets.emplace(id, &p);
+    return &p;
+}
+
+const std::vector<es_packet*>& Catalog::packets()
+{
+    if (!fresh(m_packetListGen)) {
+        std::vector<int64_t> ids;
+        {
+            Query q = query(sPackets);
+            while (q.next())
+                ids.push_back(q.i64(0));
+        }
+        m_packetList.clear();
+        for (int64_t id : ids)
+            if (es_packet* p = packetById(id)) m_packetList.push_back(p);
+        m_packetListGen = m_gen;
+    }
+    return m_packetList;
+}
+
+es_packet* Catalog::findPacket(std::u16string_view name)
+{
+    if (name.empty()) return nullptr;
+    int64_t id = 0;
+    {
+        Query q = query(sPacketByName);
+        q.bind(1, name);
+        if (!q.next()) return nullptr;
+        id = q.i64(0);
+    }
+    return packetById(id);
+}
+
+es_packet* Catalog::addPacket(std::u16string_view name)
+{
+    if (name.empty() || findPacket(name)) return nullptr;
+    auto [pid, fid] = write([&] {
+        Query ins = query(sInsertPacket);
+        ins.bind(1, name).run();
+        int64_t p = sqlite3_last_insert_rowid(m_db);
+        Query f = query(sInsertFolder);
+        f.bind(1, p).bindNull(2).bind(3, name).run();
+        int64_t root = sqlite3_last_insert_rowid(m_db);
+        Query set = query(sSetPacketRoot);
+        set.bind(1, root).bind(2, p).run();
+        return std::pair<int64_t, int64_t>(p, root);
+    });
+    es_packet* p = packetById(pid);
+    created(Kind::Packet, p);
+    created(Kind::Folder, makeFolder(fid, pid, 0, std::u16string(name)));
+    if (fresh(m_packetListGen)) m_packetList.push_back(p);
+    return p;
+}
+
+es_folder* Catalog::rootFolder(es_packet* packet)
+{
+    return folderById(packet->rootId);
+}
+
+es_stdsize* Catalog::findElement(es_packet* packet, std::u16string_view ident)
+{
+    if (ident.empty()) return nullptr;
+    int64_t id = 0;
+    {
+        Query q = query(sElementByIdent);
+        q.bind(1, packet->id).bind(2, ident);
+        if (!q.next()) return nullptr;
+        id = q.i64(0);
+    }
+    return elementById(id);
+}
+
+const std::u16string& Catalog::uniqueValues(es_packet* packet, std::u16string_view attribute)
+{
+    std::vector<std::u16string> seen;
+    {
+        Query q = query(sUnique);
+        q.bind(1, packet->id).bind(2, attribute);
+        Value v;
+        while (q.next()) {
+            readValue(q, 0, v);
+            std::u16string t;
+            if (v.kind == ES_VALUE_INT)
+                t = numberText(int64_t(v.i));
+            else if (v.kind == ES_VALUE_REAL)
+                t = numberText(v.d);
+            else if (v.kind == ES_VALUE_TEXT)
+                t = v.s;
+            else
+                continue;
+            if (std::find(seen.begin(), seen.end(), t) == seen.end()) seen.push_back(std::move(t));
+        }
+    }
+    packet->uniqueValues.clear();
+    for (size_t i = 0; i < seen.size(); ++i) {
+        if (i) packet->uniqueValues += u'|';
+        packet->uniqueValues += seen[i];
+    }
+    return packet->uniqueValues;
+}
+
+// ---- folders ------------------------------------------------------------------------------
+
+es_folder* Catalog::makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string name)
+{
+    es_folder& f = m_folderArena.emplace_back();
+    f.cat = this;
+    f.id = id;
+    f.packetId = packet;
+    f.parentId = parent;
+    f.name = std::move(name);
+    f.table.folder = &f;
+    m_folders.emplace(id, &f);
+    return &f;
+}
+
+es_folder* Catalog::folderById(int64_t id)
+{
+    if (id <= 0) return nullptr;
+    auto it = m_folders.find(id);
+    if (it != m_folders.end()) return it->second;
+    Query q = query(sFolderById);
+    q.bind(1, id);
+    if (!q.next()) return nullptr;
+    return makeFolder(id, q.i64(0), q.i64(1), q.text(2));
+}
+
+es_folder* Catalog::parentFolder(es_folder* folder)
+{
+    return folderById(folder->parentId);
+}
+
+const std::vector<es_folder*>& Catalog::children(es_folder* folder)
+{
+    if (!fresh(folder->childrenGen)) {
+        std::vector<es_folder*> list;
+        Query q = query(sChildren);
+        q.bind(1, folder->id);
+        while (q.next()) {
+            int64_t id = q.i64(0);
+            auto it = m_folders.find(id);
+            list.push_back(it != m_folders.end()
+                               ? it->second
+                               : makeFolder(id, folder->packetId, folder->id, q.text(1)));
+        }
+        folder->children = std::move(list);
+        folder->childrenGen = m_gen;
+    }
+    return folder->children;
+}
+
+es_folder* Catalog::addChild(es_folder* folder, std::u16string_view name)
+{
+    if (name.empty()) return nullptr;
+    {
+        Query q = query(sChildByName);
+        q.bind(1, folder->id).bind(2, name);
+        if (q.next()) return nullptr;
+    }
+    int64_t id = write([&] {
+        Query ins = query(sInsertFolder);
+        ins.bind(1, folder->packetId).bind(2, folder->id).bind(3, name).run();
+        return int64_t(sqlite3_last_insert_rowid(m_db));
+    });
+    es_folder* f = makeFolder(id, folder->packetId, folder->id, std::u16string(name));
+    created(Kind::Folder, f);
+    if (fresh(folder->childrenGen)) folder->children.push_back(f);
+    return f;
+}
+
+bool Catalog::deleteChild(es_folder* folder, es_folder* child)
+{
+    if (child->parentId != folder->id) return false;
+    std::vector<int64_t> folders, elements;
+    write([&] {
+        {
+            Query q = query(sSubtreeFolders);
+            q.bind(1, child->id);
+            while (q.next())
+                folders.push_back(q.i64(0));
+        }
+        {
+            Query q = query(sSubtreeElements);
+            q.bind(1, child->id);
+            while (q.next())
+                elements.push_back(q.i64(0));
+        }
+        Query del = query(sDeleteFolder);
+        del.bind(1, child->id).run();
+        return true;
+    });
+    for (int64_t id : elements)
+        if (auto it = m_elements.find(id); it != m_elements.end())
+            killed(Kind::Element, it->second);
+    for (int64_t id : folders)
+        if (auto it = m_folders.find(id); it != m_folders.end()) killed(Kind::Folder, it->second);
+    if (fresh(folder->childrenGen)) std::erase(folder->children, child);
+    return true;
+}
+
+// ---- tables -------------------------------------------------------------------------------
+
+const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
+{
+    if (!fresh(table->schemaGen)) {
+        table->attributes.clear();
+        table->byName.clear();
+        table->indexById.clear();
+        Query q = query(sSchema);
+        q.bind(1, table->folder->id);
+        while (q.next()) {
+            int64_t id = q.i64(0);
+            es_attribute* a;
+            if (auto it = m_attributes.find(id); it != m_attributes.end()) {
+                a = it->second;
+            } else {
+                a = &m_attributeArena.emplace_back();
+                a->cat = this;
+                a->id = id;
+                m_attributes.emplace(id, a);
+            }
+            a->table = table;
+            a->index = static_cast<uint32_t>(table->attributes.size());
+            a->number = q.i32(1);
+            a->oldNumber = q.i32(2);
+            q.text(3, a->name);
+            q.text(4, a->description);
+            a->type = static_cast<uint32_t>(q.i64(5));
+            q.text(6, a->varName);
+            q.text(7, a->measure);
+            q.text(8, a->formula);
+            table->attributes.push_back(a);
+            table->byName.emplace(a->name, a);
+            table->indexById.emplace(id, a->index);
+        }
+        table->schemaGen = m_gen;
+    }
+    return table->attributes;
+}
+
+es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
+{
+    attributes(table);
+    auto it = table->byName.find(std::u16string(name));
+    return it == table->byName.end() ? nullptr : it->second;
+}
+
+es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
+                                    std::u16string_view description, uint32_t type)
+{
+    if (name.empty() || findAttribute(table, name)) return nullptr;
+    int32_t number = 0, pos = 0;
+    int64_t id = write([&] {
+        {
+            Query q = query(sAttrNext);
+            q.bind(1, table->folder->id);
+            q.next();
+            number = q.i32(0);
+            pos = q.i32(1);
+        }
+        Query ins = query(sInsertAttr);
+        ins.bind(1, table->folder->id)
+            .bindInt(2, pos)
+            .bindInt(3, number)
+            .bindInt(4, number)
+            .bind(5, name)
+            .bind(6, description)
+            .bind(7, int64_t(type))
+            .run();
+        return int64_t(sqlite3_last_insert_rowid(m_db));
+    });
+    es_attribute* a = &m_attributeArena.emplace_back();
+    a->cat = this;
+    a->id = id;
+    a->table = table;
+    a->index = static_cast<uint32_t>(table->attributes.size());
+    a->number = number;
+    a->oldNumber = number;
+    a->type = type;
+    a->name = name;
+    a->description = description;
+    m_attributes.emplace(id, a);
+    table->attributes.push_back(a);
+    table->byName.emplace(a->name, a);
+    table->indexById.emplace(id, a->index);
+    created(Kind::Attribute, a);
+    return a;
+}
+
+bool Catalog::setAttributeNumber(es_attribute* a, int32_t number, bool old)
+{
+    write([&] {
+        Query q = query(old ? sAttrOldNumber : sAttrNumber);
+        q.bindInt(1, number).bind(2, a->id).run();
+        return true;
+    });
+    (old ? a->oldNumber : a->number) = number;
+    return true;
+}
+
+bool Catalog::setAttributeText(es_attribute* a, AttrText field, std::u16string_view text)
+{
+    Stmt s = field == AttrText::VarName   ? sAttrVarName
+             : field == AttrText::Measure ? sAttrMeasure
+                                          : sAttrFormula;
+    write([&] {
+        Query q = query(s);
+        q.bind(1, text).bind(2, a->id).run();
+        return true;
+    });
+    std::u16string& target = field == AttrText::VarName   ? a->varName
+                             : field == AttrText::Measure ? a->measure
+                                                          : a->formula;
+    target = text;
+    return true;
+}
+
+es_stdsize* Catalog::makeElement(int64_t id, es_folder* folder, int64_t packet,
+                                 std::u16string ident, std::u16string type)
+{
+    es_stdsize& e = m_elementArena.emplace_back();
+    e.cat = this;
+    e.id = id;
+    e.folder = folder;
+    e.packetId = packet;
+    e.ident = std::move(ident);
+    e.type = std::move(type);
+    e.model.element = &e;
+    e.projections.element = &e;
+    m_elements.emplace(id, &e);
+    return &e;
+}
+
+es_stdsize* Catalog::elementById(int64_t id)
+{
+    auto it = m_elements.find(id);
+    if (it != m_elements.end()) return it->second;
+    int64_t folderId = 0, packet = 0;
+    std::u16string ident, type;
+    {
+        Query q = query(sElementById);
+        q.bind(1, id);
+        if (!q.next()) return nullptr;
+        folderId = q.i64(0);
+        packet = q.i64(1);
+        ident = q.text(2);
+        type = q.text(3);
+    }
+    es_folder* folder = folderById(folderId);
+    if (!folder) return nullptr;
+    return makeElement(id, folder, packet, std::move(ident), std::move(type));
+}
+
+const std::vector<es_stdsize*>& Catalog::elements(es_table* table)
+{
+    if (!fresh(table->elementsGen)) {
+        std::vector<es_stdsize*> list;
+        Query q = query(sElements);
+        q.bind(1, table->folder->id);
+        while (q.next()) {
+            int64_t id = q.i64(0);
+            auto it = m_elements.find(id);
+            list.push_back(it != m_elements.end()
+                               ? it->second
+                               : makeElement(id, table->folder, table->folder->packetId, q.text(1),
+                                             q.text(2)));
+        }
+        table->elements = std::move(list);
+        table->elementsGen = m_gen;
+    }
+    return table->elements;
+}
+
+es_stdsize* Catalog::addElement(es_table* table, std::u16string_view ident)
+{
+    es_folder* folder = table->folder;
+    if (ident.empty()) return nullptr;
+    {
+        Query q = query(sElementByIdent);
+        q.bind(1, folder->packetId).bind(2, ident);
+        if (q.next()) return nullptr;
+    }
+    int64_t id = write([&] {
+        Query ins = query(sInsertElement);
+        ins.bind(1, folder->packetId).bind(2, folder->id).bind(3, ident).run();
+        return int64_t(sqlite3_last_insert_rowid(m_db));
+    });
+    es_stdsize* e = makeElement(id, folder, folder->packetId, std::u16string(ident), {});
+    created(Kind::Element, e);
+    if (fresh(table->elementsGen)) table->elements.push_back(e);
+    return e;
+}
+
+bool Catalog::deleteElement(es_table* table, es_stdsize* element)
+{
+    if (element->folder != table->folder) return false;
+    write([&] {
+        Query del = query(sDeleteElement);
+        del.bind(1, element->id).run();
+        return true;
+    });
+    killed(Kind::Element, element);
+    if (fresh(table->elementsGen)) std::erase(table->elements, element);
+    return true;
+}
+
+// ---- elements -----------------------------------------------------------------------------
+
+bool Catalog::setType(es_stdsize* e, std::u16string_view type)
+{
+    write([&] {
+        Query q = query(sSetType);
+        q.bind(1, type).bind(2, e->id).run();
+        return true;
+    });
+    e->type = type;
+    return true;
+}
+
+void Catalog::loadValues(es_stdsize* e)
+{
+    es_table* table = &e->folder->table;
+    attributes(table);
+    e->values.assign(table->attributes.size(), Value());
+    Query q = query(sValues);
+    q.bind(1, e->id);
+    while (q.next()) {
+        auto it = table->indexById.find(q.i64(0));
+        if (it != table->indexById.end()) readValue(q, 1, e->values[it->second]);
+    }
+    e->valuesGen = m_gen;
+}
+
+const Value* Catalog::value(es_stdsize* e, es_attribute* a)
+{
+    es_table* table = &e->folder->table;
+    attributes(table);
+    if (a->table != table || a->dead) return nullptr;
+    if (!fresh(e->valuesGen)) loadValues(e);
+    return a->index < e->values.size() ? &e->values[a->index] : &kEmptyValue;
+}
+
+bool Catalog::setValue(es_stdsize* e, es_attribute* a, Value v)
+{
+    es_table* table = &e->folder->table;
+    attributes(table);
+    if (a->table != table) return false;
+    write([&] {
+        Query q = query(sSetValue);
+        q.bind(1, e->id).bind(2, a->id);
+        if (v.kind == ES_VALUE_INT)
+            q.bind(3, int64_t(v.i));
+        else if (v.kind == ES_VALUE_REAL)
+            q.bindReal(3, v.d);
+        else
+            q.bind(3, std::u16string_view(v.s));
+        q.run();
+        return true;
+    });
+    if (fresh(e->valuesGen)) {
+        if (e->values.size() < table->attributes.size()) e->values.resize(table->attributes.size());
+        e->values[a->index] = std::move(v);
+    }
+    return true;
+}
+
+const std::vector<uint8_t>& Catalog::representation(es_stdsize* e)
+{
+    if (!fresh(e->reprGen)) {
+        Query q = query(sRepr);
+        q.bind(1, e->id);
+        if (q.next())
+            q.blob(0, e->repr);
+        else
+            e->repr.clear();
+        e->reprGen = m_gen;
+    }
+    return e->repr;
+}
+
+bool Catalog::setRepresentation(es_stdsize* e, const void* data, size_t size)
+{
+    write([&] {
+        Query q = query(sSetRepr);
+        q.bindBlob(1, data, size).bind(2, e->id).run();
+        return true;
+    });
+    auto p = static_cast<const uint8_t*>(data);
+    e->repr.assign(p, p + size);
+    e->reprGen = m_gen;
+    return true;
+}
+
+es_model* Catalog::model(es_stdsize* e)
+{
+    es_model* m = &e->model;
+    if (!fresh(m->gen)) {
+        Query q = query(sModel);
+        q.bind(1, e->id);
+        m->present = q.next();
+        if (m->present) {
+            m->file = filePath(q.text(0));
+            q.text(1, m->digest);
+            q.text(2, m->name);
+            m->version = q.i32(3);
+            q.blob(4, m->icon);
+        } else {
+            m->file.clear();
+            m->digest.clear();
+            m->name.clear();
+            m->version = 0;
+            m->icon.clear();
+        }
+        m->gen = m_gen;
+    }
+    return m;
+}
+
+bool Catalog::clearModel(es_model* m)
+{
+    write([&] {
+        Query q = query(sClearModel);
+        q.bind(1, m->element->id).run();
+        return true;
+    });
+    m->gen = kStale;
+    return true;
+}
+
+bool Catalog::storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest)
+{
+    StoredFile stored;
+    QString error;
+    if (!storeFile(toQString(m_filesDir), toQString(file), stored, error))
+        throw std::runtime_error(error.toStdString());
+    name = fromQString(stored.name);
+    digest = fromQString(stored.digest);
+    return true;
+}
+
+bool Catalog::setModel(es_model* m, std::u16string_view file, std::u16string_view icon,
+                       std::u16string_view name, int32_t version)
+{
+    std::u16string stored, digest;
+    storeCopy(file, stored, digest);
+    std::vector<uint8_t> iconBytes;
+    readBytes(toQString(icon), iconBytes);
+    write([&] {
+        Query q = query(sSetModel);
+        q.bind(1, m->element->id)
+            .bind(2, stored)
+            .bind(3, digest)
+            .bind(4, name)
+            .bindInt(5, version)
+            .bindBlob(6, iconBytes.data(), iconBytes.size())
+            .run();
+        return true;
+    });
+    m->present = true;
+    m->file = filePath(stored);
+    m->digest = std::move(digest);
+    m->name = name;
+    m->version = version;
+    m->icon = std::move(iconBytes);
+    m->gen = m_gen;
+    return true;
+}
+
+const std::vector<es_projection*>& Catalog::projections(es_projections* list)
+{
+    if (!fresh(list->gen)) {
+        list->items.clear();
+        Query q = query(sProjections);
+        q.bind(1, list->element->id);
+        while (q.next()) {
+            int64_t id = q.i64(0);
+            es_projection* p;
+            if (auto it = m_projections.find(id); it != m_projections.end()) {
+                p = it->second;
+            } else {
+                p = &m_projectionArena.emplace_back();
+                p->cat = this;
+                p->id = id;
+                p->element = list->element;
+                m_projections.emplace(id, p);
+            }
+            q.text(1, p->name);
+            q.text(2, p->description);
+            p->type = static_cast<uint32_t>(q.i64(3));
+            p->viewType = static_cast<uint32_t>(q.i64(4));
+            p->file = filePath(q.text(5));
+            q.text(6, p->digest);
+            q.blob(7, p->icon);
+            list->items.push_back(p);
+        }
+        list->gen = m_gen;
+    }
+    return list->items;
+}
+
+es_projection* Catalog::addProjection(es_projections* list, std::u16string_view name,
+                                      std::u16string_view file, std::u16string_view icon,
+                                      uint32_t type, std::u16string_view description,
+                                      uint32_t viewType)
+{
+    std::u16string stored, digest;
+    storeCopy(file, stored, digest);
+    std::vector<uint8_t> iconBytes;
+    readBytes(toQString(icon), iconBytes);
+    projections(list);
+    int64_t id = write([&] {
+        int64_t pos = 0;
+        {
+            Query q = query(sProjNextPos);
+            q.bind(1, list->element->id);
+            q.next();
+            pos = q.i64(0);
+        }
+        Query ins = query(sInsertProj);
+        ins.bind(1, list->element->id)
+            .bind(2, pos)
+            .bind(3, name)
+            .bind(4, description)
+            .bind(5, int64_t(type))
+            .bind(6, int64_t(viewType))
+            .bind(7, stored)
+            .bind(8, digest)
+            .bindBlob(9, iconBytes.data(), iconBytes.size())
+            .run();
+        return int64_t(sqlite3_last_insert_rowid(m_db));
+    });
+    es_projection* p = &m_projectionArena.emplace_back();
+    p->cat = this;
+    p->id = id;
+    p->element = list->element;
+    p->name = name;
+    p->description = description;
+    p->type = type;
+    p->viewType = viewType;
+    p->file = filePath(stored);
+    p->digest = std::move(digest);
+    p->icon = std::move(iconBytes);
+    m_projections.emplace(id, p);
+    created(Kind::Projection, p);
+    list->items.push_back(p);
+    return p;
+}
+
+bool Catalog::deleteProjection(es_projections* list, es_projection* p)
+{
+    if (p->element != list->element) return false;
+    write([&] {
+        Query q = query(sDeleteProj);
+        q.bind(1, p->id).run();
+        return true;
+    });
+    killed(Kind::Projection, p);
+    if (fresh(list->gen)) std::erase(list->items, p);
+    return true;
+}
+
+const std::vector<es_spec*>& Catalog::specs(es_stdsize* e)
+{
+    if (!fresh(e->specsGen)) {
+        e->specs.clear();
+        Query q = query(sSpecs);
+        q.bind(1, e->id);
+        es_spec* current = nullptr;
+        while (q.next()) {
+            int64_t id = q.i64(0);
+            if (!current || current->id != id) {
+                if (auto it = m_specs.find(id); it != m_specs.end()) {
+                    current = it->second;
+                } else {
+                    current = &m_specArena.emplace_back();
+                    current->cat = this;
+                    current->id = id;
+                    current->element = e;
+                    m_specs.emplace(id, current);
+                }
+                q.text(1, current->libName);
+                current->style = q.i32(2);
+                current->firstPart = q.i32(3);
+                current->secondPart = q.i32(4);
+                current->columns.clear();
+                e->specs.push_back(current);
+            }
+            if (!q.isNull(5)) current->columns.emplace_back(q.i32(5), q.text(6));
+        }
+        e->specsGen = m_gen;
+    }
+    return e->specs;
+}
+
+bool Catalog::runCommand(std::u16string_view xml)
+{
+    std::vector<CreateSpec> commands;
+    std::string error;
+    if (!parseCommands(xml, commands, error)) throw std::runtime_error(error);
+    std::vector<es_stdsize*> targets;
+    for (const CreateSpec& c : commands) {
+        es_packet* packet = findPacket(c.packet);
+        es_stdsize* e = packet ? findElement(packet, c.id) : nullptr;
+        if (!e || e->dead)
+            throw std::runtime_error("create_spec: no element \"" + toQString(c.id).toStdString() +
+                                     "\" in packet \"" + toQString(c.packet).toStdString() + "\"");
+        targets.push_back(e);
+    }
+    for (es_stdsize* e : targets)
+        specs(e);
+    write([&] {
+        for (size_t k = 0; k < commands.size(); ++k) {
+            es_stdsize* e = targets[k];
+            Query del = query(sDeleteSpecs);
+            del.bind(1, e->id).run();
+            int64_t pos = 0;
+            for (const SpecRecord& s : commands[k].specs) {
+                {
+                    Query ins = query(sInsertSpec);
+                    ins.bind(1, e->id)
+                        .bind(2, ++pos)
+                        .bind(3, s.libName)
+                        .bindInt(4, s.style)
+                        .bindInt(5, s.firstPart)
+                        .bindInt(6, s.secondPart)
+                        .run();
+                }
+                int64_t spec = sqlite3_last_insert_rowid(m_db);
+                int64_t col = 0;
+                for (const auto& [num, formula] : s.columns) {
+                    Query c = query(sInsertColumn);
+                    c.bind(1, spec).bind(2, ++col).bindInt(3, num).bind(4, formula).run();
+                }
+            }
+        }
+        return true;
+    });
+    for (es_stdsize* e : targets) {
+        for (es_spec* s : e->specs)
+            killed(Kind::Spec, s);
+        e->specs.clear();
+        e->specsGen = kStale;
+        for (es_spec* s : specs(e))
+            created(Kind::Spec, s);
+    }
+    return true;
+}
+
+// ---- objects ------------------------------------------------------------------------------
+
+es_object* Catalog::createObject(es_stdsize* e)
+{
+    if (!fresh(e->valuesGen)) loadValues(e);
+    auto o = new es_object;
+    o->cat = this;
+    o->element = e;
+    o->values = e->values;
+    m_objects.insert(o);
+    return o;
+}
+
+void Catalog::deleteObject(es_object* o)
+{
+    m_objects.erase(o);
+}
+
+// ---- the multi-call scope -----------------------------------------------------------------
+
+bool Catalog::scopeOwnedByOtherThread() const
+{
+    return m_inScope && m_scopeOwner != std::this_thread::get_id();
+}
+
+bool Catalog::begin()
+{
+    if (m_inScope) throw std::runtime_error("a transaction scope is already open");
+    query(sBegin).run();
+    m_inScope = true;
+    m_scopeOwner = std::this_thread::get_id();
+    m_scopeCreated.clear();
+    m_scopeKilled.clear();
+    return true;
+}
+
+bool Catalog::commit()
+{
+    if (!m_inScope || scopeOwnedByOtherThread())
+        throw std::runtime_error("no transaction scope of this thread is open");
+    query(sCommit).run();
+    m_inScope = false;
+    m_scopeCreated.clear();
+    m_scopeKilled.clear();
+    return true;
+}
+
+void Catalog::eraseFromMap(const Tracked& t)
+{
+    switch (t.kind) {
+    case Kind::Packet:
+        m_packets.erase(t.h->id);
+        break;
+    case Kind::Folder:
+        m_folders.erase(t.h->id);
+        break;
+    case Kind::Attribute:
+        m_attributes.erase(t.h->id);
+        break;
+    case Kind::Element:
+        m_elements.erase(t.h->id);
+        break;
+    case Kind::Projection:
+        m_projections.erase(t.h->id);
+        break;
+    case Kind::Spec:
+        m_specs.erase(t.h->id);
+        break;
+    }
+}
+
+bool Catalog::rollback()
+{
+    if (!m_inScope || scopeOwnedByOtherThread())
+        throw std::runtime_error("no transaction scope of this thread is open");
+    query(sRollback).run();
+    m_inScope = false;
+    // What was killed inside lives again; what was made inside never existed. The order
+    // matters for a handle both made and killed inside the scope.
+    for (const Tracked& t : m_scopeKilled)
+        t.h->dead = false;
+    for (const Tracked& t : m_scopeCreated) {
+        t.h->dead = true;
+        eraseFromMap(t);
+    }
+    m_scopeCreated.clear();
+    m_scopeKilled.clear();
+    // Every cache is read again on its next use.
+    ++m_gen;
+    Query q = query(sAllTypes);
+    while (q.next())
+        if (auto it = m_elements.find(q.i64(0)); it != m_elements.end())
+            q.text(1, it->second->type);
+    return true;
+}
+
+} // namespace esdata

@@ -1,0 +1,170 @@
+// One open catalog database: its connection, prepared statements, handle arenas and caches.
+// Every method expects the caller to hold mutex.
+#ifndef ESDATA_CATALOG_H
+#define ESDATA_CATALOG_H
+
+#include "handles.h"
+
+#include <array>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace esdata {
+
+class Query;
+
+enum class AttrText
+{
+    VarName,
+    Measure,
+    Formula
+};
+
+class Catalog
+{
+public:
+    // Opens (or creates) the catalog at path; null with a reason when it is not a catalog.
+    static std::unique_ptr<Catalog> open(const std::u16string& path, std::u16string_view dbName,
+                                         bool create, std::string& error);
+    ~Catalog();
+    Catalog(const Catalog&) = delete;
+    Catalog& operator=(const Catalog&) = delete;
+
+    std::recursive_mutex mutex;
+    es_provider provider;
+    es_pool pool;
+
+    const std::u16string& path() const { return m_path; }
+    const std::u16string& databaseName() const { return m_dbName; }
+    uint64_t generation() const { return m_gen; }
+
+    // packets
+    const std::vector<es_packet*>& packets();
+    es_packet* addPacket(std::u16string_view name);
+    es_packet* findPacket(std::u16string_view name);
+    es_packet* packetById(int64_t id);
+    es_folder* rootFolder(es_packet* packet);
+    es_stdsize* findElement(es_packet* packet, std::u16string_view ident);
+    const std::u16string& uniqueValues(es_packet* packet, std::u16string_view attribute);
+
+    // folders
+    es_folder* folderById(int64_t id);
+    es_folder* parentFolder(es_folder* folder);
+    const std::vector<es_folder*>& children(es_folder* folder);
+    es_folder* addChild(es_folder* folder, std::u16string_view name);
+    bool deleteChild(es_folder* folder, es_folder* child);
+
+    // tables
+    const std::vector<es_attribute*>& attributes(es_table* table);
+    es_attribute* findAttribute(es_table* table, std::u16string_view name);
+    es_attribute* addAttribute(es_table* table, std::u16string_view name,
+                               std::u16string_view description, uint32_t type);
+    bool setAttributeNumber(es_attribute* a, int32_t number, bool old);
+    bool setAttributeText(es_attribute* a, AttrText field, std::u16string_view text);
+    const std::vector<es_stdsize*>& elements(es_table* table);
+    es_stdsize* addElement(es_table* table, std::u16string_view ident);
+    bool deleteElement(es_table* table, es_stdsize* element);
+
+    // elements
+    bool setType(es_stdsize* e, std::u16string_view type);
+    // Null when the attribute is not of the element's table.
+    const Value* value(es_stdsize* e, es_attribute* a);
+    bool setValue(es_stdsize* e, es_attribute* a, Value v);
+    const std::vector<uint8_t>& representation(es_stdsize* e);
+    bool setRepresentation(es_stdsize* e, const void* data, size_t size);
+    es_model* model(es_stdsize* e);
+    bool clearModel(es_model* m);
+    bool setModel(es_model* m, std::u16string_view file, std::u16string_view icon,
+                  std::u16string_view name, int32_t version);
+    const std::vector<es_projection*>& projections(es_projections* list);
+    es_projection* addProjection(es_projections* list, std::u16string_view name,
+                                 std::u16string_view file, std::u16string_view icon, uint32_t type,
+                                 std::u16string_view description, uint32_t viewType);
+    bool deleteProjection(es_projections* list, es_projection* p);
+    const std::vector<es_spec*>& specs(es_stdsize* e);
+
+    bool runCommand(std::u16string_view xml);
+
+    // objects
+    es_object* createObject(es_stdsize* e);
+    void deleteObject(es_object* o);
+
+    // the multi-call scope
+    bool begin();
+    bool commit();
+    bool rollback();
+    bool scopeOwnedByOtherThread() const;
+
+private:
+    enum Stmt : unsigned;
+    enum class Kind
+    {
+        Packet,
+        Folder,
+        Attribute,
+        Element,
+        Projection,
+        Spec
+    };
+    struct Tracked
+    {
+        Kind kind;
+        Handle* h;
+    };
+
+    Catalog() = default;
+    bool initialise(bool create, std::string& error);
+    sqlite3_stmt* stmt(Stmt s);
+    Query query(Stmt s);
+    template <class F> auto write(F&& f) -> decltype(f());
+    void created(Kind k, Handle* h);
+    void killed(Kind k, Handle* h);
+    bool fresh(uint64_t g) const { return g == m_gen; }
+    es_folder* makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string name);
+    es_stdsize* makeElement(int64_t id, es_folder* folder, int64_t packet, std::u16string ident,
+                            std::u16string type);
+    es_stdsize* elementById(int64_t id);
+    void loadValues(es_stdsize* e);
+    void eraseFromMap(const Tracked& t);
+    bool storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest);
+    std::u16string filePath(const std::u16string& name) const;
+
+    sqlite3* m_db = nullptr;
+    std::vector<sqlite3_stmt*> m_stmts;
+    std::u16string m_path, m_dbName, m_filesDir;
+    uint64_t m_gen = 1;
+
+    std::deque<es_packet> m_packetArena;
+    std::deque<es_folder> m_folderArena;
+    std::deque<es_attribute> m_attributeArena;
+    std::deque<es_stdsize> m_elementArena;
+    std::deque<es_projection> m_projectionArena;
+    std::deque<es_spec> m_specArena;
+    std::unordered_map<int64_t, es_packet*> m_packets;
+    std::unordered_map<int64_t, es_folder*> m_folders;
+    std::unordered_map<int64_t, es_attribute*> m_attributes;
+    std::unordered_map<int64_t, es_stdsize*> m_elements;
+    std::unordered_map<int64_t, es_projection*> m_projections;
+    std::unordered_map<int64_t, es_spec*> m_specs;
+    uint64_t m_packetListGen = kStale;
+    std::vector<es_packet*> m_packetList;
+    std::unordered_set<es_object*> m_objects;
+
+    bool m_inScope = false;
+    std::thread::id m_scopeOwner;
+    std::vector<Tracked> m_scopeCreated, m_scopeKilled;
+};
+
+} // namespace esdata
+
+#endif

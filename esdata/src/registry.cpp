@@ -1,0 +1,153 @@
+#include "registry.h"
+
+#include "catalog.h"
+#include "text.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace esdata {
+
+namespace {
+
+struct Registry
+{
+    std::mutex mutex;
+    // In opening order: a pool is the first open catalog of its library.
+    std::vector<std::unique_ptr<Catalog>> open;
+    std::vector<std::u16string> updated;
+    std::u16string updatedText;
+};
+
+Registry& registry()
+{
+    static Registry* r = new Registry; // never destroyed: handles may be used until exit
+    return *r;
+}
+
+thread_local std::u16string t_lastError;
+
+std::u16string canonical(std::u16string_view path)
+{
+    QFileInfo info(toQString(path));
+    QString c = info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();
+    return fromQString(QDir::cleanPath(c));
+}
+
+struct LibraryMarker
+{
+    std::u16string_view library, marker;
+};
+
+constexpr LibraryMarker kMarkers[] = {
+    {u"orvik.aec.vobject", u"user_vo"},
+    {u"orvik.aec.engsystx", u"user_tx"},
+    {u"orvik.aec.engsysvk", u"user_vk"},
+    {u"orvik.aec.engsysov", u"user_ov"},
+};
+
+} // namespace
+
+es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create)
+{
+    if (path.empty()) {
+        setLastError(std::string("no catalog path given"));
+        return nullptr;
+    }
+    std::u16string key = canonical(path);
+    Registry& r = registry();
+    std::lock_guard lock(r.mutex);
+    for (auto& c : r.open)
+        if (c->path() == key) return &c->provider;
+    std::string error;
+    std::unique_ptr<Catalog> cat = Catalog::open(key, dbName, create, error);
+    if (!cat) {
+        setLastError(error);
+        return nullptr;
+    }
+    r.open.push_back(std::move(cat));
+    return &r.open.back()->provider;
+}
+
+void closeCatalog(es_provider* provider)
+{
+    Registry& r = registry();
+    std::unique_ptr<Catalog> doomed;
+    {
+        std::lock_guard lock(r.mutex);
+        for (auto it = r.open.begin(); it != r.open.end(); ++it) {
+            if (&(*it)->provider == provider) {
+                doomed = std::move(*it);
+                r.open.erase(it);
+                break;
+            }
+        }
+    }
+    if (doomed) {
+        // Wait for a call still running on another thread before the catalog goes away.
+        doomed->mutex.lock();
+        doomed->mutex.unlock();
+    }
+}
+
+es_pool* poolForLibrary(std::u16string_view libraryId)
+{
+    std::u16string_view marker;
+    for (const LibraryMarker& m : kMarkers)
+        if (m.library == libraryId) marker = m.marker;
+    if (marker.empty()) return nullptr;
+    Registry& r = registry();
+    std::lock_guard lock(r.mutex);
+    for (auto& c : r.open)
+        if (c->databaseName().find(marker) != std::u16string::npos) return &c->pool;
+    return nullptr;
+}
+
+bool recordUpdated(std::u16string_view item)
+{
+    if (item.empty()) return false;
+    Registry& r = registry();
+    std::lock_guard lock(r.mutex);
+    for (const auto& u : r.updated)
+        if (u == item) return true;
+    r.updated.emplace_back(item);
+    return true;
+}
+
+const char16_t* updatedItems()
+{
+    Registry& r = registry();
+    std::lock_guard lock(r.mutex);
+    r.updatedText.clear();
+    for (size_t i = 0; i < r.updated.size(); ++i) {
+        if (i) r.updatedText += u'|';
+        r.updatedText += r.updated[i];
+    }
+    return r.updatedText.c_str();
+}
+
+void setLastError(std::u16string_view text)
+{
+    t_lastError = text;
+}
+
+void setLastError(const std::string& utf8)
+{
+    t_lastError = fromQString(QString::fromStdString(utf8));
+}
+
+void clearLastError()
+{
+    t_lastError.clear();
+}
+
+const char16_t* lastError()
+{
+    return t_lastError.c_str();
+}
+
+} // namespace esdata

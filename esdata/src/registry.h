@@ -1,0 +1,30 @@
+// Process-wide state of the store: the open catalogs, the updated-item register and the
+// per-thread last error.
+#ifndef ESDATA_REGISTRY_H
+#define ESDATA_REGISTRY_H
+
+#include <string>
+#include <string_view>
+
+struct es_provider;
+struct es_pool;
+
+namespace esdata {
+
+class Catalog;
+
+es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create);
+void closeCatalog(es_provider* provider);
+es_pool* poolForLibrary(std::u16string_view libraryId);
+
+bool recordUpdated(std::u16string_view item);
+const char16_t* updatedItems();
+
+void setLastError(std::u16string_view text);
+void setLastError(const std::string& utf8);
+void clearLastError();
+const char16_t* lastError();
+
+} // namespace esdata
+
+#endif

@@ -1,0 +1,121 @@
+// Thin RAII layer over SQLite statements; SQLite types stay inside the store.
+#ifndef ESDATA_SQL_H
+#define ESDATA_SQL_H
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace esdata {
+
+class SqlError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+[[noreturn]] void throwSql(sqlite3* db, const char* what);
+
+// One execution of a cached prepared statement; resets it when done.
+class Query
+{
+public:
+    Query(sqlite3* db, sqlite3_stmt* stmt) : m_db(db), m_stmt(stmt) {}
+    ~Query()
+    {
+        sqlite3_reset(m_stmt);
+        sqlite3_clear_bindings(m_stmt);
+    }
+    Query(const Query&) = delete;
+    Query& operator=(const Query&) = delete;
+
+    Query& bind(int i, int64_t v)
+    {
+        check(sqlite3_bind_int64(m_stmt, i, v));
+        return *this;
+    }
+    Query& bindInt(int i, int32_t v)
+    {
+        check(sqlite3_bind_int(m_stmt, i, v));
+        return *this;
+    }
+    Query& bindReal(int i, double v)
+    {
+        check(sqlite3_bind_double(m_stmt, i, v));
+        return *this;
+    }
+    Query& bind(int i, std::u16string_view v)
+    {
+        check(sqlite3_bind_text16(m_stmt, i, v.data() ? v.data() : u"",
+                                  static_cast<int>(v.size() * 2), SQLITE_TRANSIENT));
+        return *this;
+    }
+    Query& bindBlob(int i, const void* data, size_t size)
+    {
+        if (size == 0)
+            check(sqlite3_bind_null(m_stmt, i));
+        else
+            check(sqlite3_bind_blob64(m_stmt, i, data, size, SQLITE_TRANSIENT));
+        return *this;
+    }
+    Query& bindNull(int i)
+    {
+        check(sqlite3_bind_null(m_stmt, i));
+        return *this;
+    }
+
+    // True while a row is available.
+    bool next();
+    void run()
+    {
+        while (next()) {
+        }
+    }
+
+    int64_t i64(int c) const { return sqlite3_column_int64(m_stmt, c); }
+    int32_t i32(int c) const { return sqlite3_column_int(m_stmt, c); }
+    double real(int c) const { return sqlite3_column_double(m_stmt, c); }
+    int type(int c) const { return sqlite3_column_type(m_stmt, c); }
+    bool isNull(int c) const { return type(c) == SQLITE_NULL; }
+    std::u16string text(int c) const
+    {
+        auto p = static_cast<const char16_t*>(sqlite3_column_text16(m_stmt, c));
+        if (!p) return {};
+        return std::u16string(p, static_cast<size_t>(sqlite3_column_bytes16(m_stmt, c)) / 2);
+    }
+    void text(int c, std::u16string& out) const
+    {
+        auto p = static_cast<const char16_t*>(sqlite3_column_text16(m_stmt, c));
+        if (!p)
+            out.clear();
+        else
+            out.assign(p, static_cast<size_t>(sqlite3_column_bytes16(m_stmt, c)) / 2);
+    }
+    void blob(int c, std::vector<uint8_t>& out) const
+    {
+        auto p = static_cast<const uint8_t*>(sqlite3_column_blob(m_stmt, c));
+        int n = sqlite3_column_bytes(m_stmt, c);
+        if (!p || n <= 0)
+            out.clear();
+        else
+            out.assign(p, p + n);
+    }
+
+private:
+    void check(int rc)
+    {
+        if (rc != SQLITE_OK) throwSql(m_db, "bind");
+    }
+    sqlite3* m_db;
+    sqlite3_stmt* m_stmt;
+};
+
+void exec(sqlite3* db, const char* sql);
+
+} // namespace esdata
+
+#endif

@@ -1,0 +1,272 @@
+// The catalog tree: opening catalogs, packets, folders, tables, attributes and elements, as a
+// caller sees them through the C API and after reopening the file.
+#include "esdatatest.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sqlite3.h>
+
+class TstEsdataTree : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { QVERIFY(m_dir.isValid()); }
+
+    void refusesWhatIsNotACatalog_data();
+    void refusesWhatIsNotACatalog();
+    void reopenKeepsStoredNameAndProvider();
+    void packetsAreUniqueAndOrdered();
+    void foldersNestAndDeleteWithEverythingBelow();
+    void attributesAreNumberedAndPersist();
+    void elementIdsAreUniquePerPacket();
+    void deletedElementIsDeadButHarmless();
+    void poolIsFoundByLibraryMarker_data();
+    void poolIsFoundByLibraryMarker();
+
+private:
+    QString path(const QString& name) const { return m_dir.filePath(name); }
+    QTemporaryDir m_dir;
+};
+
+void TstEsdataTree::refusesWhatIsNotACatalog_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<bool>("create");
+    QTest::addColumn<QString>("errorPart");
+    QTest::newRow("text file") << "text" << true << "not a catalog";
+    QTest::newRow("empty file, no create") << "empty" << false << "not a catalog";
+    QTest::newRow("other sqlite database") << "othersql" << true << "another format";
+    QTest::newRow("missing file, no create") << "missing" << false << "no catalog file";
+}
+
+void TstEsdataTree::refusesWhatIsNotACatalog()
+{
+    QFETCH(QString, kind);
+    QFETCH(bool, create);
+    QFETCH(QString, errorPart);
+    QString file = path(kind + ".db");
+    if (kind == "text") {
+        QVERIFY(
+            writeFile(file, QByteArray("this is no database at all, just text\n").repeated(50)));
+    } else if (kind == "empty") {
+        QVERIFY(writeFile(file, QByteArray()));
+    } else if (kind == "othersql") {
+        sqlite3* db = nullptr;
+        QCOMPARE(sqlite3_open(file.toUtf8().constData(), &db), SQLITE_OK);
+        QCOMPARE(sqlite3_exec(db,
+                              "CREATE TABLE es_meta(key, value); INSERT INTO es_meta "
+                              "VALUES('format', 'spreadsheet')",
+                              nullptr, nullptr, nullptr),
+                 SQLITE_OK);
+        sqlite3_close(db);
+    }
+    QByteArray before = readFile(file);
+    es_provider_t* p = openCatalog(file, "user_tx", create);
+    QVERIFY(p == nullptr);
+    QVERIFY2(qs(esx_LastError()).contains(errorPart), qPrintable(qs(esx_LastError())));
+    QCOMPARE(readFile(file), before); // a refused file is left as it was
+}
+
+void TstEsdataTree::reopenKeepsStoredNameAndProvider()
+{
+    QString file = path("reopen.db");
+    es_provider_t* p = openCatalog(file, "my_user_vk_db");
+    QVERIFY(p);
+    QCOMPARE(openCatalog(file, "other"), p);
+    QCOMPARE(qs(provider_GetDatabaseName(p)), QString("my_user_vk_db"));
+    QCOMPARE(qs(esx_CatalogPath(p)), QFileInfo(file).canonicalFilePath());
+    QVERIFY(provider_AddPacket(p, u"Трубы"));
+    esx_CloseCatalog(p);
+
+    CatalogGuard again(openCatalog(file, "ignored", false));
+    QVERIFY(again.get());
+    QCOMPARE(qs(provider_GetDatabaseName(again.get())), QString("my_user_vk_db"));
+    QCOMPARE(provider_GetPacketCount(again.get()), 1u);
+    QCOMPARE(qs(packet_GetName(provider_GetPacket(again.get(), 0))), QString("Трубы"));
+}
+
+void TstEsdataTree::packetsAreUniqueAndOrdered()
+{
+    CatalogGuard c(openCatalog(path("packets.db")));
+    es_provider_t* p = c.get();
+    es_packet_t* a = provider_AddPacket(p, u"A");
+    es_packet_t* b = provider_AddPacket(p, u"B");
+    QVERIFY(a && b && a != b);
+    QVERIFY(!provider_AddPacket(p, u"A"));
+    QVERIFY(!provider_AddPacket(p, u""));
+    QVERIFY(!provider_AddPacket(p, nullptr));
+    QCOMPARE(provider_GetPacketCount(p), 2u);
+    QCOMPARE(provider_GetPacket(p, 0), a);
+    QCOMPARE(provider_GetPacket(p, 1), b);
+    QVERIFY(!provider_GetPacket(p, 2));
+    QCOMPARE(packet_GetProvider(b), p);
+    es_folder_t* root = packet_GetRootFolder(a);
+    QVERIFY(root);
+    QCOMPARE(folder_GetPacket(root), a);
+    QVERIFY(!folder_GetParentFolder(root));
+}
+
+void TstEsdataTree::foldersNestAndDeleteWithEverythingBelow()
+{
+    QString file = path("folders.db");
+    es_provider_t* p = openCatalog(file);
+    es_folder_t* root = packet_GetRootFolder(provider_AddPacket(p, u"P"));
+    es_folder_t* cat = folder_AddChildFolder(root, u"Категория");
+    es_folder_t* sub = folder_AddChildFolder(cat, u"folder E1");
+    es_folder_t* other = folder_AddChildFolder(root, u"Другая");
+    QVERIFY(cat && sub && other);
+    QVERIFY(!folder_AddChildFolder(root, u"Категория"));
+    QVERIFY(!folder_AddChildFolder(root, u""));
+    QCOMPARE(folder_GetChildFolderCount(root), 2u);
+    QCOMPARE(folder_GetChildFolder(root, 0), cat);
+    QCOMPARE(folder_GetChildFolder(root, 1), other);
+    QCOMPARE(folder_GetParentFolder(sub), cat);
+    es_table_t* t = folder_GetTable(sub);
+    QCOMPARE(table_GetFolder(t), sub);
+    es_attribute_t* a = table_AddAttribute(t, u"Width", u"Ширина", ES_ATTR_REAL);
+    es_stdsize_t* e = table_AddStdSize(t, u"E1");
+    QVERIFY(a && e);
+
+    QVERIFY(!folder_DeleteChildFolder(root, sub)); // not a direct child
+    QVERIFY(folder_DeleteChildFolder(root, cat));
+    QCOMPARE(folder_GetChildFolderCount(root), 1u);
+    QCOMPARE(folder_GetChildFolder(root, 0), other);
+    // Everything below is dead: calls give empty results instead of data.
+    QCOMPARE(folder_GetChildFolderCount(cat), 0u);
+    QVERIFY(!folder_GetTable(sub));
+    QCOMPARE(table_GetStdSizeCount(t), 0u);
+    QCOMPARE(qs(stdsize_GetID(e)), QString());
+    QCOMPARE(qs(attribute_GetName(a)), QString());
+    QVERIFY(!packet_FindStdSize(folder_GetPacket(root), u"E1"));
+    esx_CloseCatalog(p);
+
+    CatalogGuard again(openCatalog(file, "", false));
+    es_folder_t* root2 = packet_GetRootFolder(provider_GetPacket(again.get(), 0));
+    QCOMPARE(folder_GetChildFolderCount(root2), 1u);
+    QCOMPARE(qs(folder_GetName(folder_GetChildFolder(root2, 0))), QString("Другая"));
+}
+
+void TstEsdataTree::attributesAreNumberedAndPersist()
+{
+    QString file = path("attrs.db");
+    es_provider_t* p = openCatalog(file);
+    es_stdsize_t* e = addElement(p, u"P", u"folder X", u"X");
+    es_table_t* t = stdsize_GetTable(e);
+    es_attribute_t* a = table_AddAttribute(t, u"Length", u"Длина", ES_ATTR_REAL);
+    es_attribute_t* b = table_AddAttribute(t, u"Name", u"Name", ES_ATTR_TEXT);
+    QCOMPARE(attribute_GetNumber(a), 1);
+    QCOMPARE(attribute_GetNumber(b), 2);
+    QVERIFY(attribute_SetNumber(b, 11));
+    es_attribute_t* c = table_AddAttribute(t, u"Count", nullptr, ES_ATTR_INT);
+    QCOMPARE(attribute_GetNumber(c), 12); // one above the highest
+    QCOMPARE(attribute_GetOldNumber(c), 12);
+    QVERIFY(!table_AddAttribute(t, u"Length", u"again", ES_ATTR_INT));
+    QVERIFY(!table_AddAttribute(t, nullptr, u"no name", ES_ATTR_INT));
+    QVERIFY(attribute_SetOldNumber(a, 7));
+    QVERIFY(attribute_SetVarName(a, u"L"));
+    QVERIFY(attribute_SetMeasure(a, u"мм"));
+    QVERIFY(attribute_SetFormula(a, u"{A12*2}"));
+    QCOMPARE(table_FindAttribute(t, u"Name"), b);
+    QVERIFY(!table_FindAttribute(t, u"name"));
+    esx_CloseCatalog(p);
+
+    CatalogGuard again(openCatalog(file, "", false));
+    es_packet_t* pk = provider_GetPacket(again.get(), 0);
+    es_table_t* t2 = stdsize_GetTable(packet_FindStdSize(pk, u"X"));
+    QCOMPARE(table_GetAttributeCount(t2), 3u);
+    es_attribute_t* a2 = table_GetAttribute(t2, 0);
+    QCOMPARE(qs(attribute_GetName(a2)), QString("Length"));
+    QCOMPARE(qs(attribute_GetDescription(a2)), QString("Длина"));
+    QCOMPARE(attribute_GetType(a2), uint32_t(ES_ATTR_REAL));
+    QCOMPARE(attribute_GetNumber(a2), 1);
+    QCOMPARE(attribute_GetOldNumber(a2), 7);
+    QCOMPARE(qs(attribute_GetVarName(a2)), QString("L"));
+    QCOMPARE(qs(attribute_GetMeasure(a2)), QString("мм"));
+    QCOMPARE(qs(attribute_GetFormula(a2)), QString("{A12*2}"));
+    QCOMPARE(attribute_GetNumber(table_GetAttribute(t2, 1)), 11);
+    QCOMPARE(qs(attribute_GetDescription(table_GetAttribute(t2, 2))), QString());
+    QVERIFY(!table_GetAttribute(t2, 3));
+}
+
+void TstEsdataTree::elementIdsAreUniquePerPacket()
+{
+    CatalogGuard c(openCatalog(path("ids.db")));
+    es_stdsize_t* e1 = addElement(c.get(), u"P", u"folder E", u"E");
+    QVERIFY(e1);
+    QVERIFY(!addElement(c.get(), u"P", u"folder E again", u"E"));
+    es_stdsize_t* e2 = addElement(c.get(), u"Q", u"folder E", u"E");
+    QVERIFY(e2 && e2 != e1);
+    QVERIFY(!table_AddStdSize(stdsize_GetTable(e1), u""));
+    QVERIFY(stdsize_SetType(e1, u"ARM_PIPE"));
+    QCOMPARE(qs(stdsize_GetType(e1)), QString("ARM_PIPE"));
+    es_packet_t* p = provider_GetPacket(c.get(), 0);
+    QCOMPARE(packet_FindStdSize(p, u"E"), e1);
+    QVERIFY(!packet_FindStdSize(p, u"missing"));
+    es_table_t* t = stdsize_GetTable(e1);
+    es_stdsize_t* e3 = table_AddStdSize(t, u"E3");
+    QCOMPARE(table_GetStdSizeCount(t), 2u);
+    QCOMPARE(table_GetStdSize(t, 0), e1);
+    QCOMPARE(table_GetStdSize(t, 1), e3);
+    QVERIFY(!table_GetStdSize(t, 2));
+}
+
+void TstEsdataTree::deletedElementIsDeadButHarmless()
+{
+    CatalogGuard c(openCatalog(path("dead.db")));
+    es_stdsize_t* e = addElement(c.get(), u"P", u"folder D", u"D");
+    es_table_t* t = stdsize_GetTable(e);
+    es_attribute_t* a = table_AddAttribute(t, u"N", u"N", ES_ATTR_INT);
+    QVERIFY(stdsize_SetValueI(e, a, 5));
+    es_model_t* m = stdsize_GetModel(e);
+    QVERIFY(table_DeleteStdSize(t, e));
+    QVERIFY(!table_DeleteStdSize(t, e));
+    QCOMPARE(table_GetStdSizeCount(t), 0u);
+    es_value v;
+    QVERIFY(!stdsize_GetValue(e, a, &v));
+    QCOMPARE(v.kind, ES_VALUE_EMPTY);
+    QVERIFY(!stdsize_SetValueI(e, a, 6));
+    QVERIFY(model_IsEmpty(m));
+    QVERIFY(!stdsize_GetModel(e));
+    QVERIFY(qs(esx_LastError()).contains("dead"));
+    // The identifier is free again.
+    QVERIFY(table_AddStdSize(t, u"D"));
+}
+
+void TstEsdataTree::poolIsFoundByLibraryMarker_data()
+{
+    QTest::addColumn<QString>("dbName");
+    QTest::addColumn<QString>("library");
+    QTest::addColumn<bool>("found");
+    QTest::newRow("vo") << "cat_user_vo"
+                        << "orvik.aec.vobject" << true;
+    QTest::newRow("tx") << "user_tx"
+                        << "orvik.aec.engsystx" << true;
+    QTest::newRow("vk") << "x_user_vk_1"
+                        << "orvik.aec.engsysvk" << true;
+    QTest::newRow("ov") << "user_ov"
+                        << "orvik.aec.engsysov" << true;
+    QTest::newRow("other library") << "user_tx"
+                                   << "orvik.aec.engsysov" << false;
+    QTest::newRow("case matters") << "USER_TX"
+                                  << "orvik.aec.engsystx" << false;
+    QTest::newRow("unknown id") << "user_tx"
+                                << "orvik.aec.unknown" << false;
+}
+
+void TstEsdataTree::poolIsFoundByLibraryMarker()
+{
+    QFETCH(QString, dbName);
+    QFETCH(QString, library);
+    QFETCH(bool, found);
+    CatalogGuard c(openCatalog(path(QString(QTest::currentDataTag()) + ".db"), dbName));
+    QVERIFY(c.get());
+    QVERIFY(provider_AddPacket(c.get(), u"Пакет"));
+    es_pool_t* pool = esGetLibraryProviderPool(u16(library).c_str());
+    QCOMPARE(pool != nullptr, found);
+    if (found) QCOMPARE(qs(packet_GetName(pool_FindPacket(pool, u"Пакет"))), QString("Пакет"));
+}
+
+QTEST_GUILESS_MAIN(TstEsdataTree)
+#include "tst_esdata_tree.moc"
