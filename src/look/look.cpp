@@ -98,18 +98,15 @@ QString fill_placeholders(const QString& text, const QStringList& values)
     for (qsizetype i = 0; i < n; ++i) {
         const QChar c = text.at(i);
         if (c == QLatin1Char('%') && i + 1 < n && text.at(i + 1).isDigit()) {
+            // All the digits make the number, as in QString::arg; an unknown number stays.
             qsizetype end = i + 1;
-            int number = text.at(end).digitValue();
-            if (end + 1 < n && text.at(end + 1).isDigit()) {
-                const int two = number * 10 + text.at(end + 1).digitValue();
-                if (two >= 1 && two <= count) {
-                    number = two;
-                    ++end;
-                }
-            }
+            while (end < n && text.at(end).isDigit())
+                ++end;
+            const qsizetype digits = end - i - 1;
+            const int number = digits <= 3 ? QStringView(text).mid(i + 1, digits).toInt() : 0;
             if (number >= 1 && number <= count) {
                 out += values.at(number - 1);
-                i = end;
+                i = end - 1;
                 continue;
             }
         }

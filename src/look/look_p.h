@@ -7,8 +7,8 @@
 
 namespace qt::detail {
 
-// Replaces every "%N" (N from 1 to values.size(), one or two digits, the longest valid
-// number first) with values[N - 1] in a single pass: text brought in by a value is never
+// Replaces every "%N" (all digits after the sign make N; N from 1 to values.size()) with
+// values[N - 1] in a single pass: text brought in by a value is never
 // looked at again, so a value may itself contain "%1".
 QString fill_placeholders(const QString& text, const QStringList& values);
 

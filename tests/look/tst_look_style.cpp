@@ -1,0 +1,339 @@
+#include "look/aec_style.h"
+#include "look/look.h"
+#include "look/look_p.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QPainter>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSpinBox>
+#include <QStyleFactory>
+#include <QStyleOption>
+#include <QStyledItemDelegate>
+#include <QSvgRenderer>
+#include <QTest>
+
+// The filled style sheet and the proxy style, as a dialog receives them.
+class LookStyleTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void everyPlaceholderIsFilled_data();
+    void everyPlaceholderIsFilled();
+    void iconUrlsFollowTheVariant_data();
+    void iconUrlsFollowTheVariant();
+    void frameRulesTargetTheFrameParts_data();
+    void frameRulesTargetTheFrameParts();
+    void valueContainingPercentIsNotSubstitutedAgain();
+    void missingTemplateGivesEmptySheet();
+    void pixelMetricTable_data();
+    void pixelMetricTable();
+    void otherMetricsComeFromTheBaseStyle();
+    void controlsAreTwentyFourPixelsHigh_data();
+    void controlsAreTwentyFourPixelsHigh();
+    void polishSetsHoverAndMenuShadow();
+    void indicatorsAreDrawnFromTheLibraryIcons_data();
+    void indicatorsAreDrawnFromTheLibraryIcons();
+};
+
+void LookStyleTest::everyPlaceholderIsFilled_data()
+{
+    QTest::addColumn<bool>("dark");
+    QTest::newRow("light") << false;
+    QTest::newRow("dark") << true;
+}
+
+void LookStyleTest::everyPlaceholderIsFilled()
+{
+    QFETCH(bool, dark);
+    const QString sheet = qt::style_sheet(dark);
+    QVERIFY2(!sheet.isEmpty(), "the template resource is compiled in");
+    const QRegularExpression leftover(QStringLiteral("%\\d"));
+    const auto match = leftover.match(sheet);
+    QVERIFY2(!match.hasMatch(),
+             qPrintable(QStringLiteral("unfilled placeholder near: ") +
+                        sheet.mid(std::max<qsizetype>(0, match.capturedStart() - 40), 80)));
+    // Every colour is written as "#" and six lower-case hex digits.
+    const QRegularExpression colour(QStringLiteral("#[0-9a-fA-F]{3,8}\\b"));
+    auto it = colour.globalMatch(sheet);
+    int colours = 0;
+    while (it.hasNext()) {
+        const QString c = it.next().captured();
+        QCOMPARE(c.size(), 7);
+        QCOMPARE(c, c.toLower());
+        ++colours;
+    }
+    QVERIFY(colours > 40);
+    // The style sheet parser accepts the result: a button gets the style sheet height.
+    QWidget host;
+    host.setStyleSheet(sheet);
+    auto* button = new QPushButton(QStringLiteral("Да"), &host);
+    button->ensurePolished();
+    QCOMPARE(button->sizeHint().height(), 24 + 2); // 24 px content, 1 px border each side
+}
+
+void LookStyleTest::iconUrlsFollowTheVariant_data()
+{
+    QTest::addColumn<bool>("dark");
+    QTest::newRow("light") << false;
+    QTest::newRow("dark") << true;
+}
+
+void LookStyleTest::iconUrlsFollowTheVariant()
+{
+    QFETCH(bool, dark);
+    const QString sheet = qt::style_sheet(dark);
+    const QRegularExpression url(QStringLiteral("url\\(([^)]*)\\)"));
+    auto it = url.globalMatch(sheet);
+    int urls = 0;
+    while (it.hasNext()) {
+        const QString path = it.next().captured(1);
+        QVERIFY2(path.startsWith(QStringLiteral(":/aec/")), qPrintable(path));
+        QCOMPARE(path.endsWith(QStringLiteral("-light")), dark);
+        QVERIFY2(QFile::exists(path), qPrintable(path + " is not a compiled-in resource"));
+        ++urls;
+    }
+    QCOMPARE(urls, 10);
+}
+
+void LookStyleTest::frameRulesTargetTheFrameParts_data()
+{
+    QTest::addColumn<bool>("dark");
+    QTest::addColumn<QString>("frameRule");
+    QTest::addColumn<QString>("titleBarBackground");
+    QTest::newRow("light") << false << "#aec_styled_frame {\n    border: 1px solid #333333;"
+                           << "background-color: #e5e5e5;\n    border-bottom: 2px solid #333333;";
+    QTest::newRow("dark") << true << "#aec_styled_frame {\n    border: 1px solid #f2f2f2;"
+                          << "background-color: #333333;\n    border-bottom: 2px solid #f2f2f2;";
+}
+
+void LookStyleTest::frameRulesTargetTheFrameParts()
+{
+    QFETCH(bool, dark);
+    QFETCH(QString, frameRule);
+    QFETCH(QString, titleBarBackground);
+    const QString sheet = qt::style_sheet(dark);
+    QVERIFY(sheet.contains(frameRule));
+    const qsizetype title = sheet.indexOf(QStringLiteral("#aec_styled_titlebar {"));
+    QVERIFY(title > sheet.indexOf(frameRule));
+    QVERIFY(sheet.indexOf(titleBarBackground, title) > title);
+    QVERIFY(sheet.contains(QStringLiteral("#aec_styled_titlebar > QPushButton {")));
+    QVERIFY(sheet.contains(QStringLiteral("height: 22px;")));
+}
+
+void LookStyleTest::valueContainingPercentIsNotSubstitutedAgain()
+{
+    const QString filled = qt::detail::fill_placeholders(
+        QStringLiteral("a:%1 b:%2 c:%10 d:%3 e:%11 f:100%"),
+        {QStringLiteral("%2"), QStringLiteral("two"), QStringLiteral("three"), "4", "5", "6", "7",
+         "8", "9", QStringLiteral("ten%1")});
+    QCOMPARE(filled, QStringLiteral("a:%2 b:two c:ten%1 d:three e:%11 f:100%"));
+}
+
+void LookStyleTest::missingTemplateGivesEmptySheet()
+{
+    const QString saved = qt::detail::style_template_path();
+    qt::detail::set_style_template_path(QStringLiteral(":/aec/no-such-template.qss"));
+    const QString sheet = qt::style_sheet(false);
+    qt::detail::set_style_template_path(saved);
+    QVERIFY(sheet.isEmpty());
+    QVERIFY(!qt::style_sheet(false).isEmpty());
+}
+
+void LookStyleTest::pixelMetricTable_data()
+{
+    QTest::addColumn<int>("metric");
+    QTest::addColumn<int>("value");
+    QTest::newRow("scroll bar extent") << int(QStyle::PM_ScrollBarExtent) << 9;
+    QTest::newRow("tab base overlap") << int(QStyle::PM_TabBarBaseOverlap) << 1;
+    QTest::newRow("menu panel") << int(QStyle::PM_MenuPanelWidth) << 0;
+    QTest::newRow("tab shift h") << int(QStyle::PM_TabBarTabShiftHorizontal) << 0;
+    QTest::newRow("tab shift v") << int(QStyle::PM_TabBarTabShiftVertical) << 0;
+    QTest::newRow("indicator w") << int(QStyle::PM_IndicatorWidth) << 16;
+    QTest::newRow("indicator h") << int(QStyle::PM_IndicatorHeight) << 16;
+    QTest::newRow("radio w") << int(QStyle::PM_ExclusiveIndicatorWidth) << 16;
+    QTest::newRow("radio h") << int(QStyle::PM_ExclusiveIndicatorHeight) << 16;
+    QTest::newRow("tree indentation") << int(QStyle::PM_TreeViewIndentation) << 16;
+    QTest::newRow("header margin") << int(QStyle::PM_HeaderMargin) << 6;
+    QTest::newRow("focus frame h margin") << int(QStyle::PM_FocusFrameHMargin) << 6;
+    QTest::newRow("header mark") << int(QStyle::PM_HeaderMarkSize) << 15;
+    QTest::newRow("small icon") << int(QStyle::PM_SmallIconSize) << 21;
+    QTest::newRow("header section v") << int(QStyle::PM_HeaderDefaultSectionSizeVertical) << 24;
+    QTest::newRow("title bar resize band") << int(0xF0000001) << 6;
+}
+
+void LookStyleTest::pixelMetricTable()
+{
+    QFETCH(int, metric);
+    QFETCH(int, value);
+    for (bool dark : {false, true}) {
+        qt::aec_style style(dark);
+        QCOMPARE(style.pixelMetric(static_cast<QStyle::PixelMetric>(metric)), value);
+    }
+}
+
+void LookStyleTest::otherMetricsComeFromTheBaseStyle()
+{
+    qt::aec_style style(false);
+    std::unique_ptr<QStyle> base(QStyleFactory::create(QApplication::style()->name()));
+    QVERIFY(base);
+    for (auto metric : {QStyle::PM_ButtonMargin, QStyle::PM_DefaultFrameWidth,
+                        QStyle::PM_LayoutHorizontalSpacing, QStyle::PM_ToolBarIconSize}) {
+        QCOMPARE(style.pixelMetric(metric), base->pixelMetric(metric));
+    }
+}
+
+void LookStyleTest::controlsAreTwentyFourPixelsHigh_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("push button") << "button";
+    QTest::newRow("combo box") << "combo";
+    QTest::newRow("line edit") << "edit";
+    QTest::newRow("spin box") << "spin";
+    QTest::newRow("item view item") << "item";
+}
+
+void LookStyleTest::controlsAreTwentyFourPixelsHigh()
+{
+    QFETCH(QString, kind);
+    qt::aec_style style(false);
+    QWidget host;
+    host.setStyle(&style);
+    QFont big = host.font();
+    big.setPixelSize(30); // contents taller than 24 px still give 24
+    int height = 0;
+    if (kind == "button") {
+        auto* w = new QPushButton(QStringLiteral("Сохранить"), &host);
+        w->setStyle(&style);
+        w->setFont(big);
+        height = w->sizeHint().height();
+    } else if (kind == "combo") {
+        auto* w = new QComboBox(&host);
+        w->setStyle(&style);
+        w->addItem(QStringLiteral("ПЭ_Трубы"));
+        height = w->sizeHint().height();
+    } else if (kind == "edit") {
+        auto* w = new QLineEdit(&host);
+        w->setStyle(&style);
+        w->setFont(big);
+        height = w->sizeHint().height();
+    } else if (kind == "spin") {
+        auto* w = new QSpinBox(&host);
+        w->setStyle(&style);
+        height = w->sizeHint().height();
+    } else {
+        auto* w = new QListWidget(&host);
+        w->setStyle(&style);
+        w->addItem(QStringLiteral("Элемент"));
+        QStyleOptionViewItem option;
+        option.initFrom(w->viewport());
+        option.widget = w;
+        option.font = big;
+        option.fontMetrics = QFontMetrics(big);
+        height = w->itemDelegate()->sizeHint(option, w->model()->index(0, 0)).height();
+    }
+    QCOMPARE(height, 24);
+    // Other kinds keep the base size.
+    QStyleOptionButton check;
+    QVERIFY(style.sizeFromContents(QStyle::CT_CheckBox, &check, QSize(10, 40), nullptr).height() >=
+            40);
+}
+
+void LookStyleTest::polishSetsHoverAndMenuShadow()
+{
+    qt::aec_style style(false);
+    QPushButton button;
+    QComboBox combo;
+    QLabel label;
+    QMenu menu;
+    for (QWidget* w : std::initializer_list<QWidget*>{&button, &combo, &label, &menu})
+        style.polish(w);
+    QVERIFY(button.testAttribute(Qt::WA_Hover));
+    QVERIFY(combo.testAttribute(Qt::WA_Hover));
+    QVERIFY(!label.testAttribute(Qt::WA_Hover));
+    QVERIFY(menu.windowFlags().testFlag(Qt::NoDropShadowWindowHint));
+}
+
+void LookStyleTest::indicatorsAreDrawnFromTheLibraryIcons_data()
+{
+    QTest::addColumn<bool>("dark");
+    QTest::addColumn<int>("element");
+    QTest::addColumn<int>("state");
+    QTest::addColumn<int>("side");
+    QTest::addColumn<QString>("icon");
+    for (bool dark : {false, true}) {
+        const char* v = dark ? " dark" : " light";
+        const QString s = dark ? "-light" : "";
+        QTest::addRow("checked%s", v)
+            << dark << int(QStyle::PE_IndicatorCheckBox)
+            << int(QStyle::State_On | QStyle::State_Enabled) << 16 << ":/aec/checkbox-checked" + s;
+        QTest::addRow("unchecked%s", v) << dark << int(QStyle::PE_IndicatorCheckBox)
+                                        << int(QStyle::State_Off | QStyle::State_Enabled) << 16
+                                        << ":/aec/checkbox-unchecked" + s;
+        QTest::addRow("mixed%s", v) << dark << int(QStyle::PE_IndicatorCheckBox)
+                                    << int(QStyle::State_NoChange | QStyle::State_Enabled) << 16
+                                    << ":/aec/checkbox-mixed" + s;
+        QTest::addRow("radio on%s", v)
+            << dark << int(QStyle::PE_IndicatorRadioButton)
+            << int(QStyle::State_On | QStyle::State_Enabled) << 16 << ":/aec/radiobox-checked" + s;
+        QTest::addRow("radio off%s", v) << dark << int(QStyle::PE_IndicatorRadioButton)
+                                        << int(QStyle::State_Off | QStyle::State_Enabled) << 16
+                                        << ":/aec/radiobox-unchecked" + s;
+        QTest::addRow("arrow down%s", v)
+            << dark << int(QStyle::PE_IndicatorArrowDown) << int(QStyle::State_Enabled) << 9
+            << ":/aec/triangle-down" + s;
+        QTest::addRow("arrow left%s", v)
+            << dark << int(QStyle::PE_IndicatorArrowLeft) << int(QStyle::State_Enabled) << 9
+            << ":/aec/triangle-left" + s;
+        QTest::addRow("arrow right%s", v)
+            << dark << int(QStyle::PE_IndicatorArrowRight) << int(QStyle::State_Enabled) << 9
+            << ":/aec/triangle-right" + s;
+        QTest::addRow("arrow up%s", v)
+            << dark << int(QStyle::PE_IndicatorArrowUp) << int(QStyle::State_Enabled) << 9
+            << ":/aec/triangle-up" + s;
+        QTest::addRow("spin up%s", v) << dark << int(QStyle::PE_IndicatorSpinUp)
+                                      << int(QStyle::State_Enabled) << 9 << ":/aec/spinbox-up" + s;
+        QTest::addRow("spin down%s", v)
+            << dark << int(QStyle::PE_IndicatorSpinDown) << int(QStyle::State_Enabled) << 9
+            << ":/aec/spinbox-down" + s;
+    }
+}
+
+void LookStyleTest::indicatorsAreDrawnFromTheLibraryIcons()
+{
+    QFETCH(bool, dark);
+    QFETCH(int, element);
+    QFETCH(int, state);
+    QFETCH(int, side);
+    QFETCH(QString, icon);
+    qt::aec_style style(dark);
+    QStyleOption option;
+    option.state = QStyle::State(state);
+    option.rect = QRect(0, 0, 20, 20);
+
+    QImage drawn(20, 20, QImage::Format_ARGB32_Premultiplied);
+    drawn.fill(Qt::transparent);
+    {
+        QPainter p(&drawn);
+        style.drawPrimitive(QStyle::PrimitiveElement(element), &option, &p);
+    }
+    QImage expected(20, 20, QImage::Format_ARGB32_Premultiplied);
+    expected.fill(Qt::transparent);
+    {
+        QPainter p(&expected);
+        p.setRenderHint(QPainter::Antialiasing);
+        QSvgRenderer svg(icon);
+        QVERIFY2(svg.isValid(), qPrintable(icon));
+        const int offset = (20 - side) / 2;
+        svg.render(&p, QRectF(offset, offset, side, side));
+    }
+    QCOMPARE(drawn, expected);
+}
+
+QTEST_MAIN(LookStyleTest)
+#include "tst_look_style.moc"
