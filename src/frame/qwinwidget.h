@@ -16,6 +16,8 @@ public:
     ~QWinWidget() override;
 
     quintptr parentWindow() const { return m_parentWindow; }
+    // Native window that had focus when the first child window was shown; 0 until then.
+    quintptr previousFocus() const { return m_previousFocus; }
 
 protected:
     void childEvent(QChildEvent* event) override;
