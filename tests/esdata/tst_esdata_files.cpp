@@ -1,0 +1,266 @@
+// Models, projections, icons and representation data, the content-addressed file folder and
+// the specification command.
+#include "esdatatest.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TstEsdataFiles : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+
+    void modelIsStoredByDigest_data();
+    void modelIsStoredByDigest();
+    void modelRefusesUnreadableFile();
+    void projectionsKeepOrderAndShareContent();
+    void representationRoundTrips();
+    void createSpecReplacesRecords_data();
+    void createSpecReplacesRecords();
+
+private:
+    QString src(const QString& name) const { return m_dir.filePath("src/" + name); }
+    QString md5(const QByteArray& b) const
+    {
+        return QCryptographicHash::hash(b, QCryptographicHash::Md5).toHex();
+    }
+    QTemporaryDir m_dir;
+    QString m_db;
+    es_provider_t* m_p = nullptr;
+    es_stdsize_t* m_e = nullptr;
+};
+
+void TstEsdataFiles::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    QVERIFY(QDir(m_dir.path()).mkpath("src"));
+    m_db = m_dir.filePath("files.db");
+    m_p = openCatalog(m_db, "user_vo");
+    m_e = addElement(m_p, u"Окна", u"folder W1", u"W1");
+    QVERIFY(m_e);
+}
+
+void TstEsdataFiles::cleanupTestCase()
+{
+    esx_CloseCatalog(m_p);
+}
+
+void TstEsdataFiles::modelIsStoredByDigest_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QByteArray>("icon");
+    QTest::addColumn<int>("version");
+    QTest::newRow("svg model with icon")
+        << QByteArray("<svg xmlns=\"http://www.w3.org/2000/svg\" data-version=\"231\"/>")
+        << QByteArray("\x89PNG\r\n\x1a\n-icon-", 14) << 3;
+    QTest::newRow("binary model without icon")
+        << QByteArray("\0\1\2\3\xff\xfe", 6) << QByteArray() << 0;
+}
+
+void TstEsdataFiles::modelIsStoredByDigest()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QByteArray, icon);
+    QFETCH(int, version);
+    QString modelFile = src("part.m3d");
+    QVERIFY(writeFile(modelFile, content));
+    QString iconFile;
+    if (!icon.isEmpty()) {
+        iconFile = src("part.ico");
+        QVERIFY(writeFile(iconFile, icon));
+    }
+    es_model_t* m = stdsize_GetModel(m_e);
+    QVERIFY(model_SetModelEx(m, u16(modelFile).c_str(), u16(iconFile).c_str(), u"Рама", version));
+    QFile::remove(modelFile); // the store keeps its own copy
+
+    // Read back through a fresh connection.
+    esx_CloseCatalog(m_p);
+    m_p = openCatalog(m_db, "", false);
+    m_e = packet_FindStdSize(provider_GetPacket(m_p, 0), u"W1");
+    m = stdsize_GetModel(m_e);
+    QVERIFY(!model_IsEmpty(m));
+    QCOMPARE(qs(model_GetDigest(m)), md5(content));
+    QString stored = qs(model_GetModelFile(m));
+    QCOMPARE(QFileInfo(stored).absoluteFilePath(),
+             QFileInfo(m_db + ".files/" + md5(content) + ".m3d").absoluteFilePath());
+    QCOMPARE(readFile(stored), content);
+    QCOMPARE(qs(model_GetModelName(m)), QString("Рама"));
+    QCOMPARE(model_GetVersion(m), version);
+    const void* data = nullptr;
+    size_t n = model_GetIconData(m, &data);
+    QCOMPARE(QByteArray(static_cast<const char*>(data), int(n)), icon);
+
+    QVERIFY(model_Clear(m));
+    QVERIFY(model_IsEmpty(m));
+    QCOMPARE(qs(model_GetModelFile(m)), QString());
+    QCOMPARE(qs(model_GetDigest(m)), QString());
+}
+
+void TstEsdataFiles::modelRefusesUnreadableFile()
+{
+    es_model_t* m = stdsize_GetModel(m_e);
+    QVERIFY(!model_SetModelEx(m, u16(src("missing.m3d")).c_str(), nullptr, u"x", 1));
+    QVERIFY(qs(esx_LastError()).contains("missing.m3d"));
+    QVERIFY(model_IsEmpty(m));
+    es_projections_t* list = stdsize_GetProjections(m_e);
+    QVERIFY(
+        !projections_AddProjectionEx(list, u"n", u16(m_dir.path()).c_str(), nullptr, 1, u"", 0));
+    QCOMPARE(projections_GetProjectioCount(list), 0u);
+}
+
+void TstEsdataFiles::projectionsKeepOrderAndShareContent()
+{
+    QByteArray top("<svg xmlns=\"http://www.w3.org/2000/svg\" data-version=\"231\">"
+                   "<g data-layer=\"0\"/></svg>");
+    QByteArray front("<svg xmlns=\"http://www.w3.org/2000/svg\" data-version=\"231\">"
+                     "<g data-layer=\"1\" data-hidden=\"1\" display=\"none\"/></svg>");
+    QVERIFY(writeFile(src("top.frw"), top));
+    QVERIFY(writeFile(src("top-copy.frw"), top));
+    QVERIFY(writeFile(src("front.frw"), front));
+    QVERIFY(writeFile(src("front.ico"), "ICON"));
+    es_projections_t* list = stdsize_GetProjections(m_e);
+    es_projection_t* a = projections_AddProjectionEx(
+        list, u"Вид сверху", u16(src("top.frw")).c_str(), nullptr, 1, u"сверху", 0);
+    es_projection_t* b =
+        projections_AddProjectionEx(list, u"Вид спереди", u16(src("front.frw")).c_str(),
+                                    u16(src("front.ico")).c_str(), 2, u"спереди", 1);
+    es_projection_t* c = projections_AddProjectionEx(
+        list, u"Копия", u16(src("top-copy.frw")).c_str(), nullptr, 1, u"", 2);
+    QVERIFY(a && b && c);
+    QCOMPARE(projections_GetProjectioCount(list), 3u);
+    QCOMPARE(projections_GetProjection(list, 1), b);
+    QCOMPARE(qs(projection_GetDigest(a)), md5(top));
+    QCOMPARE(qs(projection_GetDigest(c)), md5(top));
+    QCOMPARE(qs(projection_GetFragmentFile(a)), qs(projection_GetFragmentFile(c)));
+    QVERIFY(qs(projection_GetFragmentFile(b)).endsWith(md5(front) + ".frw"));
+    QCOMPARE(QDir(m_db + ".files").entryList({"*.frw"}, QDir::Files).size(), 2);
+    QCOMPARE(projection_GetType(b), 2u);
+    QCOMPARE(projection_GetViewType(b), 1u);
+    QCOMPARE(qs(projection_GetDescription(b)), QString("спереди"));
+    const void* data = nullptr;
+    QCOMPARE(projection_GetIconData(b, &data), size_t(4));
+    QCOMPARE(QByteArray(static_cast<const char*>(data), 4), QByteArray("ICON"));
+    QCOMPARE(projection_GetIconData(a, &data), size_t(0));
+
+    QVERIFY(projections_DeleteProjection(list, a));
+    QVERIFY(!projections_DeleteProjection(list, a));
+    QCOMPARE(qs(projection_GetName(a)), QString()); // dead handle
+    QCOMPARE(projections_GetProjectioCount(list), 2u);
+    QCOMPARE(projections_GetProjection(list, 0), b);
+    // The file stays: another projection still uses it.
+    QVERIFY(QFileInfo::exists(qs(projection_GetFragmentFile(c))));
+
+    esx_CloseCatalog(m_p);
+    m_p = openCatalog(m_db, "", false);
+    m_e = packet_FindStdSize(provider_GetPacket(m_p, 0), u"W1");
+    list = stdsize_GetProjections(m_e);
+    QCOMPARE(projections_GetProjectioCount(list), 2u);
+    QCOMPARE(qs(projection_GetName(projections_GetProjection(list, 0))), QString("Вид спереди"));
+    QCOMPARE(qs(projection_GetName(projections_GetProjection(list, 1))), QString("Копия"));
+    QCOMPARE(projection_GetViewType(projections_GetProjection(list, 1)), 2u);
+    while (projections_GetProjectioCount(list) != 0)
+        QVERIFY(projections_DeleteProjection(list, projections_GetProjection(list, 0)));
+}
+
+void TstEsdataFiles::representationRoundTrips()
+{
+    const void* data = nullptr;
+    QCOMPARE(stdsize_GetRepresentationData(m_e, &data), size_t(0));
+    QByteArray xml("<repr>\0binary\xff</repr>", 21);
+    QVERIFY(stdsize_SetRepresentationData(m_e, xml.constData(), size_t(xml.size())));
+    esx_CloseCatalog(m_p);
+    m_p = openCatalog(m_db, "", false);
+    m_e = packet_FindStdSize(provider_GetPacket(m_p, 0), u"W1");
+    size_t n = stdsize_GetRepresentationData(m_e, &data);
+    QCOMPARE(QByteArray(static_cast<const char*>(data), int(n)), xml);
+    QVERIFY(stdsize_SetRepresentationData(m_e, nullptr, 0));
+    QCOMPARE(stdsize_GetRepresentationData(m_e, &data), size_t(0));
+}
+
+void TstEsdataFiles::createSpecReplacesRecords_data()
+{
+    QTest::addColumn<QString>("xml");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<QString>("expected"); // records after the call, as text
+    const QString before = "Секция:1:2:3[5={A1}]";
+    QTest::newRow("two records") << "<?xml version=\"1.0\" encoding=\"utf-8\"?><commands>"
+                                    "<command type=\"create_spec\"><stdSize packet=\"Окна\" "
+                                    "id=\"W1\"/><spec styleNum=\"4\" libName=\"Окна\" "
+                                    "firstPart=\"1\" secondPart=\"0\"><column num=\"1\" "
+                                    "formula=\"{A3}\"/><column num=\"2\" formula=\"R(A4)\"/>"
+                                    "</spec><spec styleNum=\"7\" libName=\"\" firstPart=\"2\" "
+                                    "secondPart=\"5\"/></command></commands>"
+                                 << true << "Окна:4:1:0[1={A3},2=R(A4)];:7:2:5[]";
+    QTest::newRow("no records") << "<commands><command type=\"create_spec\"><stdSize "
+                                   "packet=\"Окна\" id=\"W1\"/></command></commands>"
+                                << true << "";
+    QTest::newRow("other command") << "<commands><command type=\"delete_all\"><stdSize "
+                                      "packet=\"Окна\" id=\"W1\"/></command></commands>"
+                                   << false << before;
+    QTest::newRow("unknown element") << "<commands><command type=\"create_spec\"><stdSize "
+                                        "packet=\"Окна\" id=\"W9\"/><spec styleNum=\"1\" "
+                                        "libName=\"x\" firstPart=\"1\" secondPart=\"1\"/>"
+                                        "</command></commands>"
+                                     << false << before;
+    QTest::newRow("malformed") << "<commands><command type=\"create_spec\">" << false << before;
+    QTest::newRow("bad number") << "<commands><command type=\"create_spec\"><stdSize "
+                                   "packet=\"Окна\" id=\"W1\"/><spec styleNum=\"x\" libName=\"\" "
+                                   "firstPart=\"1\" secondPart=\"1\"/></command></commands>"
+                                << false << before;
+    QTest::newRow("second command fails")
+        << "<commands><command type=\"create_spec\"><stdSize packet=\"Окна\" id=\"W1\"/>"
+           "</command><command type=\"create_spec\"><stdSize packet=\"Нет\" id=\"W1\"/>"
+           "</command></commands>"
+        << false << before;
+}
+
+static QString specsText(es_stdsize_t* e)
+{
+    QStringList records;
+    for (uint32_t i = 0; i < stdsize_GetSpecificationCount(e); ++i) {
+        es_spec_t* s = stdsize_GetSpecification(e, i);
+        QStringList cols;
+        for (uint32_t k = 0; k < spec_ColumnCount(s); ++k)
+            cols << QString::number(spec_ColumnNumber(s, k)) + "=" + qs(spec_ColumnFormula(s, k));
+        records << QString("%1:%2:%3:%4[%5]")
+                       .arg(qs(spec_LibName(s)))
+                       .arg(spec_Style(s))
+                       .arg(spec_FirstPart(s))
+                       .arg(spec_SecondPart(s))
+                       .arg(cols.join(","));
+    }
+    return records.join(";");
+}
+
+void TstEsdataFiles::createSpecReplacesRecords()
+{
+    QFETCH(QString, xml);
+    QFETCH(bool, ok);
+    QFETCH(QString, expected);
+    const char* seed = "<commands><command type=\"create_spec\"><stdSize packet=\"Окна\" "
+                       "id=\"W1\"/><spec styleNum=\"1\" libName=\"Секция\" firstPart=\"2\" "
+                       "secondPart=\"3\"><column num=\"5\" formula=\"{A1}\"/></spec></command>"
+                       "</commands>";
+    QVERIFY(provider_RunCommand(m_p, u16(QString::fromUtf8(seed)).c_str()));
+    QCOMPARE(specsText(m_e), QString("Секция:1:2:3[5={A1}]"));
+    es_spec_t* old = stdsize_GetSpecification(m_e, 0);
+    QCOMPARE(provider_RunCommand(m_p, u16(xml).c_str()), ok);
+    if (!ok)
+        QVERIFY(!qs(esx_LastError()).isEmpty());
+    else
+        QCOMPARE(spec_Style(old), 0); // replaced records are dead
+    QCOMPARE(specsText(m_e), expected);
+    // And the same from the file.
+    esx_CloseCatalog(m_p);
+    m_p = openCatalog(m_db, "", false);
+    m_e = packet_FindStdSize(provider_GetPacket(m_p, 0), u"W1");
+    QCOMPARE(specsText(m_e), expected);
+}
+
+QTEST_GUILESS_MAIN(TstEsdataFiles)
+#include "tst_esdata_files.moc"

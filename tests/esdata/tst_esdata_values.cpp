@@ -1,0 +1,316 @@
+// Attribute values of elements and objects, unique values over a packet, and the calls that
+// must give empty results for bad input.
+#include "esdatatest.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+
+class TstEsdataValues : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+
+    void valuesAreTaggedAndPersist_data();
+    void valuesAreTaggedAndPersist();
+    void valueOfAnotherTableIsRefused();
+    void uniqueValuesAreSortedAndJoined_data();
+    void uniqueValuesAreSortedAndJoined();
+    void objectStartsAsElementAndKeepsItsWrites();
+    void badInputGivesEmptyResults_data();
+    void badInputGivesEmptyResults();
+    void updatedItemsAreRegistered();
+
+private:
+    QTemporaryDir m_dir;
+    es_provider_t* m_p = nullptr;
+    es_stdsize_t* m_e = nullptr;
+};
+
+void TstEsdataValues::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    m_p = openCatalog(m_dir.filePath("values.db"));
+    QVERIFY(m_p);
+    m_e = addElement(m_p, u"Арматура", u"folder V1", u"V1");
+    es_table_t* t = stdsize_GetTable(m_e);
+    QVERIFY(table_AddAttribute(t, u"DN", u"Условный проход", ES_ATTR_INT));
+    QVERIFY(table_AddAttribute(t, u"Mass", u"Масса", ES_ATTR_REAL));
+    QVERIFY(table_AddAttribute(t, u"NAME_VALUE", u"Наименование", ES_ATTR_TEXT));
+}
+
+void TstEsdataValues::cleanupTestCase()
+{
+    esx_CloseCatalog(m_p);
+}
+
+void TstEsdataValues::valuesAreTaggedAndPersist_data()
+{
+    QTest::addColumn<QString>("attribute");
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QVariant>("value");
+    QTest::newRow("int") << "DN" << int(ES_VALUE_INT) << QVariant(-150);
+    QTest::newRow("real") << "Mass" << int(ES_VALUE_REAL) << QVariant(3.75);
+    QTest::newRow("text") << "NAME_VALUE" << int(ES_VALUE_TEXT) << QVariant("Кран шаровый Ø50");
+    QTest::newRow("empty text") << "NAME_VALUE" << int(ES_VALUE_TEXT) << QVariant(QString(""));
+    QTest::newRow("text in int attribute") << "DN" << int(ES_VALUE_TEXT) << QVariant("abc");
+    QTest::newRow("whole real") << "Mass" << int(ES_VALUE_REAL) << QVariant(2.0);
+}
+
+void TstEsdataValues::valuesAreTaggedAndPersist()
+{
+    QFETCH(QString, attribute);
+    QFETCH(int, kind);
+    QFETCH(QVariant, value);
+    es_attribute_t* a = table_FindAttribute(stdsize_GetTable(m_e), u16(attribute).c_str());
+    QVERIFY(a);
+    if (kind == ES_VALUE_INT)
+        QVERIFY(stdsize_SetValueI(m_e, a, value.toInt()));
+    else if (kind == ES_VALUE_REAL)
+        QVERIFY(stdsize_SetValueD(m_e, a, value.toDouble()));
+    else
+        QVERIFY(stdsize_SetValueS(m_e, a, u16(value.toString()).c_str()));
+
+    // Read through a fresh connection so that the value comes from the file.
+    QString file = qs(esx_CatalogPath(m_p));
+    esx_CloseCatalog(m_p);
+    m_p = openCatalog(file, "", false);
+    QVERIFY(m_p);
+    m_e = packet_FindStdSize(provider_GetPacket(m_p, 0), u"V1");
+    es_value v;
+    QVERIFY(stdsize_GetValueByName(m_e, u16(attribute).c_str(), &v));
+    QCOMPARE(int(v.kind), kind);
+    if (kind == ES_VALUE_INT)
+        QCOMPARE(v.i, value.toInt());
+    else if (kind == ES_VALUE_REAL)
+        QCOMPARE(v.d, value.toDouble());
+    else
+        QCOMPARE(qs(v.s), value.toString());
+    es_value byHandle;
+    QVERIFY(stdsize_GetValue(
+        m_e, table_FindAttribute(stdsize_GetTable(m_e), u16(attribute).c_str()), &byHandle));
+    QCOMPARE(byHandle.kind, v.kind);
+}
+
+void TstEsdataValues::valueOfAnotherTableIsRefused()
+{
+    es_stdsize_t* other = addElement(m_p, u"Арматура", u"folder V2", u"V2");
+    es_attribute_t* foreign =
+        table_AddAttribute(stdsize_GetTable(other), u"Only", u"Only", ES_ATTR_INT);
+    QVERIFY(foreign);
+    es_value v;
+    QVERIFY(!stdsize_GetValue(m_e, foreign, &v));
+    QCOMPARE(v.kind, ES_VALUE_EMPTY);
+    QVERIFY(!stdsize_SetValueI(m_e, foreign, 1));
+    QVERIFY(!stdsize_GetValueByName(m_e, u"Only", &v));
+    // A known attribute without a value reads as an empty value.
+    QVERIFY(stdsize_GetValueByName(other, u"Only", &v));
+    QCOMPARE(v.kind, ES_VALUE_EMPTY);
+    QVERIFY(table_DeleteStdSize(stdsize_GetTable(other), other));
+}
+
+void TstEsdataValues::uniqueValuesAreSortedAndJoined_data()
+{
+    QTest::addColumn<QString>("attribute");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("ints") << "DN"
+                          << "15|20|100";
+    QTest::newRow("reals") << "Mass"
+                           << "0.5|1.25";
+    QTest::newRow("texts") << "NAME_VALUE"
+                           << "Задвижка|Кран";
+    QTest::newRow("unknown attribute") << "Nope"
+                                       << "";
+}
+
+void TstEsdataValues::uniqueValuesAreSortedAndJoined()
+{
+    QFETCH(QString, attribute);
+    QFETCH(QString, expected);
+    es_packet_t* packet = provider_AddPacket(m_p, u"Уникальные");
+    if (!packet) {
+        packet = pool_FindPacket(esGetLibraryProviderPool(u"orvik.aec.engsystx"), u"Уникальные");
+    } else {
+        const int dn[] = {100, 15, 20, 15};
+        const double mass[] = {1.25, 0.5, 1.25, 0.5};
+        const char16_t* names[] = {u"Кран", u"Задвижка", u"Кран", u"Кран"};
+        for (int k = 0; k < 4; ++k) {
+            std::u16string id = u"U" + u16(QString::number(k));
+            es_folder_t* f =
+                folder_AddChildFolder(packet_GetRootFolder(packet), (u"folder " + id).c_str());
+            es_table_t* t = folder_GetTable(f);
+            es_stdsize_t* e = table_AddStdSize(t, id.c_str());
+            stdsize_SetValueI(e, table_AddAttribute(t, u"DN", u"", ES_ATTR_INT), dn[k]);
+            stdsize_SetValueD(e, table_AddAttribute(t, u"Mass", u"", ES_ATTR_REAL), mass[k]);
+            stdsize_SetValueS(e, table_AddAttribute(t, u"NAME_VALUE", u"", ES_ATTR_TEXT), names[k]);
+        }
+    }
+    QVERIFY(packet);
+    QCOMPARE(qs(packet_GetAttributeUniqueValues(packet, u16(attribute).c_str())), expected);
+}
+
+void TstEsdataValues::objectStartsAsElementAndKeepsItsWrites()
+{
+    es_table_t* t = stdsize_GetTable(m_e);
+    es_attribute_t* dn = table_FindAttribute(t, u"DN");
+    es_attribute_t* name = table_FindAttribute(t, u"NAME_VALUE");
+    QVERIFY(stdsize_SetValueI(m_e, dn, 50));
+    QVERIFY(stdsize_SetValueS(m_e, name, u"Кран"));
+    es_pool_t* pool = esGetLibraryProviderPool(u"orvik.aec.engsystx");
+    QVERIFY(pool);
+    es_object_t* o = pool_CreateObject(pool, m_e, u"orvik.aec.engsystx");
+    QVERIFY(o);
+    QCOMPARE(object_GetStdSize(o), m_e);
+    es_value v;
+    QVERIFY(object_GetValueByName(o, u"DN", &v));
+    QCOMPARE(v.kind, ES_VALUE_INT);
+    QCOMPARE(v.i, 50);
+    QVERIFY(object_SetValueI(o, dn, 80));
+    QVERIFY(object_SetValueS(o, name, u"Клапан"));
+    QVERIFY(object_SetValueD(o, table_FindAttribute(t, u"Mass"), 9.5));
+    QVERIFY(object_GetValueByName(o, u"DN", &v));
+    QCOMPARE(v.i, 80);
+    QVERIFY(object_GetValueByName(o, u"NAME_VALUE", &v));
+    QCOMPARE(qs(v.s), QString("Клапан"));
+    QVERIFY(!object_GetValueByName(o, u"Missing", &v));
+    // The element itself is untouched.
+    QVERIFY(stdsize_GetValueByName(m_e, u"DN", &v));
+    QCOMPARE(v.i, 50);
+    QVERIFY(stdsize_GetValueByName(m_e, u"NAME_VALUE", &v));
+    QCOMPARE(qs(v.s), QString("Кран"));
+    object_Delete(o);
+    object_Delete(nullptr);
+}
+
+void TstEsdataValues::badInputGivesEmptyResults_data()
+{
+    QTest::addColumn<QString>("call");
+    for (const char* c :
+         {"null provider", "null packet", "null folder", "null table", "null element",
+          "null attribute", "null model", "null projections", "null spec", "null object",
+          "index out of range", "null texts", "null pool", "foreign child"})
+        QTest::newRow(c) << QString(c);
+}
+
+void TstEsdataValues::badInputGivesEmptyResults()
+{
+    QFETCH(QString, call);
+    es_value v{ES_VALUE_INT, 7, 1.0, nullptr};
+    const void* data = &v;
+    if (call == "null provider") {
+        QCOMPARE(provider_GetPacketCount(nullptr), 0u);
+        QVERIFY(!provider_GetPacket(nullptr, 0));
+        QVERIFY(!provider_AddPacket(nullptr, u"A"));
+        QCOMPARE(qs(provider_GetDatabaseName(nullptr)), QString());
+        QVERIFY(!provider_RunCommand(nullptr, u"<commands/>"));
+        QVERIFY(!esx_Begin(nullptr));
+        QVERIFY(!esx_Commit(nullptr));
+        QCOMPARE(qs(esx_CatalogPath(nullptr)), QString());
+        esx_CloseCatalog(nullptr);
+    } else if (call == "null packet") {
+        QCOMPARE(qs(packet_GetName(nullptr)), QString());
+        QVERIFY(!packet_GetRootFolder(nullptr));
+        QVERIFY(!packet_GetProvider(nullptr));
+        QVERIFY(!packet_FindStdSize(nullptr, u"V1"));
+        QCOMPARE(qs(packet_GetAttributeUniqueValues(nullptr, u"DN")), QString());
+    } else if (call == "null folder") {
+        QCOMPARE(folder_GetChildFolderCount(nullptr), 0u);
+        QVERIFY(!folder_GetChildFolder(nullptr, 0));
+        QVERIFY(!folder_AddChildFolder(nullptr, u"x"));
+        QVERIFY(!folder_DeleteChildFolder(nullptr, nullptr));
+        QVERIFY(!folder_GetTable(nullptr));
+        QVERIFY(!folder_GetPacket(nullptr));
+        QVERIFY(!folder_GetParentFolder(nullptr));
+    } else if (call == "null table") {
+        QCOMPARE(table_GetAttributeCount(nullptr), 0u);
+        QVERIFY(!table_AddAttribute(nullptr, u"a", u"a", 1));
+        QVERIFY(!table_AddStdSize(nullptr, u"a"));
+        QVERIFY(!table_DeleteStdSize(nullptr, m_e));
+        QVERIFY(!table_FindAttribute(nullptr, u"DN"));
+        QVERIFY(!table_GetFolder(nullptr));
+    } else if (call == "null element") {
+        QVERIFY(!stdsize_GetValueByName(nullptr, u"DN", &v));
+        QCOMPARE(v.kind, ES_VALUE_EMPTY);
+        QVERIFY(!stdsize_SetValueS(nullptr, nullptr, u"x"));
+        QVERIFY(!stdsize_GetModel(nullptr));
+        QVERIFY(!stdsize_GetProjections(nullptr));
+        QCOMPARE(stdsize_GetSpecificationCount(nullptr), 0u);
+        QCOMPARE(stdsize_GetRepresentationData(nullptr, &data), size_t(0));
+        QVERIFY(data == nullptr);
+        QVERIFY(!stdsize_SetType(nullptr, u"t"));
+        QVERIFY(!table_DeleteStdSize(stdsize_GetTable(m_e), nullptr));
+    } else if (call == "null attribute") {
+        QVERIFY(!stdsize_GetValue(m_e, nullptr, &v));
+        QVERIFY(!stdsize_SetValueI(m_e, nullptr, 1));
+        QCOMPARE(attribute_GetNumber(nullptr), 0);
+        QCOMPARE(qs(attribute_GetName(nullptr)), QString());
+        QVERIFY(!attribute_SetFormula(nullptr, u"x"));
+        QCOMPARE(attribute_GetType(nullptr), 0u);
+    } else if (call == "null model") {
+        QVERIFY(model_IsEmpty(nullptr));
+        QVERIFY(!model_Clear(nullptr));
+        QCOMPARE(model_GetIconData(nullptr, &data), size_t(0));
+        QVERIFY(!model_SetModelEx(nullptr, u"/etc/hostname", nullptr, u"m", 1));
+        QCOMPARE(qs(model_GetDigest(nullptr)), QString());
+    } else if (call == "null projections") {
+        QCOMPARE(projections_GetProjectioCount(nullptr), 0u);
+        QVERIFY(!projections_GetProjection(nullptr, 0));
+        QVERIFY(!projections_AddProjectionEx(nullptr, u"n", u"/etc/hostname", nullptr, 1, u"", 0));
+        QVERIFY(!projections_DeleteProjection(stdsize_GetProjections(m_e), nullptr));
+        QCOMPARE(qs(projection_GetName(nullptr)), QString());
+        QCOMPARE(projection_GetIconData(nullptr, &data), size_t(0));
+    } else if (call == "null spec") {
+        QCOMPARE(qs(spec_LibName(nullptr)), QString());
+        QCOMPARE(spec_Style(nullptr), 0);
+        QCOMPARE(spec_ColumnCount(nullptr), 0u);
+        QCOMPARE(qs(spec_ColumnFormula(nullptr, 0)), QString());
+    } else if (call == "null object") {
+        QVERIFY(!object_GetStdSize(nullptr));
+        QVERIFY(!object_GetValueByName(nullptr, u"DN", &v));
+        QVERIFY(!object_SetValueI(nullptr, nullptr, 1));
+    } else if (call == "index out of range") {
+        es_table_t* t = stdsize_GetTable(m_e);
+        QVERIFY(!table_GetAttribute(t, 1000));
+        QVERIFY(!table_GetStdSize(t, uint32_t(-1)));
+        QVERIFY(!provider_GetPacket(m_p, 999));
+        QVERIFY(!folder_GetChildFolder(table_GetFolder(t), 5));
+        QVERIFY(!stdsize_GetSpecification(m_e, 0));
+        QVERIFY(!projections_GetProjection(stdsize_GetProjections(m_e), 3));
+    } else if (call == "null texts") {
+        QVERIFY(!packet_FindStdSize(provider_GetPacket(m_p, 0), nullptr));
+        QVERIFY(!table_FindAttribute(stdsize_GetTable(m_e), nullptr));
+        QVERIFY(!provider_RunCommand(m_p, nullptr));
+        QVERIFY(!model_SetModelEx(stdsize_GetModel(m_e), nullptr, nullptr, nullptr, 0));
+        QVERIFY(!esx_OpenCatalog(nullptr, nullptr, true));
+        QVERIFY(!esGetLibraryProviderPool(nullptr));
+        QVERIFY(!esUpdateRtw(nullptr));
+    } else if (call == "null pool") {
+        QVERIFY(!pool_FindPacket(nullptr, u"Арматура"));
+        QVERIFY(!pool_CreateObject(nullptr, m_e, u"orvik.aec.engsystx"));
+        QVERIFY(
+            !pool_CreateObject(esGetLibraryProviderPool(u"orvik.aec.engsystx"), nullptr, nullptr));
+    } else if (call == "foreign child") {
+        es_folder_t* root = packet_GetRootFolder(provider_GetPacket(m_p, 0));
+        es_folder_t* other =
+            folder_AddChildFolder(packet_GetRootFolder(provider_GetPacket(m_p, 0)), u"foreign");
+        es_folder_t* grandchild = folder_AddChildFolder(other, u"below");
+        QVERIFY(!folder_DeleteChildFolder(root, grandchild));
+        QVERIFY(!folder_DeleteChildFolder(grandchild, other));
+        QVERIFY(folder_DeleteChildFolder(root, other));
+    }
+}
+
+void TstEsdataValues::updatedItemsAreRegistered()
+{
+    QVERIFY(esUpdateRtw(u"Арматура\\Кран"));
+    QVERIFY(esUpdateRtw(u"Трубы\\Отвод"));
+    QVERIFY(esUpdateRtw(u"Арматура\\Кран"));
+    QCOMPARE(qs(esx_UpdatedRtw()), QString("Арматура\\Кран|Трубы\\Отвод"));
+}
+
+QTEST_GUILESS_MAIN(TstEsdataValues)
+#include "tst_esdata_values.moc"
