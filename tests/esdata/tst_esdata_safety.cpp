@@ -1,0 +1,268 @@
+// Consistency: multi-call scopes, a writer killed in the middle of its writes, and a worker
+// thread writing while the main thread waits.
+#include "esdatatest.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sqlite3.h>
+
+#include <atomic>
+#include <cstdio>
+#include <set>
+#include <thread>
+
+namespace {
+
+constexpr int kAttributes = 10;
+
+// Adds one complete element (its folder, schema, values, a fragment, a representation).
+es_stdsize_t* writeElement(es_provider_t* p, const QString& dir, int k)
+{
+    std::u16string id = u16("K" + QString::number(k));
+    es_stdsize_t* e = addElement(p, u"K", (u"folder " + id).c_str(), id.c_str());
+    if (!e) return nullptr;
+    es_table_t* t = stdsize_GetTable(e);
+    for (int a = 0; a < kAttributes; ++a) {
+        es_attribute_t* at =
+            table_AddAttribute(t, u16("A" + QString::number(a)).c_str(), u"", ES_ATTR_INT);
+        if (!at || !stdsize_SetValueI(e, at, k * 100 + a)) return nullptr;
+    }
+    QString frw = dir + "/f" + QString::number(k) + ".frw";
+    writeFile(frw, QByteArray("<svg data-version=\"231\"/>") + QByteArray::number(k));
+    if (!projections_AddProjectionEx(stdsize_GetProjections(e), u"v", u16(frw).c_str(), nullptr, 1,
+                                     u"", 0))
+        return nullptr;
+    QByteArray repr(512, char('a' + k % 26));
+    if (!stdsize_SetRepresentationData(e, repr.constData(), size_t(repr.size()))) return nullptr;
+    return e;
+}
+
+// The child process of the kill test: writes scopes in a loop until it is killed.
+int runWriter(const QString& db, const QString& dir, int first)
+{
+    es_provider_t* p = openCatalog(db);
+    if (!p) return 2;
+    for (int k = first;; ++k) {
+        if (!esx_Begin(p)) return 3;
+        if (!writeElement(p, dir, k)) return 4;
+        if (!esx_Commit(p)) return 5;
+        // A single write outside any scope, too.
+        es_stdsize_t* e = packet_FindStdSize(
+            pool_FindPacket(esGetLibraryProviderPool(u"orvik.aec.engsystx"), u"K"),
+            u16("K" + QString::number(k)).c_str());
+        stdsize_SetType(e, u"WRITTEN");
+        std::printf("tick %d\n", k);
+        std::fflush(stdout);
+    }
+}
+
+QString integrity(const QString& db)
+{
+    sqlite3* h = nullptr;
+    if (sqlite3_open_v2(db.toUtf8().constData(), &h, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK)
+        return "cannot open";
+    QStringList rows;
+    sqlite3_stmt* st = nullptr;
+    for (const char* sql : {"PRAGMA integrity_check", "PRAGMA foreign_key_check"}) {
+        sqlite3_prepare_v2(h, sql, -1, &st, nullptr);
+        while (sqlite3_step(st) == SQLITE_ROW)
+            rows << QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(st, 0)));
+        sqlite3_finalize(st);
+    }
+    sqlite3_close(h);
+    return rows.join(";");
+}
+
+} // namespace
+
+class TstEsdataSafety : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { QVERIFY(m_dir.isValid()); }
+
+    void commitKeepsEverything();
+    void rollbackRestoresDataAndHandles();
+    void scopesDoNotNest();
+    void killedWriterLeavesConsistentCatalog();
+    void workerWritesWhileMainThreadWaits();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void TstEsdataSafety::commitKeepsEverything()
+{
+    QString db = m_dir.filePath("commit.db");
+    es_provider_t* p = openCatalog(db);
+    QVERIFY(esx_Begin(p));
+    QVERIFY(writeElement(p, m_dir.path(), 1));
+    QVERIFY(writeElement(p, m_dir.path(), 2));
+    QVERIFY(esx_Commit(p));
+    QVERIFY(!esx_Commit(p));
+    esx_CloseCatalog(p);
+    CatalogGuard c(openCatalog(db, "", false));
+    es_packet_t* k = provider_GetPacket(c.get(), 0);
+    QCOMPARE(folder_GetChildFolderCount(packet_GetRootFolder(k)), 2u);
+    es_value v;
+    QVERIFY(stdsize_GetValueByName(packet_FindStdSize(k, u"K2"), u"A9", &v));
+    QCOMPARE(v.i, 209);
+}
+
+void TstEsdataSafety::rollbackRestoresDataAndHandles()
+{
+    CatalogGuard c(openCatalog(m_dir.filePath("rollback.db")));
+    es_provider_t* p = c.get();
+    es_stdsize_t* kept = writeElement(p, m_dir.path(), 1);
+    es_stdsize_t* doomed = writeElement(p, m_dir.path(), 2);
+    QVERIFY(kept && doomed);
+    es_table_t* t = stdsize_GetTable(kept);
+    es_attribute_t* a0 = table_FindAttribute(t, u"A0");
+    es_folder_t* root = packet_GetRootFolder(provider_GetPacket(p, 0));
+    es_folder_t* doomedFolder = table_GetFolder(stdsize_GetTable(doomed));
+    es_value v;
+    QVERIFY(stdsize_GetValue(kept, a0, &v)); // cached before the scope
+    QCOMPARE(v.i, 100);
+
+    QVERIFY(esx_Begin(p));
+    QVERIFY(stdsize_SetValueI(kept, a0, -1));
+    QVERIFY(stdsize_SetType(kept, u"CHANGED"));
+    QVERIFY(attribute_SetFormula(a0, u"{A1}"));
+    es_attribute_t* added = table_AddAttribute(t, u"Inside", u"", ES_ATTR_TEXT);
+    es_stdsize_t* inside = writeElement(p, m_dir.path(), 3);
+    QVERIFY(added && inside);
+    QVERIFY(folder_DeleteChildFolder(root, doomedFolder));
+    QVERIFY(provider_AddPacket(p, u"Inside"));
+    QVERIFY(model_SetModelEx(stdsize_GetModel(kept), u16(m_dir.filePath("f1.frw")).c_str(), nullptr,
+                             u"m", 1));
+    QVERIFY(stdsize_GetValue(kept, a0, &v));
+    QCOMPARE(v.i, -1);
+    QCOMPARE(qs(stdsize_GetID(doomed)), QString()); // dead inside the scope
+    QVERIFY(esx_Rollback(p));
+
+    QVERIFY(stdsize_GetValue(kept, a0, &v));
+    QCOMPARE(v.i, 100);
+    QCOMPARE(qs(stdsize_GetType(kept)), QString());
+    QCOMPARE(qs(attribute_GetFormula(a0)), QString());
+    QVERIFY(model_IsEmpty(stdsize_GetModel(kept)));
+    QVERIFY(!table_FindAttribute(t, u"Inside"));
+    QCOMPARE(qs(attribute_GetName(added)), QString()); // dead
+    QCOMPARE(qs(stdsize_GetID(inside)), QString());    // dead
+    QCOMPARE(provider_GetPacketCount(p), 1u);
+    QCOMPARE(folder_GetChildFolderCount(root), 2u);
+    // What was deleted inside the scope lives again, with the same handles.
+    QCOMPARE(qs(stdsize_GetID(doomed)), QString("K2"));
+    QCOMPARE(folder_GetChildFolder(root, 1), doomedFolder);
+    QCOMPARE(packet_FindStdSize(provider_GetPacket(p, 0), u"K2"), doomed);
+    QVERIFY(stdsize_GetValueByName(doomed, u"A3", &v));
+    QCOMPARE(v.i, 203);
+    // New writes after the rollback get fresh, live handles.
+    es_stdsize_t* after = writeElement(p, m_dir.path(), 3);
+    QVERIFY(after && after != inside);
+    QCOMPARE(qs(stdsize_GetID(after)), QString("K3"));
+}
+
+void TstEsdataSafety::scopesDoNotNest()
+{
+    CatalogGuard c(openCatalog(m_dir.filePath("nest.db")));
+    QVERIFY(!esx_Rollback(c.get()));
+    QVERIFY(esx_Begin(c.get()));
+    QVERIFY(!esx_Begin(c.get()));
+    QVERIFY(!qs(esx_LastError()).isEmpty());
+    QVERIFY(esx_Commit(c.get()));
+    QVERIFY(qs(esx_LastError()).isEmpty());
+}
+
+void TstEsdataSafety::killedWriterLeavesConsistentCatalog()
+{
+    QString db = m_dir.filePath("killed.db");
+    int first = 0;
+    for (int run = 0; run < 3; ++run) {
+        QProcess child;
+        child.setProgram(QCoreApplication::applicationFilePath());
+        child.setArguments({"--writer", db, m_dir.path(), QString::number(first)});
+        child.start();
+        QVERIFY(child.waitForStarted());
+        // Let it write a varying number of scopes, then kill it without warning.
+        int ticks = 0;
+        while (ticks < 3 + run * 4 && child.waitForReadyRead(20000))
+            ticks += child.readAll().count("tick");
+        QVERIFY2(ticks > 0, child.readAllStandardError().constData());
+        QTest::qWait(run * 7);
+        child.kill();
+        QVERIFY(child.waitForFinished());
+        QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+
+        QCOMPARE(integrity(db), QString("ok"));
+        es_provider_t* p = openCatalog(db, "", false);
+        QVERIFY2(p, qPrintable(qs(esx_LastError())));
+        es_folder_t* root = packet_GetRootFolder(provider_GetPacket(p, 0));
+        uint32_t n = folder_GetChildFolderCount(root);
+        QVERIFY(n >= uint32_t(first + ticks));
+        // Every element is complete: its schema, values, fragment and representation.
+        for (uint32_t i = 0; i < n; ++i) {
+            es_table_t* t = folder_GetTable(folder_GetChildFolder(root, i));
+            QCOMPARE(table_GetStdSizeCount(t), 1u);
+            es_stdsize_t* e = table_GetStdSize(t, 0);
+            QCOMPARE(table_GetAttributeCount(t), uint32_t(kAttributes));
+            es_value v;
+            QVERIFY(stdsize_GetValueByName(e, u"A9", &v));
+            QCOMPARE(v.kind, ES_VALUE_INT);
+            QCOMPARE(projections_GetProjectioCount(stdsize_GetProjections(e)), 1u);
+            QCOMPARE(stdsize_GetRepresentationData(e, nullptr), size_t(512));
+        }
+        first = int(n);
+        esx_CloseCatalog(p);
+    }
+}
+
+void TstEsdataSafety::workerWritesWhileMainThreadWaits()
+{
+    CatalogGuard c(openCatalog(m_dir.filePath("threads.db")));
+    es_provider_t* p = c.get();
+    es_folder_t* root = packet_GetRootFolder(provider_AddPacket(p, u"K"));
+    constexpr int kCount = 40;
+    std::atomic<bool> done{false};
+    std::atomic<int> failures{0};
+    std::thread worker([&] {
+        for (int round = 0; round < 3; ++round) {
+            if (!esx_Begin(p)) {
+                ++failures;
+                break;
+            }
+            for (int k = 0; k < kCount; ++k)
+                if (!writeElement(p, m_dir.path(), round * kCount + k)) ++failures;
+            if (!esx_Commit(p)) ++failures;
+        }
+        done = true;
+    });
+    // The main thread reads meanwhile: it only ever sees whole scopes.
+    std::set<uint32_t> seen;
+    while (!done) {
+        seen.insert(folder_GetChildFolderCount(root));
+        es_value v;
+        if (es_stdsize_t* e = packet_FindStdSize(provider_GetPacket(p, 0), u"K0"))
+            stdsize_GetValueByName(e, u"A1", &v);
+    }
+    worker.join();
+    QCOMPARE(failures.load(), 0);
+    QCOMPARE(folder_GetChildFolderCount(root), uint32_t(3 * kCount));
+    for (uint32_t n : seen)
+        QVERIFY2(n % kCount == 0, qPrintable(QString("saw %1 folders").arg(n)));
+}
+
+int main(int argc, char** argv)
+{
+    if (argc == 5 && qstrcmp(argv[1], "--writer") == 0)
+        return runWriter(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]),
+                         atoi(argv[4]));
+    QCoreApplication app(argc, argv);
+    TstEsdataSafety t;
+    return QTest::qExec(&t, argc, argv);
+}
+
+#include "tst_esdata_safety.moc"
