@@ -27,6 +27,8 @@ public:
 
     // Resource path of the picture for an icon; empty for NoIcon.
     static QString picturePath(QMessageBox::Icon icon);
+    static QString buttonObjectName(QMessageBox::StandardButton button);
+    static QString buttonText(QMessageBox::StandardButton button);
 
 public slots:
     void reject() override;

@@ -1,0 +1,231 @@
+#include "look/look.h"
+#include "look/message_box_dialog.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+// What a user saw in the box that was answered.
+struct Seen
+{
+    QString title;
+    QString text;
+    QStringList buttons;
+    QString defaultButton;
+    bool picture = false;
+    QWidget* parent = nullptr;
+};
+
+// Waits for the modal box, notes what it shows, then runs `act` on it.
+void answer_later(Seen* seen, std::function<void(QWidget*)> act)
+{
+    auto* poll = new QTimer;
+    poll->setInterval(10);
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, seen, act] {
+        QWidget* box = QApplication::activeModalWidget();
+        if (!box) return;
+        poll->stop();
+        poll->deleteLater();
+        if (auto* title = box->findChild<QLabel*>(QStringLiteral("aec_styled_titlelabel")))
+            seen->title = title->text();
+        if (auto* text = box->findChild<QLabel*>(QStringLiteral("textLabel")))
+            seen->text = text->text();
+        if (auto* picture = box->findChild<QLabel*>(QStringLiteral("pictureLabel")))
+            seen->picture = !picture->isHidden() && !picture->pixmap().isNull();
+        for (auto* button : box->findChildren<QPushButton*>()) {
+            if (button->objectName() == QLatin1String("aec_styled_closebutton")) continue;
+            seen->buttons << button->objectName() + "=" + button->text();
+            if (button->isDefault()) seen->defaultButton = button->objectName();
+        }
+        seen->buttons.sort();
+        seen->parent = box->parentWidget();
+        act(box);
+    });
+    poll->start();
+}
+
+void click(QWidget* box, const QString& name)
+{
+    auto* button = box->findChild<QPushButton*>(name);
+    QVERIFY2(button, qPrintable(name));
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+} // namespace
+
+class LookMessageBoxTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void cleanup();
+    void returnsTheButtonClicked_data();
+    void returnsTheButtonClicked();
+    void closingReturnsTheEscapeButton_data();
+    void closingReturnsTheEscapeButton();
+    void showsTitleTextPictureAndRussianButtons();
+    void defaultButtonAnswersEnter();
+    void picturesAreCompiledIn_data();
+    void picturesAreCompiledIn();
+    void messengerShowsOverTheActiveWindow();
+};
+
+void LookMessageBoxTest::cleanup()
+{
+    QTRY_VERIFY2(QApplication::topLevelWidgets().isEmpty(), "a message box leaked");
+}
+
+void LookMessageBoxTest::returnsTheButtonClicked_data()
+{
+    QTest::addColumn<int>("buttons");
+    QTest::addColumn<QString>("click");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("ok") << int(QMessageBox::Ok) << "okButton" << int(QMessageBox::Ok);
+    QTest::newRow("yes of yes/no")
+        << int(QMessageBox::Yes | QMessageBox::No) << "yesButton" << int(QMessageBox::Yes);
+    QTest::newRow("no of yes/no") << int(QMessageBox::Yes | QMessageBox::No) << "noButton"
+                                  << int(QMessageBox::No);
+    QTest::newRow("cancel of three")
+        << int(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel) << "cancelButton"
+        << int(QMessageBox::Cancel);
+    QTest::newRow("discard") << int(QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel)
+                             << "discardButton" << int(QMessageBox::Discard);
+    QTest::newRow("yes to all") << int(QMessageBox::YesToAll | QMessageBox::NoToAll)
+                                << "yesToAllButton" << int(QMessageBox::YesToAll);
+}
+
+void LookMessageBoxTest::returnsTheButtonClicked()
+{
+    QFETCH(int, buttons);
+    QFETCH(QString, click);
+    QFETCH(int, expected);
+    Seen seen;
+    answer_later(&seen, [click](QWidget* box) { ::click(box, click); });
+    const int answer = qt::message_box::show(nullptr, QMessageBox::Question, " ",
+                                             QStringLiteral("Заменить элемент?"),
+                                             QMessageBox::StandardButtons(buttons));
+    QCOMPARE(answer, expected);
+}
+
+void LookMessageBoxTest::closingReturnsTheEscapeButton_data()
+{
+    QTest::addColumn<int>("buttons");
+    QTest::addColumn<bool>("byCross");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("cross, yes/no")
+        << int(QMessageBox::Yes | QMessageBox::No) << true << int(QMessageBox::No);
+    QTest::newRow("escape, ok/cancel")
+        << int(QMessageBox::Ok | QMessageBox::Cancel) << false << int(QMessageBox::Cancel);
+    QTest::newRow("cross, ok only") << int(QMessageBox::Ok) << true << int(QMessageBox::Ok);
+    QTest::newRow("escape, retry/ignore")
+        << int(QMessageBox::Retry | QMessageBox::Ignore) << false << int(QMessageBox::Ignore);
+}
+
+void LookMessageBoxTest::closingReturnsTheEscapeButton()
+{
+    QFETCH(int, buttons);
+    QFETCH(bool, byCross);
+    QFETCH(int, expected);
+    Seen seen;
+    answer_later(&seen, [byCross](QWidget* box) {
+        if (byCross)
+            click(box, QStringLiteral("aec_styled_closebutton"));
+        else
+            QTest::keyClick(box, Qt::Key_Escape);
+    });
+    const auto answer = qt::message_box::warning(nullptr, " ", QStringLiteral("Внимание"),
+                                                 QMessageBox::StandardButtons(buttons));
+    QCOMPARE(int(answer), expected);
+}
+
+void LookMessageBoxTest::showsTitleTextPictureAndRussianButtons()
+{
+    Seen seen;
+    answer_later(&seen, [](QWidget* box) { click(box, QStringLiteral("yesButton")); });
+    qt::message_box::question(nullptr, QStringLiteral("Импорт элементов"),
+                              QStringLiteral("Элемент уже есть в каталоге. Заменить?"),
+                              QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+    QCOMPARE(seen.title, QStringLiteral("ИМПОРТ ЭЛЕМЕНТОВ"));
+    QCOMPARE(seen.text, QStringLiteral("Элемент уже есть в каталоге. Заменить?"));
+    QVERIFY(seen.picture);
+    QCOMPARE(seen.buttons,
+             QStringList({QStringLiteral("cancelButton=Отмена"), QStringLiteral("noButton=Нет"),
+                          QStringLiteral("yesButton=Да")}));
+
+    Seen plain;
+    answer_later(&plain, [](QWidget* box) { click(box, QStringLiteral("okButton")); });
+    qt::message_box::show(nullptr, QMessageBox::NoIcon, " ", QStringLiteral("Готово"));
+    QVERIFY(!plain.picture);
+    QCOMPARE(plain.buttons, QStringList({QStringLiteral("okButton=OK")}));
+}
+
+void LookMessageBoxTest::defaultButtonAnswersEnter()
+{
+    Seen seen;
+    answer_later(&seen, [](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
+    const auto answer =
+        qt::message_box::question(nullptr, " ", QStringLiteral("Удалить?"),
+                                  QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+    QCOMPARE(seen.defaultButton, QStringLiteral("noButton"));
+    QCOMPARE(answer, QMessageBox::No);
+
+    Seen first;
+    answer_later(&first, [](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
+    QCOMPARE(qt::message_box::question(nullptr, " ", QStringLiteral("Удалить?")), QMessageBox::Yes);
+    QCOMPARE(first.defaultButton, QStringLiteral("yesButton"));
+}
+
+void LookMessageBoxTest::picturesAreCompiledIn_data()
+{
+    QTest::addColumn<int>("icon");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("information") << int(QMessageBox::Information) << ":/aec/mb_info.png";
+    QTest::newRow("warning") << int(QMessageBox::Warning) << ":/aec/mb_warning.png";
+    QTest::newRow("critical") << int(QMessageBox::Critical) << ":/aec/mb_warning.png";
+    QTest::newRow("question") << int(QMessageBox::Question) << ":/aec/mb_question.png";
+    QTest::newRow("none") << int(QMessageBox::NoIcon) << "";
+}
+
+void LookMessageBoxTest::picturesAreCompiledIn()
+{
+    QFETCH(int, icon);
+    QFETCH(QString, path);
+    qt::ensure_resources();
+    QCOMPARE(qt::message_box_dialog::picturePath(QMessageBox::Icon(icon)), path);
+    if (!path.isEmpty()) {
+        const QImage picture(path);
+        QCOMPARE(picture.size(), QSize(32, 32));
+        QVERIFY(picture.hasAlphaChannel());
+    }
+}
+
+void LookMessageBoxTest::messengerShowsOverTheActiveWindow()
+{
+    QWidget window;
+    window.setWindowTitle(QStringLiteral("Каталог"));
+    window.show();
+    QApplication::setActiveWindow(&window);
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+
+    qt::GuiMessenger messenger;
+    edw::IMessenger& any = messenger;
+    Seen seen;
+    answer_later(&seen, [](QWidget* box) { click(box, QStringLiteral("okButton")); });
+    any.warning(" ", QStringLiteral("Неверное значение параметра"));
+    QCOMPARE(seen.parent, &window);
+    QCOMPARE(seen.text, QStringLiteral("Неверное значение параметра"));
+    QCOMPARE(seen.title, QStringLiteral(" "));
+
+    Seen info;
+    answer_later(&info, [](QWidget* box) { click(box, QStringLiteral("okButton")); });
+    any.information(QStringLiteral("Экспорт"),
+                    QStringLiteral("Экспорт пользовательских элементов завершен"));
+    QCOMPARE(info.title, QStringLiteral("ЭКСПОРТ"));
+    QVERIFY(info.picture);
+}
+
+QTEST_MAIN(LookMessageBoxTest)
+#include "tst_look_message_box.moc"
