@@ -41,7 +41,10 @@ zip::~zip()
 void zip::setCompression(long long index)
 {
     // libzip's own default is the slowest level; match what zip(1) writes by default.
-    zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_DEFLATE, zip_uint32_t(m_level));
+    if (m_level <= 0)
+        zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_STORE, 0);
+    else
+        zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_DEFLATE, zip_uint32_t(m_level));
 }
 
 void zip::addFile(const QString& sourcePath, const QString& entryName)

@@ -30,7 +30,8 @@ public:
     // Adds a copy of bytes under entryName. Throws "Failed to add file to archive".
     void addBytes(const QByteArray& bytes, const QString& entryName);
 
-    // Deflate level 1..9 for entries added from now on (6 when not set, as zip(1) does).
+    // Deflate level 1..9 for entries added from now on (6 when not set, as zip(1) does);
+    // 0 stores them uncompressed.
     void setCompressionLevel(int level) { m_level = level; }
 
     // Called during commit() with the share written so far (0..1), at most every percent;

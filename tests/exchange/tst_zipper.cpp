@@ -1,0 +1,207 @@
+#include "Libs/zipper/unzip.h"
+#include "Libs/zipper/zip.h"
+#include "Libs/zipper/ziperror.h"
+#include "ziptestsupport.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+// The archive layer: what it writes, what it refuses to read, and what it leaves behind.
+class TestZipper : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+    }
+
+    void writtenEntriesReadBackWithEitherSeparator_data();
+    void writtenEntriesReadBackWithEitherSeparator();
+    void uncommittedArchiveLeavesTargetUnchanged();
+    void failedCommitLeavesTargetUnchanged();
+    void errorTextNamesCallFileAndCodes();
+    void damagedEntryFailsAndLeavesNoFile_data();
+    void damagedEntryFailsAndLeavesNoFile();
+    void expansionBeyondLimitsFails_data();
+    void expansionBeyondLimitsFails();
+    void notAnArchiveIsRefused_data();
+    void notAnArchiveIsRefused();
+
+private:
+    QString path(const QString& name) const { return m_dir->filePath(name); }
+    std::unique_ptr<QTemporaryDir> m_dir;
+};
+
+void TestZipper::writtenEntriesReadBackWithEitherSeparator_data()
+{
+    QTest::addColumn<QString>("written");
+    QTest::addColumn<QString>("lookedUp");
+    QTest::addColumn<int>("level");
+    QTest::newRow("backslash, deflated") << "TX\\model\\1.m3d"
+                                         << "TX\\model\\1.m3d" << 6;
+    QTest::newRow("slash written, backslash read") << "TX/prj/2.frw"
+                                                   << "TX\\prj\\2.frw" << 6;
+    QTest::newRow("backslash written, slash read") << "TX\\repr\\3.xml"
+                                                   << "TX/repr/3.xml" << 0;
+    QTest::newRow("cyrillic name") << "TX\\Трубы\\4.png"
+                                   << "TX/Трубы/4.png" << 1;
+}
+
+void TestZipper::writtenEntriesReadBackWithEitherSeparator()
+{
+    QFETCH(QString, written);
+    QFETCH(QString, lookedUp);
+    QFETCH(int, level);
+    const QByteArray content = QByteArray("content of the file ").repeated(1000);
+    ziptest::writeFile(path("source.bin"), content);
+    {
+        zipper::zip z(path("a.zip"));
+        z.setCompressionLevel(level);
+        z.addFile(path("source.bin"), written);
+        z.addBytes("{}", "TX.json");
+        z.commit();
+    }
+    zipper::unzip u(path("a.zip"));
+    QCOMPARE(u.entryCount(), 2);
+    QVERIFY(u.contains(lookedUp));
+    QCOMPARE(u.declaredSize(lookedUp), content.size());
+    QCOMPARE(u.readAll(lookedUp, 1 << 20), content);
+    u.extract(lookedUp, path("out.bin"));
+    QCOMPARE(ziptest::readFile(path("out.bin")), content);
+    QCOMPARE(u.readAll("TX.json", 100), QByteArray("{}"));
+}
+
+void TestZipper::uncommittedArchiveLeavesTargetUnchanged()
+{
+    ziptest::writeFile(path("target.uss"), "previous content");
+    {
+        zipper::zip z(path("target.uss"));
+        z.addBytes("new", "TX.json");
+        // destroyed without commit
+    }
+    QCOMPARE(ziptest::readFile(path("target.uss")), QByteArray("previous content"));
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files).size(), 1);
+}
+
+void TestZipper::failedCommitLeavesTargetUnchanged()
+{
+    ziptest::writeFile(path("target.uss"), "previous content");
+    ziptest::writeFile(path("vanishing.m3d"), "model");
+    zipper::zip z(path("target.uss"));
+    z.addBytes("{}", "TX.json");
+    z.addFile(path("vanishing.m3d"), "TX\\model\\1.m3d");
+    QVERIFY(QFile::remove(path("vanishing.m3d")));
+    QVERIFY_THROWS_EXCEPTION(zipper::error, z.commit());
+    QCOMPARE(ziptest::readFile(path("target.uss")), QByteArray("previous content"));
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList{"target.uss"});
+}
+
+void TestZipper::errorTextNamesCallFileAndCodes()
+{
+    const QString missing = path("missing.zip");
+    try {
+        zipper::unzip u(missing);
+        QFAIL("a missing archive was opened");
+    } catch (const zipper::error& e) {
+        const QString text = QString::fromStdString(e.what());
+        QCOMPARE(text, QStringLiteral("Failed to open archive: %1. ZipErr=%2, SysErr=%3")
+                           .arg(missing)
+                           .arg(e.zipError())
+                           .arg(e.systemError()));
+        QCOMPARE(e.zipError(), 9); // no such file
+    }
+}
+
+void TestZipper::damagedEntryFailsAndLeavesNoFile_data()
+{
+    QTest::addColumn<QString>("damage");
+    QTest::newRow("crc") << "crc";
+    QTest::newRow("longer than declared") << "longer";
+    QTest::newRow("shorter than declared") << "shorter";
+}
+
+void TestZipper::damagedEntryFailsAndLeavesNoFile()
+{
+    QFETCH(QString, damage);
+    const QByteArray content = QByteArray("MARKER-0123456789-").repeated(50);
+    {
+        zipper::zip z(path("a.zip"));
+        z.setCompressionLevel(damage == "crc" ? 0 : 6);
+        z.addBytes(content, "TX\\model\\1.m3d");
+        z.commit();
+    }
+    QByteArray bytes = ziptest::readFile(path("a.zip"));
+    if (damage == "crc")
+        QVERIFY(ziptest::damage(bytes, "MARKER-0123456789-MARKER"));
+    else
+        QVERIFY(ziptest::setDeclaredSize(bytes, "TX\\model\\1.m3d",
+                                         damage == "longer" ? 100 : quint32(content.size() + 100)));
+    ziptest::writeFile(path("a.zip"), bytes);
+
+    zipper::unzip u(path("a.zip"));
+    QVERIFY_THROWS_EXCEPTION(zipper::error, u.extract("TX\\model\\1.m3d", path("out.m3d")));
+    QVERIFY(!QFile::exists(path("out.m3d")));
+    QVERIFY_THROWS_EXCEPTION(zipper::error, u.readAll("TX\\model\\1.m3d", 1 << 20));
+}
+
+void TestZipper::expansionBeyondLimitsFails_data()
+{
+    QTest::addColumn<qint64>("maxEntries");
+    QTest::addColumn<qint64>("maxTotal");
+    QTest::addColumn<qint64>("maxRatio");
+    QTest::addColumn<bool>("opens");
+    QTest::newRow("too many entries") << qint64(2) << qint64(1) << qint64(1000) << false;
+    QTest::newRow("total size") << qint64(10) << qint64(64 * 1024) << qint64(100000) << true;
+    QTest::newRow("ratio") << qint64(10) << qint64(1) << qint64(10) << true;
+}
+
+void TestZipper::expansionBeyondLimitsFails()
+{
+    QFETCH(qint64, maxEntries);
+    QFETCH(qint64, maxTotal);
+    QFETCH(qint64, maxRatio);
+    QFETCH(bool, opens);
+    {
+        zipper::zip z(path("bomb.zip"));
+        z.addBytes(QByteArray(4 << 20, '\0'), "zeros.bin");
+        z.addBytes("a", "a.txt");
+        z.addBytes("b", "b.txt");
+        z.commit();
+    }
+    zipper::limits bounds;
+    bounds.maxEntries = maxEntries;
+    bounds.maxTotalBytes = maxTotal == 1 ? bounds.maxTotalBytes : maxTotal;
+    bounds.maxRatio = maxRatio;
+    bounds.ratioFloor = 1024;
+    if (!opens) {
+        QVERIFY_THROWS_EXCEPTION(zipper::error, zipper::unzip(path("bomb.zip"), bounds));
+        return;
+    }
+    zipper::unzip u(path("bomb.zip"), bounds);
+    QVERIFY_THROWS_EXCEPTION(zipper::error, u.extract("zeros.bin", path("zeros.bin")));
+    QVERIFY(!QFile::exists(path("zeros.bin")));
+}
+
+void TestZipper::notAnArchiveIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("text") << QByteArray("this is not a zip file at all");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("local header only") << QByteArray("PK\x03\x04garbage", 11);
+}
+
+void TestZipper::notAnArchiveIsRefused()
+{
+    QFETCH(QByteArray, bytes);
+    ziptest::writeFile(path("bad.uss"), bytes);
+    QVERIFY_THROWS_EXCEPTION(zipper::error, zipper::unzip(path("bad.uss")));
+}
+
+QTEST_GUILESS_MAIN(TestZipper)
+#include "tst_zipper.moc"

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+#include <cstdint>
+
+// Byte-level damage of ZIP files written by the archive layer, for tests of the reader.
+namespace ziptest {
+
+inline QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    f.open(QIODevice::ReadOnly);
+    return f.readAll();
+}
+
+inline void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile f(path);
+    f.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    f.write(bytes);
+}
+
+inline quint32 get32(const QByteArray& b, qsizetype at)
+{
+    return quint32(quint8(b[at])) | quint32(quint8(b[at + 1])) << 8 |
+           quint32(quint8(b[at + 2])) << 16 | quint32(quint8(b[at + 3])) << 24;
+}
+inline quint16 get16(const QByteArray& b, qsizetype at)
+{
+    return quint16(quint8(b[at]) | quint8(b[at + 1]) << 8);
+}
+inline void put32(QByteArray& b, qsizetype at, quint32 v)
+{
+    for (int i = 0; i < 4; ++i)
+        b[at + i] = char((v >> (8 * i)) & 0xff);
+}
+
+// Sets the declared uncompressed size of entry `name` in its local and central headers.
+inline bool setDeclaredSize(QByteArray& zip, const QByteArray& name, quint32 size)
+{
+    bool found = false;
+    for (qsizetype i = 0; i + 46 < zip.size(); ++i) {
+        const quint32 sig = get32(zip, i);
+        if (sig == 0x04034b50 && zip.mid(i + 30, get16(zip, i + 26)) == name) {
+            put32(zip, i + 22, size);
+            found = true;
+        } else if (sig == 0x02014b50 && zip.mid(i + 46, get16(zip, i + 28)) == name) {
+            put32(zip, i + 24, size);
+            found = true;
+        }
+    }
+    return found;
+}
+
+// Flips one byte of the (stored) content `marker` inside the file.
+inline bool damage(QByteArray& zip, const QByteArray& marker)
+{
+    const qsizetype at = zip.indexOf(marker);
+    if (at < 0) return false;
+    zip[at] = char(zip[at] ^ 0x20);
+    return true;
+}
+
+} // namespace ziptest
