@@ -73,7 +73,7 @@ message_box_dialog::message_box_dialog(QMessageBox::Icon icon, const QString& ti
     m_text->setObjectName(QStringLiteral("textLabel"));
     m_text->setWordWrap(true);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_text->setMinimumWidth(260);
+    m_text->setMinimumWidth(320);
     m_text->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
 
     m_buttons = new QDialogButtonBox(this);
