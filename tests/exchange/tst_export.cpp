@@ -1,0 +1,411 @@
+#include "Libs/zipper/unzip.h"
+#include "exchange.h"
+#include "exchange_fixture.h"
+#include "fileregistry.h"
+#include "ziptestsupport.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTest>
+
+using namespace testing;
+
+// The export writer: the archive's entries, the document's members and the progress a user
+// sees, read back from archives written out of real catalogs.
+class TestExport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void extensionFollowsDatabaseKind_data();
+    void extensionFollowsDatabaseKind();
+    void documentComesFirstThenFilesInRegistryOrder();
+    void counterInterleavesModelsFragmentsAndRepresentations();
+    void exportSharesIdenticalModels();
+    void modelWithoutIconHasEmptyIconAndNoPng();
+    void elementWithoutModelHasNullModel();
+    void emptyDigestGivesEmptyRecordAndNoNumber();
+    void attributeMembersFollowPresenceRules_data();
+    void attributeMembersFollowPresenceRules();
+    void headerCarriesKeyDateAndCount();
+    void specificationsAndColumnsAreWritten();
+    void progressRunsOverTwiceTheElements();
+    void failedExportLeavesExistingTargetUnchanged();
+    void previousVersionStoresConvertedFilesWithTheirDigest();
+    void previousVersionFailureKeepsSourceAndDigest();
+    void unknownDatabaseKindThrows();
+
+private:
+    QJsonObject document(const QString& archive, const QString& key = QStringLiteral("TX"));
+    QStringList entries(const QString& archive);
+    std::unique_ptr<TempCatalog> m_catalog;
+    std::unique_ptr<QTemporaryDir> m_out;
+};
+
+void TestExport::init()
+{
+    m_catalog = std::make_unique<TempCatalog>();
+    QVERIFY(m_catalog->provider);
+    m_out = std::make_unique<QTemporaryDir>();
+}
+
+QJsonObject TestExport::document(const QString& archive, const QString& key)
+{
+    zipper::unzip u(archive);
+    return QJsonDocument::fromJson(u.readAll(key + ".json", 1 << 26)).object();
+}
+
+QStringList TestExport::entries(const QString& archive)
+{
+    // Entry order as stored: read the central directory through a fresh index.
+    QStringList names;
+    const QByteArray bytes = ziptest::readFile(archive);
+    for (qsizetype i = 0; i + 46 < bytes.size(); ++i)
+        if (ziptest::get32(bytes, i) == 0x02014b50)
+            names << QString::fromUtf8(bytes.mid(i + 46, ziptest::get16(bytes, i + 28)));
+    return names;
+}
+
+void TestExport::extensionFollowsDatabaseKind_data()
+{
+    QTest::addColumn<QString>("dbName");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("extension");
+    QTest::newRow("object library") << "x_user_vo_1"
+                                    << "vobject"
+                                    << "vos";
+    QTest::newRow("TX") << "user_tx"
+                        << "TX"
+                        << "uss";
+    QTest::newRow("VK") << "user_vk"
+                        << "VK"
+                        << "uss";
+    QTest::newRow("OV") << "my user_ov"
+                        << "OV"
+                        << "uss";
+}
+
+void TestExport::extensionFollowsDatabaseKind()
+{
+    QFETCH(QString, dbName);
+    QFETCH(QString, key);
+    QFETCH(QString, extension);
+    TempCatalog catalog(dbName);
+    QCOMPARE(exchange::archiveKey(catalog.provider), key);
+    QCOMPARE(exchange::archiveExtension(catalog.provider), extension);
+    es_stdsize_t* e = catalog.addElement("P", "F", "E1");
+    const QString path = m_out->filePath("a." + extension);
+    QVERIFY(ExportUss::Export(path, {e}, false));
+    zipper::unzip u(path);
+    QVERIFY(u.contains(key + ".json"));
+    QCOMPARE(document(path, key)["comment"].toObject()["lib-name"].toString(), key);
+}
+
+void TestExport::documentComesFirstThenFilesInRegistryOrder()
+{
+    // Digests decide the order of the files, not the order in which elements met them.
+    const QString a = m_catalog->writeFile("a.m3d", "model A");
+    const QString b = m_catalog->writeFile("b.m3d", "model B");
+    es_stdsize_t* e1 = m_catalog->addElement("P", "F", "E1");
+    es_stdsize_t* e2 = m_catalog->addElement("P", "F", "E2");
+    QVERIFY(setModel(e1, a, {}, "A", 1));
+    QVERIFY(setModel(e2, b, {}, "B", 1));
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e1, e2}, false));
+
+    const QString digestA = edw::contentDigest(QByteArray("model A"));
+    const QString digestB = edw::contentDigest(QByteArray("model B"));
+    QStringList expected{"TX.json"};
+    expected << (digestA < digestB ? QStringList{"TX\\model\\1.m3d", "TX\\model\\2.m3d"}
+                                   : QStringList{"TX\\model\\2.m3d", "TX\\model\\1.m3d"});
+    QCOMPARE(entries(path), expected);
+}
+
+void TestExport::counterInterleavesModelsFragmentsAndRepresentations()
+{
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    QVERIFY(setModel(e, m_catalog->writeFile("m.m3d", "model"),
+                     m_catalog->writeFile("m.png", "model icon"), "M", 5));
+    QVERIFY(addProjection(e, "top", m_catalog->writeFile("t.frw", "fragment"),
+                          m_catalog->writeFile("t.png", "fragment icon"), 1, 0));
+    const QByteArray repr = "<repr/>";
+    QVERIFY(stdsize_SetRepresentationData(e, repr.constData(), size_t(repr.size())));
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e}, false));
+
+    const QJsonObject item = document(path)["std-size"].toArray()[0].toObject();
+    QCOMPARE(item["model"].toObject()["file"].toString(), "TX\\model\\1.m3d");
+    QCOMPARE(item["model"].toObject()["icon"].toString(), "TX\\model\\1.png");
+    QCOMPARE(item["prj"].toArray()[0].toObject()["file"].toString(), "TX\\prj\\2.frw");
+    QCOMPARE(item["prj"].toArray()[0].toObject()["icon"].toString(), "TX\\prj\\2.png");
+    QCOMPARE(item["repPath"].toString(), "TX\\repr\\3.xml");
+
+    zipper::unzip u(path);
+    QCOMPARE(u.entryCount(), 6);
+    QCOMPARE(u.readAll("TX\\model\\1.m3d", 100), QByteArray("model"));
+    QCOMPARE(u.readAll("TX\\model\\1.png", 100), QByteArray("model icon"));
+    QCOMPARE(u.readAll("TX\\prj\\2.frw", 100), QByteArray("fragment"));
+    QCOMPARE(u.readAll("TX\\prj\\2.png", 100), QByteArray("fragment icon"));
+    QCOMPARE(u.readAll("TX\\repr\\3.xml", 100), repr);
+}
+
+void TestExport::exportSharesIdenticalModels()
+{
+    es_stdsize_t* e1 = m_catalog->addElement("P", "F", "E1");
+    es_stdsize_t* e2 = m_catalog->addElement("P", "G", "E2");
+    QVERIFY(setModel(e1, m_catalog->writeFile("1.m3d", "same model"), {}, "one", 1));
+    QVERIFY(setModel(e2, m_catalog->writeFile("2.m3d", "same model"), {}, "two", 1));
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e1, e2}, false));
+
+    const QJsonArray items = document(path)["std-size"].toArray();
+    QCOMPARE(items[0].toObject()["model"].toObject()["file"].toString(), "TX\\model\\1.m3d");
+    QCOMPARE(items[1].toObject()["model"].toObject()["file"].toString(), "TX\\model\\1.m3d");
+    QCOMPARE(items[1].toObject()["model"].toObject()["name"].toString(), "two");
+    QCOMPARE(entries(path), (QStringList{"TX.json", "TX\\model\\1.m3d"}));
+}
+
+void TestExport::modelWithoutIconHasEmptyIconAndNoPng()
+{
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    QVERIFY(setModel(e, m_catalog->writeFile("1.m3d", "model"), {}, "M", 1));
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e}, false));
+    const QJsonObject model =
+        document(path)["std-size"].toArray()[0].toObject()["model"].toObject();
+    QCOMPARE(model["icon"].toString(), QString());
+    QCOMPARE(model["digest"].toString(), edw::contentDigest(QByteArray("model")));
+    QCOMPARE(entries(path), (QStringList{"TX.json", "TX\\model\\1.m3d"}));
+}
+
+void TestExport::elementWithoutModelHasNullModel()
+{
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e}, false));
+    const QJsonObject item = document(path)["std-size"].toArray()[0].toObject();
+    QVERIFY(item.contains("model"));
+    QVERIFY(item["model"].isNull());
+    QVERIFY(item["prj"].isArray());
+    QVERIFY(item["prj"].toArray().isEmpty());
+    QVERIFY(!item.contains("repPath"));
+    QVERIFY(!item.contains("spc"));
+    QCOMPARE(entries(path), QStringList{"TX.json"});
+}
+
+void TestExport::emptyDigestGivesEmptyRecordAndNoNumber()
+{
+    // A model or projection for which the catalog gives no digest matches nothing.
+    QTemporaryDir work;
+    exchange::FileRegistry registry("TX", false, work.path());
+    const exchange::FileRecord& model = registry.model(nullptr);
+    QVERIFY(model.entry.isEmpty());
+    QVERIFY(model.iconEntry.isEmpty());
+    QVERIFY(model.digest.isEmpty());
+    const exchange::FileRecord& fragment = registry.fragment(nullptr);
+    QVERIFY(fragment.entry.isEmpty());
+    QVERIFY(registry.records().empty());
+    QCOMPARE(registry.lastNumber(), 0);
+    QCOMPARE(registry.representation("x").entry, "TX\\repr\\1.xml");
+}
+
+void TestExport::attributeMembersFollowPresenceRules_data()
+{
+    QTest::addColumn<QString>("formula");
+    QTest::addColumn<QString>("desc");
+    QTest::addColumn<int>("oldShift");
+    QTest::addColumn<QString>("var");
+    QTest::addColumn<QStringList>("members");
+    const QStringList base{"name", "num", "type"};
+    QTest::newRow("value only") << ""
+                                << "" << 0 << "" << (base + QStringList{"val"});
+    QTest::newRow("formula, no val") << "{A1}*2"
+                                     << "" << 0 << "" << (base + QStringList{"formula"});
+    QTest::newRow("description differs")
+        << ""
+        << "Длина трубы" << 0 << "" << (base + QStringList{"desc", "val"});
+    QTest::newRow("old number differs") << ""
+                                        << "" << 3 << "" << (base + QStringList{"old-num", "val"});
+    QTest::newRow("variable name") << ""
+                                   << "" << 0 << "L" << (base + QStringList{"val", "var"});
+}
+
+void TestExport::attributeMembersFollowPresenceRules()
+{
+    QFETCH(QString, formula);
+    QFETCH(QString, desc);
+    QFETCH(int, oldShift);
+    QFETCH(QString, var);
+    QFETCH(QStringList, members);
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    addAttribute(e, {"Length", 2, "2,5", formula, desc, var, {}, oldShift});
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e}, false));
+    const QJsonObject atr =
+        document(path)["std-size"].toArray()[0].toObject()["atr"].toArray()[0].toObject();
+    QStringList keys = atr.keys();
+    keys.sort();
+    members.sort();
+    QCOMPARE(keys, members);
+    if (atr.contains("val")) QCOMPARE(atr["val"].toString(), "2.5");
+    if (atr.contains("formula")) QCOMPARE(atr["formula"].toString(), formula);
+    if (atr.contains("desc")) QCOMPARE(atr["desc"].toString(), desc);
+    if (atr.contains("old-num")) QCOMPARE(atr["old-num"].toInt(), atr["num"].toInt() + oldShift);
+    QCOMPARE(atr["type"].toInt(), 2);
+}
+
+void TestExport::headerCarriesKeyDateAndCount()
+{
+    es_stdsize_t* e1 = m_catalog->addElement("ПЭ_Трубы", "Стальные", "E1");
+    es_stdsize_t* e2 = m_catalog->addElement("ПЭ_Трубы", "Стальные", "E2");
+    const QString fixed = m_out->filePath("fixed.uss");
+    QVERIFY(ExportUss::Export(fixed, {e2, e1}, false, edw::nullProgress(),
+                              ExportUss::Options{"2024.03.05 14:07:31", 6}));
+    const QJsonObject doc = document(fixed);
+    const QJsonObject comment = doc["comment"].toObject();
+    QCOMPARE(comment["encoding"].toString(), "utf8");
+    QCOMPARE(comment["lib-name"].toString(), "TX");
+    QCOMPARE(comment["export-date"].toString(), "2024.03.05 14:07:31");
+    QCOMPARE(comment["item-count"].toInt(), 2);
+    const QJsonArray items = doc["std-size"].toArray();
+    QCOMPARE(items[0].toObject()["id"].toString(), "E2");
+    QCOMPARE(items[1].toObject()["id"].toString(), "E1");
+    QCOMPARE(items[0].toObject()["packet"].toString(), "ПЭ_Трубы");
+    QCOMPARE(items[0].toObject()["folder"].toString(), "Стальные\\folder E2");
+    QCOMPARE(items[0].toObject()["type"].toString(), "PIPE");
+
+    const QString now = m_out->filePath("now.uss");
+    QVERIFY(ExportUss::Export(now, {e1}, false));
+    const QString date = document(now)["comment"].toObject()["export-date"].toString();
+    QVERIFY2(QRegularExpression("^\\d{4}\\.\\d{2}\\.\\d{2} \\d{2}:\\d{2}:\\d{2}$")
+                 .match(date)
+                 .hasMatch(),
+             qPrintable(date));
+}
+
+void TestExport::specificationsAndColumnsAreWritten()
+{
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    std::vector<edw::SpecDescription> specs(2);
+    specs[0].libName = "Трубопроводы";
+    specs[0].styleNum = 3;
+    specs[0].firstPart = 1;
+    specs[0].secondPart = 2;
+    specs[0].columns = {{4, "{A1}"}, {5, "шт."}};
+    specs[1].libName = "Other";
+    specs[1].styleNum = 7;
+    QVERIFY(edw::runCreateSpec(specs, e));
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e}, false));
+    const QJsonArray spc = document(path)["std-size"].toArray()[0].toObject()["spc"].toArray();
+    QCOMPARE(spc.size(), 2);
+    const QJsonObject s = spc[0].toObject();
+    QCOMPARE(s["libName"].toString(), "Трубопроводы");
+    QCOMPARE(s["style"].toInt(), 3);
+    QCOMPARE(s["fPart"].toInt(), 1);
+    QCOMPARE(s["sPart"].toInt(), 2);
+    const QJsonArray columns = s["column"].toArray();
+    QCOMPARE(columns.size(), 2);
+    QCOMPARE(columns[0].toObject()["num"].toInt(), 4);
+    QCOMPARE(columns[0].toObject()["val"].toString(), "{A1}");
+    QCOMPARE(columns[1].toObject()["val"].toString(), "шт.");
+    QCOMPARE(spc[1].toObject()["column"].toArray().size(), 0);
+}
+
+void TestExport::progressRunsOverTwiceTheElements()
+{
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 3; ++i) {
+        es_stdsize_t* e = m_catalog->addElement("P", "F", QString("E%1").arg(i));
+        QVERIFY(setModel(e, m_catalog->writeFile(QString("%1.m3d").arg(i), QByteArray::number(i)),
+                         {}, "M", 1));
+        elements.push_back(e);
+    }
+    RecordingProgress progress;
+    QVERIFY(ExportUss::Export(m_out->filePath("a.uss"), elements, false, progress));
+    QCOMPARE(progress.caption, "Экспорт пользовательских элементов:");
+    QCOMPARE(progress.maximum, 6);
+    QCOMPARE(progress.begun, 1);
+    QCOMPARE(progress.ended, 1);
+    // Document phase: only odd indexes advance (0, 1, 1); then three records of two steps
+    // of (6 - 1) / 6 + 0.001 each.
+    QCOMPARE(progress.values, (QList<int>{0, 1, 1, 1, 2, 3, 4, 5, 6}));
+    QVERIFY(!QFileInfo::exists(ExportUss::workingFolder()));
+}
+
+void TestExport::failedExportLeavesExistingTargetUnchanged()
+{
+    RecordingMessenger messenger;
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    QVERIFY(setModel(e, m_catalog->writeFile("1.m3d", "model"), {}, "M", 1));
+    // The store loses the model's file: the archive cannot be completed.
+    QVERIFY(QFile::remove(edw::fromEs(model_GetModelFile(stdsize_GetModel(e)))));
+    const QString path = m_out->filePath("a.uss");
+    ziptest::writeFile(path, "the previous export");
+    RecordingProgress progress;
+    QVERIFY(!ExportUss::Export(path, {e}, false, progress));
+    QCOMPARE(ziptest::readFile(path), QByteArray("the previous export"));
+    QCOMPARE(QDir(m_out->path()).entryList(QDir::Files), QStringList{"a.uss"});
+    QCOMPARE(progress.ended, 1);
+    QVERIFY(!QFileInfo::exists(ExportUss::workingFolder()));
+
+    // A target in a folder that does not exist cannot be created.
+    QVERIFY(!ExportUss::Export(m_out->filePath("no/such/folder/a.uss"), {e}, false));
+}
+
+void TestExport::previousVersionStoresConvertedFilesWithTheirDigest()
+{
+    ConvertingHost host;
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    QVERIFY(setModel(e, m_catalog->writeFile("1.m3d", "model"), {}, "M", 1));
+    QVERIFY(addProjection(e, "top", m_catalog->writeFile("1.frw", "fragment"), {}, 1, 0));
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e}, true));
+
+    const QByteArray converted = "earlier format\nmodel";
+    const QJsonObject item = document(path)["std-size"].toArray()[0].toObject();
+    QCOMPARE(item["model"].toObject()["digest"].toString(), edw::contentDigest(converted));
+    QCOMPARE(item["prj"].toArray()[0].toObject()["digest"].toString(),
+             edw::contentDigest(QByteArray("earlier format\nfragment")));
+    zipper::unzip u(path);
+    QCOMPARE(u.readAll("TX\\model\\1.m3d", 100), converted);
+    QCOMPARE(host.saved.size(), 2);
+    QCOMPARE(QFileInfo(host.saved[0]).fileName(), "file_1.m3d");
+    QCOMPARE(QFileInfo(host.saved[1]).fileName(), "file_2.frw");
+    QCOMPARE(QFileInfo(host.saved[0]).absolutePath(), ExportUss::workingFolder());
+    QVERIFY(!QFileInfo::exists(ExportUss::workingFolder()));
+}
+
+void TestExport::previousVersionFailureKeepsSourceAndDigest()
+{
+    ConvertingHost host;
+    host.works = false;
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    QVERIFY(setModel(e, m_catalog->writeFile("1.m3d", "model"), {}, "M", 1));
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e}, true));
+    const QJsonObject item = document(path)["std-size"].toArray()[0].toObject();
+    QCOMPARE(item["model"].toObject()["digest"].toString(),
+             edw::contentDigest(QByteArray("model")));
+    zipper::unzip u(path);
+    QCOMPARE(u.readAll("TX\\model\\1.m3d", 100), QByteArray("model"));
+    QCOMPARE(host.saved.size(), 1);
+}
+
+void TestExport::unknownDatabaseKindThrows()
+{
+    TempCatalog catalog("user_xx");
+    es_stdsize_t* e = catalog.addElement("P", "F", "E1");
+    try {
+        ExportUss::Export(m_out->filePath("a.uss"), {e}, false);
+        QFAIL("no exception");
+    } catch (const std::runtime_error& error) {
+        QCOMPARE(QString(error.what()), "Unknown user database");
+    }
+    QVERIFY(!QFileInfo::exists(m_out->filePath("a.uss")));
+}
+
+QTEST_GUILESS_MAIN(TestExport)
+#include "tst_export.moc"
