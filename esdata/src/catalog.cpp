@@ -196,7 +196,7 @@ static const char* const kStatements[] = {
     "UPDATE es_packet SET root=? WHERE id=?",
     "INSERT INTO es_folder(packet, parent, name) VALUES(?, ?, ?)",
     "SELECT packet, parent, name FROM es_folder WHERE id=?",
-    "SELECT id, name FROM es_folder WHERE parent=? ORDER BY id",
+    "SELECT id, parent, name FROM es_folder WHERE packet=? ORDER BY id",
     "SELECT id FROM es_folder WHERE parent=? AND name=?",
     "WITH RECURSIVE sub(id) AS (SELECT ?1 UNION ALL SELECT f.id FROM es_folder f JOIN sub ON "
     "f.parent=sub.id) SELECT id FROM sub",
@@ -214,14 +214,15 @@ static const char* const kStatements[] = {
     "UPDATE es_attribute SET var_name=? WHERE id=?",
     "UPDATE es_attribute SET measure=? WHERE id=?",
     "UPDATE es_attribute SET formula=? WHERE id=?",
-    "SELECT id, ident, type FROM es_element WHERE folder=? ORDER BY id",
+    "SELECT id, folder, ident, type FROM es_element WHERE packet=? ORDER BY id",
     "SELECT folder, packet, ident, type FROM es_element WHERE id=?",
     "SELECT id FROM es_element WHERE packet=? AND ident=?",
     "INSERT INTO es_element(packet, folder, ident) VALUES(?, ?, ?)",
     "DELETE FROM es_element WHERE id=?",
     "UPDATE es_element SET type=? WHERE id=?",
     "SELECT id, type FROM es_element",
-    "SELECT attribute, value FROM es_value WHERE element=?",
+    "SELECT v.value FROM es_attribute a LEFT JOIN es_value v ON v.element=?1 AND "
+    "v.attribute=a.id WHERE a.folder=?2 ORDER BY a.pos",
     "INSERT OR REPLACE INTO es_value(element, attribute, value) VALUES(?, ?, ?)",
     "SELECT representation FROM es_element WHERE id=?",
     "UPDATE es_element SET representation=? WHERE id=?",
@@ -495,7 +496,11 @@ es_packet* Catalog::addPacket(std::u16string_view name)
     });
     es_packet* p = packetById(pid);
     created(Kind::Packet, p);
-    created(Kind::Folder, makeFolder(fid, pid, 0, std::u16string(name)));
+    es_folder* root = makeFolder(fid, pid, 0, std::u16string(name));
+    created(Kind::Folder, root);
+    p->folders.clear();
+    p->foldersGen = m_gen;
+    markNewFolder(root);
     if (fresh(m_packetListGen)) m_packetList.push_back(p);
     return p;
 }
@@ -562,6 +567,14 @@ es_folder* Catalog::makeFolder(int64_t id, int64_t packet, int64_t parent, std::
     return &f;
 }
 
+// A new folder has no children, no attributes and no elements yet.
+void Catalog::markNewFolder(es_folder* f)
+{
+    f->childrenGen = f->table.schemaGen = f->table.elementsGen = m_gen;
+    if (auto it = m_packets.find(f->packetId); it != m_packets.end())
+        if (fresh(it->second->foldersGen)) it->second->folders.push_back(f);
+}
+
 es_folder* Catalog::folderById(int64_t id)
 {
     if (id <= 0) return nullptr;
@@ -578,21 +591,40 @@ es_folder* Catalog::parentFolder(es_folder* folder)
     return folderById(folder->parentId);
 }
 
-const std::vector<es_folder*>& Catalog::children(es_folder* folder)
+// A packet's whole folder tree is read in one query: walking it then costs no query per
+// folder.
+void Catalog::loadPacketFolders(es_packet* packet)
 {
-    if (!fresh(folder->childrenGen)) {
-        std::vector<es_folder*> list;
+    packet->folders.clear();
+    {
         Query q = query(sChildren);
-        q.bind(1, folder->id);
+        q.bind(1, packet->id);
         while (q.next()) {
             int64_t id = q.i64(0);
             auto it = m_folders.find(id);
-            list.push_back(it != m_folders.end()
-                               ? it->second
-                               : makeFolder(id, folder->packetId, folder->id, q.text(1)));
+            packet->folders.push_back(it != m_folders.end()
+                                          ? it->second
+                                          : makeFolder(id, packet->id, q.i64(1), q.text(2)));
         }
-        folder->children = std::move(list);
-        folder->childrenGen = m_gen;
+    }
+    for (es_folder* f : packet->folders)
+        f->children.clear();
+    for (es_folder* f : packet->folders)
+        if (auto it = m_folders.find(f->parentId); f->parentId && it != m_folders.end())
+            it->second->children.push_back(f);
+    for (es_folder* f : packet->folders)
+        f->childrenGen = m_gen;
+    packet->foldersGen = m_gen;
+}
+
+const std::vector<es_folder*>& Catalog::children(es_folder* folder)
+{
+    if (!fresh(folder->childrenGen)) {
+        if (es_packet* p = packetById(folder->packetId)) loadPacketFolders(p);
+        if (!fresh(folder->childrenGen)) {
+            folder->children.clear();
+            folder->childrenGen = m_gen;
+        }
     }
     return folder->children;
 }
@@ -611,6 +643,7 @@ es_folder* Catalog::addChild(es_folder* folder, std::u16string_view name)
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
     es_folder* f = makeFolder(id, folder->packetId, folder->id, std::u16string(name));
+    markNewFolder(f);
     created(Kind::Folder, f);
     if (fresh(folder->childrenGen)) folder->children.push_back(f);
     return f;
@@ -652,8 +685,6 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
 {
     if (!fresh(table->schemaGen)) {
         table->attributes.clear();
-        table->byName.clear();
-        table->indexById.clear();
         Query q = query(sSchema);
         q.bind(1, table->folder->id);
         while (q.next()) {
@@ -678,8 +709,6 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
             q.text(7, a->measure);
             q.text(8, a->formula);
             table->attributes.push_back(a);
-            table->byName.emplace(a->name, a);
-            table->indexById.emplace(id, a->index);
         }
         table->schemaGen = m_gen;
     }
@@ -688,7 +717,18 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
 
 es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
 {
-    attributes(table);
+    const auto& list = attributes(table);
+    if (list.size() <= 16) {
+        for (es_attribute* a : list)
+            if (a->name == name) return a;
+        return nullptr;
+    }
+    if (!fresh(table->byNameGen)) {
+        table->byName.clear();
+        for (es_attribute* a : list)
+            table->byName.emplace(a->name, a);
+        table->byNameGen = m_gen;
+    }
     auto it = table->byName.find(std::u16string(name));
     return it == table->byName.end() ? nullptr : it->second;
 }
@@ -729,8 +769,7 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
     a->description = description;
     m_attributes.emplace(id, a);
     table->attributes.push_back(a);
-    table->byName.emplace(a->name, a);
-    table->indexById.emplace(id, a->index);
+    if (fresh(table->byNameGen)) table->byName.emplace(a->name, a);
     created(Kind::Attribute, a);
     return a;
 }
@@ -799,22 +838,37 @@ es_stdsize* Catalog::elementById(int64_t id)
     return makeElement(id, folder, packet, std::move(ident), std::move(type));
 }
 
+// Like folders, the elements of a whole packet are listed in one query.
+void Catalog::loadPacketElements(es_packet* packet)
+{
+    if (!fresh(packet->foldersGen)) loadPacketFolders(packet);
+    for (es_folder* f : packet->folders)
+        f->table.elements.clear();
+    Query q = query(sElements);
+    q.bind(1, packet->id);
+    while (q.next()) {
+        int64_t id = q.i64(0);
+        es_folder* folder = folderById(q.i64(1));
+        if (!folder) continue;
+        auto it = m_elements.find(id);
+        es_stdsize* e = it != m_elements.end()
+                            ? it->second
+                            : makeElement(id, folder, packet->id, q.text(2), q.text(3));
+        folder->table.elements.push_back(e);
+        folder->table.elementsGen = m_gen;
+    }
+    for (es_folder* f : packet->folders)
+        f->table.elementsGen = m_gen;
+}
+
 const std::vector<es_stdsize*>& Catalog::elements(es_table* table)
 {
     if (!fresh(table->elementsGen)) {
-        std::vector<es_stdsize*> list;
-        Query q = query(sElements);
-        q.bind(1, table->folder->id);
-        while (q.next()) {
-            int64_t id = q.i64(0);
-            auto it = m_elements.find(id);
-            list.push_back(it != m_elements.end()
-                               ? it->second
-                               : makeElement(id, table->folder, table->folder->packetId, q.text(1),
-                                             q.text(2)));
+        if (es_packet* p = packetById(table->folder->packetId)) loadPacketElements(p);
+        if (!fresh(table->elementsGen)) {
+            table->elements.clear();
+            table->elementsGen = m_gen;
         }
-        table->elements = std::move(list);
-        table->elementsGen = m_gen;
     }
     return table->elements;
 }
@@ -834,6 +888,9 @@ es_stdsize* Catalog::addElement(es_table* table, std::u16string_view ident)
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
     es_stdsize* e = makeElement(id, folder, folder->packetId, std::u16string(ident), {});
+    // A new element has nothing yet: no query is needed to know it.
+    e->valuesGen = e->reprGen = e->specsGen = m_gen;
+    e->model.gen = e->projections.gen = m_gen;
     created(Kind::Element, e);
     if (fresh(table->elementsGen)) table->elements.push_back(e);
     return e;
@@ -868,14 +925,15 @@ bool Catalog::setType(es_stdsize* e, std::u16string_view type)
 void Catalog::loadValues(es_stdsize* e)
 {
     es_table* table = &e->folder->table;
-    attributes(table);
-    e->values.assign(table->attributes.size(), Value());
+    const size_t n = attributes(table).size();
+    e->values.resize(n);
     Query q = query(sValues);
-    q.bind(1, e->id);
-    while (q.next()) {
-        auto it = table->indexById.find(q.i64(0));
-        if (it != table->indexById.end()) readValue(q, 1, e->values[it->second]);
-    }
+    q.bind(1, e->id).bind(2, table->folder->id);
+    size_t i = 0;
+    while (i < n && q.next())
+        readValue(q, 0, e->values[i++]);
+    for (; i < n; ++i)
+        e->values[i] = Value();
     e->valuesGen = m_gen;
 }
 

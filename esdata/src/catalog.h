@@ -135,6 +135,9 @@ private:
                             std::u16string type);
     es_stdsize* elementById(int64_t id);
     void loadValues(es_stdsize* e);
+    void loadPacketFolders(es_packet* packet);
+    void loadPacketElements(es_packet* packet);
+    void markNewFolder(es_folder* f);
     void eraseFromMap(const Tracked& t);
     bool storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest);
     std::u16string filePath(const std::u16string& name) const;

@@ -58,6 +58,8 @@ struct es_packet : esdata::Handle
     std::u16string name;
     int64_t rootId = 0;
     std::u16string uniqueValues;
+    uint64_t foldersGen = esdata::kStale;
+    std::vector<es_folder*> folders; // every folder of the packet, in creation order
 };
 
 struct es_table
@@ -65,8 +67,8 @@ struct es_table
     es_folder* folder = nullptr;
     uint64_t schemaGen = esdata::kStale;
     std::vector<es_attribute*> attributes;
+    uint64_t byNameGen = esdata::kStale; // the name index is built for wide tables only
     std::unordered_map<std::u16string, es_attribute*> byName;
-    std::unordered_map<int64_t, uint32_t> indexById;
     uint64_t elementsGen = esdata::kStale;
     std::vector<es_stdsize*> elements;
 };

@@ -30,6 +30,50 @@ void exec(sqlite3* db, const char* sql)
     }
 }
 
+void utf8To16(const unsigned char* p, int n, std::u16string& out)
+{
+    out.resize(static_cast<size_t>(n > 0 ? n : 0));
+    char16_t* d = out.data();
+    const unsigned char* e = p + (n > 0 ? n : 0);
+    while (p < e) {
+        unsigned c = *p;
+        if (c < 0x80) {
+            *d++ = char16_t(c);
+            ++p;
+            continue;
+        }
+        int extra = c >= 0xf0 ? 3 : c >= 0xe0 ? 2 : c >= 0xc0 ? 1 : -1;
+        if (extra < 0 || e - p <= extra) {
+            *d++ = 0xfffd;
+            ++p;
+            continue;
+        }
+        unsigned cp = c & (0x3f >> extra);
+        bool ok = true;
+        for (int k = 1; k <= extra; ++k) {
+            if ((p[k] & 0xc0) != 0x80) {
+                ok = false;
+                break;
+            }
+            cp = (cp << 6) | (p[k] & 0x3f);
+        }
+        if (!ok) {
+            *d++ = 0xfffd;
+            ++p;
+            continue;
+        }
+        p += extra + 1;
+        if (cp >= 0x10000) {
+            cp -= 0x10000;
+            *d++ = char16_t(0xd800 + (cp >> 10));
+            *d++ = char16_t(0xdc00 + (cp & 0x3ff));
+        } else {
+            *d++ = char16_t(cp);
+        }
+    }
+    out.resize(static_cast<size_t>(d - out.data()));
+}
+
 static std::u16string widen(const char* b, const char* e)
 {
     return std::u16string(b, e);

@@ -19,6 +19,7 @@ public:
 };
 
 [[noreturn]] void throwSql(sqlite3* db, const char* what);
+void utf8To16(const unsigned char* p, int n, std::u16string& out);
 
 // One execution of a cached prepared statement; resets it when done.
 class Query
@@ -83,17 +84,15 @@ public:
     bool isNull(int c) const { return type(c) == SQLITE_NULL; }
     std::u16string text(int c) const
     {
-        auto p = static_cast<const char16_t*>(sqlite3_column_text16(m_stmt, c));
-        if (!p) return {};
-        return std::u16string(p, static_cast<size_t>(sqlite3_column_bytes16(m_stmt, c)) / 2);
+        std::u16string out;
+        text(c, out);
+        return out;
     }
+    // Decoded here rather than by SQLite: it saves SQLite a conversion buffer per column.
     void text(int c, std::u16string& out) const
     {
-        auto p = static_cast<const char16_t*>(sqlite3_column_text16(m_stmt, c));
-        if (!p)
-            out.clear();
-        else
-            out.assign(p, static_cast<size_t>(sqlite3_column_bytes16(m_stmt, c)) / 2);
+        auto p = sqlite3_column_text(m_stmt, c);
+        utf8To16(p, p ? sqlite3_column_bytes(m_stmt, c) : 0, out);
     }
     void blob(int c, std::vector<uint8_t>& out) const
     {
