@@ -61,10 +61,11 @@ ratio() { echo "$1 $2" | awk '{ if ($2 > 0) printf "%.2f", $1 / $2; else print "
 measure() {
     start=$(now)
     if [ -n "$timer" ]; then
-        $timer -f '%M' -o "$work/rss.txt" "$@"
+        $timer -f '%M' -o "$work/rss.txt" "$@" >"$work/command.log" 2>&1 ||
+            { cat "$work/command.log" >&2; exit 1; }
         peak=$(awk 'END { printf "%.1f", $1 / 1024 }' "$work/rss.txt")
     else
-        "$@"
+        "$@" >"$work/command.log" 2>&1 || { cat "$work/command.log" >&2; exit 1; }
         peak="n/a"
     fi
     took=$(span "$start" "$(now)")
