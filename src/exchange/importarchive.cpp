@@ -56,7 +56,7 @@ struct ImportArchive::Private
     std::unique_ptr<zipper::unzip> zip;
     std::unique_ptr<QTemporaryDir> folder;
     QHash<QString, QString> extracted;
-    QHash<QString, std::string> failed;
+    QHash<QString, std::pair<int, int>> failed; // entry → libzip and system error codes
     int counter = 0;
 };
 
@@ -124,7 +124,7 @@ QString ImportArchive::extract(const QString& entryName)
     const QString key = zipper::unzip::normalized(entryName);
     if (const auto it = d->extracted.constFind(key); it != d->extracted.cend()) return *it;
     if (const auto it = d->failed.constFind(key); it != d->failed.cend())
-        throw zipper::error("Failed to extract entry", it->c_str(), 0, 0);
+        throw zipper::error("Failed to extract entry", key.toStdString(), it->first, it->second);
     // The document's names never decide where a file lands: only names it may refer to are
     // looked up at all, and the file gets a generated name in this import's folder.
     if (!isSafeEntryName(key) || !d->zip->contains(key)) return {};
@@ -141,8 +141,8 @@ QString ImportArchive::extract(const QString& entryName)
                                              QString::number(++d->counter) + safeSuffix(key));
     try {
         d->zip->extract(key, path);
-    } catch (const std::exception& e) {
-        d->failed.insert(key, e.what());
+    } catch (const zipper::error& e) {
+        d->failed.insert(key, {e.zipError(), e.systemError()});
         throw;
     }
     d->extracted.insert(key, path);

@@ -1,0 +1,598 @@
+#include "Libs/zipper/unzip.h"
+#include "Libs/zipper/zip.h"
+#include "exchange.h"
+#include "exchange_fixture.h"
+#include "ziptestsupport.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+#include <memory>
+
+using namespace testing;
+
+// The import core: reading and checking archives, the decisions, and the worker that writes
+// the kept elements, against real catalog files.
+class TestImport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void roundTripKeepsEveryField();
+    void archiveOfAnotherKindIsRefused();
+    void damagedArchiveIsRefusedWithItsMessage_data();
+    void damagedArchiveIsRefusedWithItsMessage();
+    void decisionsFollowTheChangeStamp();
+    void allSameNeedsNoDecisionAndWritesNothing();
+    void conflictKeptLeavesElementUntouched();
+    void conflictReplacedTakesTheImportedElement();
+    void compactionKeepsOrderOfKeptRecords();
+    void recordsSharingAModelExtractItOnce();
+    void importStopsAfterThird();
+    void workerRunsOnThePoolAndReportsToThisThread();
+    void pausedWorkerWaitsUntilResumed();
+    void laterVersionIsRecognised_data();
+    void laterVersionIsRecognised();
+    void staleImportFoldersAreRemoved();
+
+private:
+    // A source catalog with two rich elements (sharing one model) exported to an archive.
+    QString richArchive(int level = 6);
+    QString exportElements(const std::vector<es_stdsize_t*>& elements, const QString& name);
+    QStringList tempLeftovers() const;
+
+    QTemporaryDir m_tmp; // the process's temporary folder during the tests
+    std::unique_ptr<TempCatalog> m_source;
+    std::unique_ptr<TempCatalog> m_target;
+    std::unique_ptr<QTemporaryDir> m_out;
+};
+
+void TestImport::initTestCase()
+{
+    QVERIFY(m_tmp.isValid());
+    qputenv("TMPDIR", QFile::encodeName(m_tmp.path()));
+}
+
+void TestImport::init()
+{
+    m_source = std::make_unique<TempCatalog>();
+    m_target = std::make_unique<TempCatalog>();
+    m_out = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_source->provider && m_target->provider);
+}
+
+void TestImport::cleanup()
+{
+    m_source.reset();
+    m_target.reset();
+    m_out.reset();
+    // Nothing of an import stays behind in the temporary folder.
+    QCOMPARE(tempLeftovers(), QStringList());
+}
+
+QStringList TestImport::tempLeftovers() const
+{
+    return QDir(m_tmp.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+}
+
+QString TestImport::exportElements(const std::vector<es_stdsize_t*>& elements, const QString& name)
+{
+    const QString path = m_out->filePath(name);
+    if (!ExportUss::Export(path, elements, false)) return {};
+    return path;
+}
+
+QString TestImport::richArchive(int level)
+{
+    TempCatalog& c = *m_source;
+    es_stdsize_t* e1 = c.addElement("ПЭ_Трубы", "Стальные\\Бесшовные", "E1", "PIPE");
+    addAttribute(e1, {"USS_LAST_CHANGE_DATE", 3, "01.02.2024 10:00:00"});
+    addAttribute(e1, {"USS_AUTHOR", 3, "ivan\\pc"});
+    addAttribute(e1, {"Count", 1, "12"});
+    addAttribute(e1, {"Length", 2, "2,75", {}, "Длина", "L", "мм"});
+    addAttribute(e1, {"Mass", 2, "0.1"});
+    addAttribute(e1, {"Name", 3, "Труба «стальная»"});
+    addAttribute(e1, {"Total", 2, QString(), "{A3}*2"});
+    addAttribute(e1, {"Shifted", 1, "-5", {}, {}, {}, {}, 4});
+    if (!setModel(e1, c.writeFile("pipe.m3d", QByteArray("model bytes ").repeated(300)),
+                  c.writeFile("pipe.png", "model icon"), "Труба", 230))
+        return {};
+    addProjection(e1, "Сверху", c.writeFile("top.frw", QByteArray("top view ").repeated(200)),
+                  c.writeFile("top.png", "top icon"), 1, 0);
+    addProjection(e1, "Спереди", c.writeFile("front.frw", "front view"), {}, 2, 1);
+    const QByteArray repr = "<representation kind=\"pipe\"/>";
+    stdsize_SetRepresentationData(e1, repr.constData(), size_t(repr.size()));
+    std::vector<edw::SpecDescription> specs(2);
+    specs[0].libName = "Трубопроводы";
+    specs[0].styleNum = 3;
+    specs[0].firstPart = 1;
+    specs[0].secondPart = 2;
+    specs[0].columns = {{4, "{A3}"}, {5, "шт."}};
+    specs[1].libName = "Other";
+    specs[1].styleNum = 7;
+    edw::runCreateSpec(specs, e1);
+
+    es_stdsize_t* e2 = c.addElement("Арматура", "", "E2", "VALVE");
+    addAttribute(e2, {"USS_LAST_CHANGE_DATE", 3, "03.04.2024 11:00:00"});
+    addAttribute(e2, {"DN", 1, "50"});
+    // The same model (same digest) travels once, with the icon of its first holder.
+    setModel(e2, c.writeFile("copy.m3d", QByteArray("model bytes ").repeated(300)),
+             c.writeFile("pipe.png", "model icon"), "Другая", 231);
+    addProjection(e2, "Вид", c.writeFile("valve.frw", "valve view"), {}, 1, 2);
+
+    if (level != 6) {
+        const QString path = m_out->filePath("rich.uss");
+        return ExportUss::Export(path, {e1, e2}, false, edw::nullProgress(),
+                                 ExportUss::Options{{}, level})
+                   ? path
+                   : QString();
+    }
+    return exportElements({e1, e2}, "rich.uss");
+}
+
+void TestImport::roundTripKeepsEveryField()
+{
+    const QString path = richArchive();
+    QVERIFY(!path.isEmpty());
+    const exchange::ImportOutcome outcome = exchange::importArchive(path, m_target->provider);
+    QCOMPARE(outcome.message, "Импорт пользовательских элементов завершен.");
+    QCOMPARE(outcome.records, 2);
+    QCOMPARE(outcome.fresh, 2);
+    QCOMPARE(outcome.written, 2);
+    for (const auto& [packet, id] : {std::pair{"ПЭ_Трубы", "E1"}, std::pair{"Арматура", "E2"}}) {
+        es_stdsize_t* source = m_source->find(packet, id);
+        es_stdsize_t* target = m_target->find(packet, id);
+        QVERIFY2(target, id);
+        const QStringList got = dump(target).split('\n');
+        const QStringList want = dump(source).split('\n');
+        QCOMPARE(got.size(), want.size());
+        for (qsizetype i = 0; i < got.size(); ++i)
+            QCOMPARE(got[i], want[i]);
+    }
+    // The model shared in the archive is one file again, under one digest.
+    QCOMPARE(edw::fromEs(model_GetDigest(stdsize_GetModel(m_target->find("Арматура", "E2")))),
+             edw::contentDigest(QByteArray("model bytes ").repeated(300)));
+}
+
+void TestImport::archiveOfAnotherKindIsRefused()
+{
+    const QString path = richArchive();
+    TempCatalog vk("user_vk");
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, vk.provider), exchange::ImportArchive::Status::NotExportFile);
+    QCOMPARE(archive.errorText(), "Файл не является файлом экспортированных элементов.\nДля "
+                                  "получения информации по устранению проблемы нажмите кнопку "
+                                  "Справка.");
+    QCOMPARE(provider_GetPacketCount(vk.provider), 0u);
+}
+
+namespace {
+
+// Rewrites the archive at path with the document changed by edit and the entries changed by
+// entries (name → bytes; an empty QByteArray() removes, null leaves).
+void rewrite(const QString& path, const std::function<void(QJsonObject&)>& edit,
+             const QString& documentName = "TX.json", const QByteArray& rawDocument = {},
+             int level = 6)
+{
+    QMap<QString, QByteArray> entries;
+    QByteArray doc;
+    {
+        zipper::unzip u(path);
+        doc = u.readAll("TX.json", 1 << 26);
+        for (const QString name :
+             {"TX\\model\\1.m3d", "TX\\model\\1.png", "TX\\prj\\2.frw", "TX\\prj\\2.png",
+              "TX\\prj\\3.frw", "TX\\repr\\4.xml", "TX\\prj\\5.frw"})
+            if (u.contains(name)) entries[name] = u.readAll(name, 1 << 26);
+    }
+    if (edit) {
+        QJsonObject root = QJsonDocument::fromJson(doc).object();
+        edit(root);
+        doc = QJsonDocument(root).toJson();
+    }
+    if (!rawDocument.isNull()) doc = rawDocument;
+    QFile::remove(path);
+    zipper::zip z(path);
+    z.setCompressionLevel(level);
+    if (!documentName.isEmpty()) z.addBytes(doc, documentName);
+    for (auto it = entries.cbegin(); it != entries.cend(); ++it)
+        z.addBytes(*it, it.key());
+    z.commit();
+}
+
+QJsonObject firstElement(const QJsonObject& root)
+{
+    return root["std-size"].toArray()[0].toObject();
+}
+
+void setFirstElement(QJsonObject& root, const QJsonObject& element)
+{
+    QJsonArray list = root["std-size"].toArray();
+    list[0] = element;
+    root["std-size"] = list;
+}
+
+void setModelFile(QJsonObject& root, const QString& file)
+{
+    QJsonObject e = firstElement(root);
+    QJsonObject m = e["model"].toObject();
+    m["file"] = file;
+    e["model"] = m;
+    setFirstElement(root, e);
+}
+
+void setAttributeMember(QJsonObject& root, const QString& member, const QJsonValue& value)
+{
+    QJsonObject e = firstElement(root);
+    QJsonArray atr = e["atr"].toArray();
+    QJsonObject a = atr[0].toObject();
+    a[member] = value;
+    atr[0] = a;
+    e["atr"] = atr;
+    setFirstElement(root, e);
+}
+
+} // namespace
+
+void TestImport::damagedArchiveIsRefusedWithItsMessage_data()
+{
+    QTest::addColumn<QString>("damage");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("firstWritten");
+    const QString notExport = exchange::texts::notExportFile();
+    // Both elements name the damaged model: neither can be written whole.
+    const QString stopped = "Импорт прерван.\nИмпортировано 0 из 2.";
+    QTest::newRow("not a zip") << "text" << notExport << false;
+    QTest::newRow("truncated") << "truncated" << notExport << false;
+    QTest::newRow("no document") << "no document" << notExport << false;
+    QTest::newRow("document of another kind") << "VK.json" << notExport << false;
+    QTest::newRow("wrong lib-name") << "lib-name" << exchange::texts::otherLibrary() << false;
+    QTest::newRow("empty std-size") << "empty" << exchange::texts::noElements() << false;
+    QTest::newRow("no comment") << "no comment" << notExport << false;
+    QTest::newRow("atr not an array") << "atr object" << notExport << false;
+    QTest::newRow("num as text") << "num text" << notExport << false;
+    QTest::newRow("num beyond int") << "num huge" << notExport << false;
+    QTest::newRow("name as number") << "name number" << notExport << false;
+    QTest::newRow("prj missing") << "no prj" << notExport << false;
+    QTest::newRow("model name missing") << "model no name" << notExport << false;
+    QTest::newRow("deeply nested") << "nested" << notExport << false;
+    QTest::newRow("not json") << "garbage" << notExport << false;
+    QTest::newRow("file names a missing entry")
+        << "missing entry" << exchange::texts::importDone() << true;
+    QTest::newRow("dot-dot in entry name") << "dotdot" << notExport << false;
+    QTest::newRow("absolute entry name") << "absolute" << notExport << false;
+    QTest::newRow("drive in entry name") << "drive" << notExport << false;
+    QTest::newRow("control character in entry name") << "control" << notExport << false;
+    QTest::newRow("crc damage") << "crc" << stopped << false;
+    QTest::newRow("entry larger than declared") << "larger" << stopped << false;
+    QTest::newRow("item-count disagrees") << "item-count" << exchange::texts::importDone() << true;
+}
+
+void TestImport::damagedArchiveIsRefusedWithItsMessage()
+{
+    QFETCH(QString, damage);
+    QFETCH(QString, message);
+    QFETCH(bool, firstWritten);
+    const QString path = richArchive(damage == "crc" ? 0 : 6);
+    QVERIFY(!path.isEmpty());
+
+    if (damage == "text") {
+        ziptest::writeFile(path, "just some text");
+    } else if (damage == "truncated") {
+        const QByteArray bytes = ziptest::readFile(path);
+        ziptest::writeFile(path, bytes.left(bytes.size() / 2));
+    } else if (damage == "no document") {
+        rewrite(path, {}, QString());
+    } else if (damage == "VK.json") {
+        rewrite(path, {}, "VK.json");
+    } else if (damage == "lib-name") {
+        rewrite(path, [](QJsonObject& r) {
+            QJsonObject c = r["comment"].toObject();
+            c["lib-name"] = "VK";
+            r["comment"] = c;
+        });
+    } else if (damage == "empty") {
+        rewrite(path, [](QJsonObject& r) { r["std-size"] = QJsonArray(); });
+    } else if (damage == "no comment") {
+        rewrite(path, [](QJsonObject& r) { r.remove("comment"); });
+    } else if (damage == "atr object") {
+        rewrite(path, [](QJsonObject& r) {
+            QJsonObject e = firstElement(r);
+            e["atr"] = QJsonObject();
+            setFirstElement(r, e);
+        });
+    } else if (damage == "num text") {
+        rewrite(path, [](QJsonObject& r) { setAttributeMember(r, "num", "5"); });
+    } else if (damage == "num huge") {
+        rewrite(path, [](QJsonObject& r) { setAttributeMember(r, "num", 1e12); });
+    } else if (damage == "name number") {
+        rewrite(path, [](QJsonObject& r) { setAttributeMember(r, "name", 7); });
+    } else if (damage == "no prj") {
+        rewrite(path, [](QJsonObject& r) {
+            QJsonObject e = firstElement(r);
+            e.remove("prj");
+            setFirstElement(r, e);
+        });
+    } else if (damage == "model no name") {
+        rewrite(path, [](QJsonObject& r) {
+            QJsonObject e = firstElement(r);
+            QJsonObject m = e["model"].toObject();
+            m.remove("name");
+            e["model"] = m;
+            setFirstElement(r, e);
+        });
+    } else if (damage == "nested") {
+        // Far below what a parser follows by default, beyond what the import accepts.
+        const QByteArray doc = ziptest::readFile(path).isEmpty() ? QByteArray() : QByteArray();
+        Q_UNUSED(doc);
+        zipper::unzip u(path);
+        QByteArray text = u.readAll("TX.json", 1 << 26);
+        text.replace(0, 1, "{\"deep\":" + QByteArray(100, '[') + QByteArray(100, ']') + ",");
+        rewrite(path, {}, "TX.json", text);
+    } else if (damage == "garbage") {
+        rewrite(path, {}, "TX.json", "{\"comment\": {\"encoding\": \"utf8\",");
+    } else if (damage == "missing entry") {
+        rewrite(path, [](QJsonObject& r) { setModelFile(r, "TX\\model\\99.m3d"); });
+    } else if (damage == "dotdot") {
+        rewrite(path, [](QJsonObject& r) { setModelFile(r, "TX\\..\\..\\evil.m3d"); });
+    } else if (damage == "absolute") {
+        rewrite(path, [](QJsonObject& r) { setModelFile(r, "/tmp/evil.m3d"); });
+    } else if (damage == "drive") {
+        rewrite(path, [](QJsonObject& r) { setModelFile(r, "C:\\evil.m3d"); });
+    } else if (damage == "control") {
+        rewrite(path, [](QJsonObject& r) { setModelFile(r, "TX\\model\\1\n.m3d"); });
+    } else if (damage == "crc") {
+        QByteArray bytes = ziptest::readFile(path);
+        QVERIFY(ziptest::damage(bytes, "model bytes model bytes"));
+        ziptest::writeFile(path, bytes);
+    } else if (damage == "larger") {
+        QByteArray bytes = ziptest::readFile(path);
+        QVERIFY(ziptest::setDeclaredSize(bytes, "TX\\model\\1.m3d", 100));
+        ziptest::writeFile(path, bytes);
+    } else if (damage == "item-count") {
+        rewrite(path, [](QJsonObject& r) {
+            QJsonObject c = r["comment"].toObject();
+            c["item-count"] = 17;
+            r["comment"] = c;
+        });
+    }
+
+    const QStringList before =
+        QDir(m_out->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    const exchange::ImportOutcome outcome = exchange::importArchive(path, m_target->provider);
+    QCOMPARE(outcome.message, message);
+    es_stdsize_t* first = m_target->find("ПЭ_Трубы", "E1");
+    QCOMPARE(first != nullptr, firstWritten);
+    if (damage == "missing entry") QVERIFY(model_IsEmpty(stdsize_GetModel(first)));
+    if (message != exchange::texts::importDone() && !message.startsWith("Импорт прерван"))
+        QCOMPARE(provider_GetPacketCount(m_target->provider), 0u);
+    // Nothing was written beside the archive, nor above the temporary folder.
+    QCOMPARE(QDir(m_out->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+    QVERIFY(!QFileInfo::exists(m_tmp.filePath("../evil.m3d")));
+    QVERIFY(!QFileInfo::exists(QDir(m_tmp.path()).filePath("evil.m3d")));
+}
+
+void TestImport::decisionsFollowTheChangeStamp()
+{
+    es_stdsize_t* s1 = m_source->addElement("P", "F", "SAME");
+    addAttribute(s1, {"USS_LAST_CHANGE_DATE", 3, "01.01.2024 00:00:00"});
+    es_stdsize_t* s2 = m_source->addElement("P", "F", "CHANGED");
+    addAttribute(s2, {"USS_LAST_CHANGE_DATE", 3, "02.01.2024 00:00:00"});
+    es_stdsize_t* s3 = m_source->addElement("Q", "F", "NEW");
+    const QString path = exportElements({s1, s2, s3}, "a.uss");
+
+    addAttribute(m_target->addElement("P", "other", "SAME"),
+                 {"USS_LAST_CHANGE_DATE", 3, "01.01.2024 00:00:00"});
+    es_stdsize_t* t2 = m_target->addElement("P", "F", "CHANGED");
+    addAttribute(t2, {"USS_LAST_CHANGE_DATE", 3, "01.01.2024 00:00:00"});
+
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    const auto decisions = exchange::decide(archive.records(), m_target->provider);
+    QCOMPARE(decisions,
+             (std::vector<exchange::Decision>{
+                 exchange::Decision::Same, exchange::Decision::Conflict, exchange::Decision::New}));
+    QVERIFY(exchange::needsDecision(decisions));
+    QCOMPARE(archive.records()[1].existing, t2);
+    QCOMPARE(archive.records()[2].existing, nullptr);
+}
+
+void TestImport::allSameNeedsNoDecisionAndWritesNothing()
+{
+    const QString path = richArchive();
+    const QString before = dump(m_source->find("ПЭ_Трубы", "E1"));
+    const exchange::ImportOutcome outcome = exchange::importArchive(
+        path, m_source->provider, {exchange::ConflictPolicy::ReplaceWithImported, {}, nullptr});
+    QCOMPARE(outcome.message, "Все импортируемые элементы присутствуют в базе.");
+    QCOMPARE(outcome.same, 2);
+    QCOMPARE(outcome.kept, 0);
+    QCOMPARE(outcome.written, 0);
+    QCOMPARE(dump(m_source->find("ПЭ_Трубы", "E1")), before);
+}
+
+void TestImport::conflictKeptLeavesElementUntouched()
+{
+    const QString path = richArchive();
+    es_stdsize_t* mine = m_target->addElement("ПЭ_Трубы", "Мои", "E1", "MINE");
+    addAttribute(mine, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
+    addAttribute(mine, {"Count", 1, "99"});
+    const QString before = dump(mine);
+    const exchange::ImportOutcome outcome = exchange::importArchive(path, m_target->provider);
+    QCOMPARE(outcome.conflicts, 1);
+    QCOMPARE(outcome.kept, 1);
+    QCOMPARE(outcome.written, 1);
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "E1")), before);
+    QVERIFY(m_target->find("Арматура", "E2"));
+}
+
+void TestImport::conflictReplacedTakesTheImportedElement()
+{
+    const QString path = richArchive();
+    es_stdsize_t* mine = m_target->addElement("ПЭ_Трубы", "Стальные\\Бесшовные", "E1", "MINE");
+    addAttribute(mine, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
+    const exchange::ImportOutcome outcome = exchange::importArchive(
+        path, m_target->provider, {exchange::ConflictPolicy::ReplaceWithImported, {}, nullptr});
+    QCOMPARE(outcome.message, exchange::texts::importDone());
+    QCOMPARE(outcome.written, 2);
+    es_stdsize_t* replaced = m_target->find("ПЭ_Трубы", "E1");
+    QVERIFY(replaced);
+    QCOMPARE(dump(replaced), dump(m_source->find("ПЭ_Трубы", "E1")));
+}
+
+void TestImport::compactionKeepsOrderOfKeptRecords()
+{
+    std::vector<exchange::ImportRecord> records(6);
+    const QList<bool> skip{false, true, true, false, true, false};
+    for (int i = 0; i < 6; ++i) {
+        records[size_t(i)].id = QString::number(i);
+        records[size_t(i)].skip = skip[i];
+    }
+    QCOMPARE(exchange::compactRecords(records), size_t(3));
+    QStringList ids;
+    for (const auto& r : records)
+        ids << r.id;
+    QCOMPARE(ids, (QStringList{"0", "3", "5"}));
+}
+
+void TestImport::recordsSharingAModelExtractItOnce()
+{
+    es_stdsize_t* a = m_source->addElement("P", "F", "A");
+    es_stdsize_t* b = m_source->addElement("P", "F", "B");
+    setModel(a, m_source->writeFile("a.m3d", "shared"), {}, "a", 1);
+    setModel(b, m_source->writeFile("b.m3d", "shared"), {}, "b", 1);
+    const QString path = exportElements({a, b}, "a.uss");
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    QCOMPARE(archive.extract("TX\\model\\1.m3d"), archive.extract("TX/model/1.m3d"));
+    QVERIFY(QFileInfo(archive.extract("TX\\model\\1.m3d")).fileName().startsWith("file"));
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    worker.run();
+    QCOMPARE(worker.written(), 2);
+    QCOMPARE(archive.extractedCount(), 1);
+    QCOMPARE(edw::fromEs(model_GetModelName(stdsize_GetModel(m_target->find("P", "B")))), "b");
+}
+
+void TestImport::importStopsAfterThird()
+{
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 10; ++i)
+        elements.push_back(m_source->addElement("P", "F", QString("E%1").arg(i)));
+    const QString path = exportElements(elements, "ten.uss");
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    QObject::connect(
+        &worker, &exchange::ImportWorker::progress, &worker,
+        [&](int done) {
+            if (done == 3) worker.setState(exchange::ImportWorker::Stop);
+        },
+        Qt::DirectConnection);
+    worker.run();
+    QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 3 из 10.");
+    for (int i = 0; i < 10; ++i)
+        QCOMPARE(m_target->find("P", QString("E%1").arg(i)) != nullptr, i < 3);
+}
+
+void TestImport::workerRunsOnThePoolAndReportsToThisThread()
+{
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 5; ++i)
+        elements.push_back(m_source->addElement("P", "F", QString("E%1").arg(i)));
+    const QString path = exportElements(elements, "five.uss");
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    QList<int> seen;
+    QList<QThread*> threads;
+    QObject receiver;
+    connect(&worker, &exchange::ImportWorker::progress, &receiver, [&](int done) {
+        seen << done;
+        threads << QThread::currentThread();
+    });
+    QSignalSpy finished(&worker, &exchange::ImportWorker::finished);
+    QSignalSpy watched(&worker.watcher(), &QFutureWatcher<void>::finished);
+    worker.start();
+    QVERIFY(watched.wait(10000));
+    QTRY_COMPARE(finished.size(), 1);
+    QTRY_COMPARE(seen, (QList<int>{1, 2, 3, 4, 5}));
+    for (QThread* t : threads)
+        QCOMPARE(t, QThread::currentThread());
+    QCOMPARE(worker.finishText(), "Импорт пользовательских элементов завершен.");
+}
+
+void TestImport::pausedWorkerWaitsUntilResumed()
+{
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 3; ++i)
+        elements.push_back(m_source->addElement("P", "F", QString("E%1").arg(i)));
+    const QString path = exportElements(elements, "three.uss");
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    worker.setState(exchange::ImportWorker::Pause);
+    worker.start();
+    QTest::qWait(400);
+    QCOMPARE(worker.done(), 0);
+    QVERIFY(!m_target->find("P", "E0"));
+    worker.setState(exchange::ImportWorker::Run);
+    worker.wait();
+    QCOMPARE(worker.written(), 3);
+    QVERIFY(m_target->find("P", "E2"));
+}
+
+void TestImport::laterVersionIsRecognised_data()
+{
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<int>("model");
+    QTest::addColumn<bool>("valid");
+    QTest::addColumn<bool>("later");
+    QTest::newRow("same") << "23.1" << 231 << true << false;
+    QTest::newRow("model newer") << "23.1" << 232 << true << true;
+    QTest::newRow("model older") << "23.1" << 220 << true << false;
+    QTest::newRow("letters removed") << "24.0.rc" << 240 << true << false;
+    QTest::newRow("beta") << "2.3b" << 24 << true << true;
+    QTest::newRow("unknown host") << "" << 1 << false << false;
+    QTest::newRow("not a number") << "v23" << 1 << false << false;
+}
+
+void TestImport::laterVersionIsRecognised()
+{
+    QFETCH(QString, host);
+    QFETCH(int, model);
+    QFETCH(bool, valid);
+    QFETCH(bool, later);
+    const std::optional<long long> number = exchange::hostVersionNumber(host);
+    QCOMPARE(number.has_value(), valid);
+    if (!valid) return;
+    exchange::ImportRecord record;
+    QVERIFY(!exchange::isLaterVersion(record, *number)); // no model, nothing to warn about
+    record.model = exchange::ModelRecord{};
+    record.model->version = model;
+    QCOMPARE(exchange::isLaterVersion(record, *number), later);
+}
+
+void TestImport::staleImportFoldersAreRemoved()
+{
+    // A folder of an import whose process was killed.
+    const QString stale = m_tmp.filePath("uss_import_999999999_AbCdEf");
+    QVERIFY(QDir().mkpath(stale + "/sub"));
+    ziptest::writeFile(stale + "/file1.m3d", "left over");
+    const QString path = richArchive();
+    {
+        exchange::ImportArchive archive;
+        QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+        const QString extracted = archive.extract("TX\\model\\1.m3d");
+        QVERIFY(QFileInfo::exists(extracted));
+        QVERIFY(QFileInfo(extracted).absolutePath().startsWith(m_tmp.path()));
+        QVERIFY(!QFileInfo::exists(stale));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestImport)
+#include "tst_import.moc"
