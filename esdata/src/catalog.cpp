@@ -415,6 +415,12 @@ template <class F> auto Catalog::write(F&& f) -> decltype(f())
     }
 }
 
+// A write of one statement is atomic by itself; it needs no savepoint of its own.
+template <class F> auto Catalog::writeSingle(F&& f) -> decltype(f())
+{
+    return f();
+}
+
 void Catalog::created(Kind k, Handle* h)
 {
     if (m_inScope) m_scopeCreated.push_back({k, h});
@@ -637,7 +643,7 @@ es_folder* Catalog::addChild(es_folder* folder, std::u16string_view name)
         q.bind(1, folder->id).bind(2, name);
         if (q.next()) return nullptr;
     }
-    int64_t id = write([&] {
+    int64_t id = writeSingle([&] {
         Query ins = query(sInsertFolder);
         ins.bind(1, folder->packetId).bind(2, folder->id).bind(3, name).run();
         return int64_t(sqlite3_last_insert_rowid(m_db));
@@ -653,7 +659,7 @@ bool Catalog::deleteChild(es_folder* folder, es_folder* child)
 {
     if (child->parentId != folder->id) return false;
     std::vector<int64_t> folders, elements;
-    write([&] {
+    writeSingle([&] {
         {
             Query q = query(sSubtreeFolders);
             q.bind(1, child->id);
@@ -738,7 +744,7 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
 {
     if (name.empty() || findAttribute(table, name)) return nullptr;
     int32_t number = 0, pos = 0;
-    int64_t id = write([&] {
+    int64_t id = writeSingle([&] {
         {
             Query q = query(sAttrNext);
             q.bind(1, table->folder->id);
@@ -776,7 +782,7 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
 
 bool Catalog::setAttributeNumber(es_attribute* a, int32_t number, bool old)
 {
-    write([&] {
+    writeSingle([&] {
         Query q = query(old ? sAttrOldNumber : sAttrNumber);
         q.bindInt(1, number).bind(2, a->id).run();
         return true;
@@ -790,7 +796,7 @@ bool Catalog::setAttributeText(es_attribute* a, AttrText field, std::u16string_v
     Stmt s = field == AttrText::VarName   ? sAttrVarName
              : field == AttrText::Measure ? sAttrMeasure
                                           : sAttrFormula;
-    write([&] {
+    writeSingle([&] {
         Query q = query(s);
         q.bind(1, text).bind(2, a->id).run();
         return true;
@@ -882,7 +888,7 @@ es_stdsize* Catalog::addElement(es_table* table, std::u16string_view ident)
         q.bind(1, folder->packetId).bind(2, ident);
         if (q.next()) return nullptr;
     }
-    int64_t id = write([&] {
+    int64_t id = writeSingle([&] {
         Query ins = query(sInsertElement);
         ins.bind(1, folder->packetId).bind(2, folder->id).bind(3, ident).run();
         return int64_t(sqlite3_last_insert_rowid(m_db));
@@ -899,7 +905,7 @@ es_stdsize* Catalog::addElement(es_table* table, std::u16string_view ident)
 bool Catalog::deleteElement(es_table* table, es_stdsize* element)
 {
     if (element->folder != table->folder) return false;
-    write([&] {
+    writeSingle([&] {
         Query del = query(sDeleteElement);
         del.bind(1, element->id).run();
         return true;
@@ -913,7 +919,7 @@ bool Catalog::deleteElement(es_table* table, es_stdsize* element)
 
 bool Catalog::setType(es_stdsize* e, std::u16string_view type)
 {
-    write([&] {
+    writeSingle([&] {
         Query q = query(sSetType);
         q.bind(1, type).bind(2, e->id).run();
         return true;
@@ -951,7 +957,7 @@ bool Catalog::setValue(es_stdsize* e, es_attribute* a, Value v)
     es_table* table = &e->folder->table;
     attributes(table);
     if (a->table != table) return false;
-    write([&] {
+    writeSingle([&] {
         Query q = query(sSetValue);
         q.bind(1, e->id).bind(2, a->id);
         if (v.kind == ES_VALUE_INT)
@@ -986,7 +992,7 @@ const std::vector<uint8_t>& Catalog::representation(es_stdsize* e)
 
 bool Catalog::setRepresentation(es_stdsize* e, const void* data, size_t size)
 {
-    write([&] {
+    writeSingle([&] {
         Query q = query(sSetRepr);
         q.bindBlob(1, data, size).bind(2, e->id).run();
         return true;
@@ -1024,7 +1030,7 @@ es_model* Catalog::model(es_stdsize* e)
 
 bool Catalog::clearModel(es_model* m)
 {
-    write([&] {
+    writeSingle([&] {
         Query q = query(sClearModel);
         q.bind(1, m->element->id).run();
         return true;
@@ -1051,7 +1057,7 @@ bool Catalog::setModel(es_model* m, std::u16string_view file, std::u16string_vie
     storeCopy(file, stored, digest);
     std::vector<uint8_t> iconBytes;
     readBytes(toQString(icon), iconBytes);
-    write([&] {
+    writeSingle([&] {
         Query q = query(sSetModel);
         q.bind(1, m->element->id)
             .bind(2, stored)
@@ -1114,7 +1120,7 @@ es_projection* Catalog::addProjection(es_projections* list, std::u16string_view 
     std::vector<uint8_t> iconBytes;
     readBytes(toQString(icon), iconBytes);
     projections(list);
-    int64_t id = write([&] {
+    int64_t id = writeSingle([&] {
         int64_t pos = 0;
         {
             Query q = query(sProjNextPos);
@@ -1155,7 +1161,7 @@ es_projection* Catalog::addProjection(es_projections* list, std::u16string_view 
 bool Catalog::deleteProjection(es_projections* list, es_projection* p)
 {
     if (p->element != list->element) return false;
-    write([&] {
+    writeSingle([&] {
         Query q = query(sDeleteProj);
         q.bind(1, p->id).run();
         return true;

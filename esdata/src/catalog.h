@@ -127,6 +127,7 @@ private:
     sqlite3_stmt* stmt(Stmt s);
     Query query(Stmt s);
     template <class F> auto write(F&& f) -> decltype(f());
+    template <class F> auto writeSingle(F&& f) -> decltype(f());
     void created(Kind k, Handle* h);
     void killed(Kind k, Handle* h);
     bool fresh(uint64_t g) const { return g == m_gen; }

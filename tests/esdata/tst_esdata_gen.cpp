@@ -1,0 +1,213 @@
+// The synthetic catalog generator: shape of the catalog it writes, its files, determinism.
+#include "esdatatest.h"
+#include "synthetic_catalog.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+// Everything a reader can see of a catalog, as text (file paths by digest only).
+QString dump(es_provider_t* p)
+{
+    QStringList out;
+    std::function<void(es_folder_t*, QString)> walk = [&](es_folder_t* f, QString path) {
+        path += "/" + qs(folder_GetName(f));
+        es_table_t* t = folder_GetTable(f);
+        for (uint32_t k = 0; k < table_GetStdSizeCount(t); ++k) {
+            es_stdsize_t* e = table_GetStdSize(t, k);
+            QString line = path + " " + qs(stdsize_GetID(e)) + " " + qs(stdsize_GetType(e));
+            for (uint32_t i = 0; i < table_GetAttributeCount(t); ++i) {
+                es_attribute_t* a = table_GetAttribute(t, i);
+                es_value v;
+                stdsize_GetValue(e, a, &v);
+                line += QString(" %1#%2:%3=%4/%5/%6")
+                            .arg(qs(attribute_GetName(a)))
+                            .arg(attribute_GetNumber(a))
+                            .arg(attribute_GetType(a))
+                            .arg(v.kind == ES_VALUE_INT    ? QString::number(v.i)
+                                 : v.kind == ES_VALUE_REAL ? QString::number(v.d)
+                                                           : qs(v.s))
+                            .arg(qs(attribute_GetVarName(a)), qs(attribute_GetFormula(a)));
+            }
+            es_model_t* m = stdsize_GetModel(e);
+            line += " model:" + qs(model_GetDigest(m)) + ":" + qs(model_GetModelName(m));
+            es_projections_t* list = stdsize_GetProjections(e);
+            for (uint32_t j = 0; j < projections_GetProjectioCount(list); ++j) {
+                es_projection_t* pr = projections_GetProjection(list, j);
+                line += QString(" prj:%1:%2:%3:%4")
+                            .arg(qs(projection_GetName(pr)))
+                            .arg(projection_GetType(pr))
+                            .arg(projection_GetViewType(pr))
+                            .arg(qs(projection_GetDigest(pr)));
+            }
+            const void* data = nullptr;
+            size_t n = stdsize_GetRepresentationData(e, &data);
+            line += " repr:" +
+                    QCryptographicHash::hash(QByteArray(static_cast<const char*>(data), int(n)),
+                                             QCryptographicHash::Md5)
+                        .toHex();
+            line += QString(" spc:%1").arg(stdsize_GetSpecificationCount(e));
+            out << line;
+        }
+        for (uint32_t i = 0; i < folder_GetChildFolderCount(f); ++i)
+            walk(folder_GetChildFolder(f, i), path);
+    };
+    for (uint32_t i = 0; i < provider_GetPacketCount(p); ++i)
+        walk(packet_GetRootFolder(provider_GetPacket(p, i)), QString());
+    return out.join("\n");
+}
+
+gen::Options small(const QString& db, uint64_t seed)
+{
+    gen::Options o;
+    o.catalogPath = db;
+    o.elements = 24;
+    o.packets = 3;
+    o.categoryDepth = 2;
+    o.attributes = 14;
+    o.projections = 3;
+    o.distinctFiles = 4;
+    o.fileSize = 3000;
+    o.seed = seed;
+    o.elementsPerScope = 10;
+    return o;
+}
+
+} // namespace
+
+class TstEsdataGen : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
+    void writesTheRequestedShape();
+    void filesAreHostDocumentsAndIcons();
+    void sameSeedSameCatalog_data();
+    void sameSeedSameCatalog();
+    void progressCanStop();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void TstEsdataGen::writesTheRequestedShape()
+{
+    QString db = m_dir.filePath("shape.db");
+    gen::Result r = gen::generateCatalog(small(db, 5));
+    QVERIFY2(r.ok, qPrintable(r.error));
+    QCOMPARE(r.elements, 24);
+    CatalogGuard c(openCatalog(db, "", false));
+    QCOMPARE(qs(provider_GetDatabaseName(c.get())), QString("user_tx"));
+    QCOMPARE(provider_GetPacketCount(c.get()), 3u);
+    int elements = 0;
+    for (uint32_t i = 0; i < 3; ++i) {
+        es_packet_t* pk = provider_GetPacket(c.get(), i);
+        std::function<void(es_folder_t*, int)> walk = [&](es_folder_t* f, int depth) {
+            es_table_t* t = folder_GetTable(f);
+            if (table_GetStdSizeCount(t) > 0) {
+                // Each element sits alone in "folder <id>" below two category levels.
+                QCOMPARE(depth, 3);
+                QCOMPARE(table_GetStdSizeCount(t), 1u);
+                es_stdsize_t* e = table_GetStdSize(t, 0);
+                QCOMPARE(qs(folder_GetName(f)), "folder " + qs(stdsize_GetID(e)));
+                QCOMPARE(table_GetAttributeCount(t), 14u);
+                es_value v;
+                QVERIFY(stdsize_GetValueByName(e, u"USS_AUTHOR", &v));
+                QCOMPARE(qs(v.s), QString("user\\pc"));
+                QVERIFY(stdsize_GetValueByName(e, u"USS_LAST_CHANGE_DATE", &v));
+                QVERIFY(QDateTime::fromString(qs(v.s), "dd.MM.yyyy hh:mm:ss").isValid());
+                QVERIFY(stdsize_GetValueByName(e, u"USS_CATEGORY_NAME", &v));
+                QVERIFY(qs(v.s).startsWith(qs(packet_GetName(pk)) + "\\Категория 1."));
+                QCOMPARE(qs(attribute_GetVarName(table_FindAttribute(t, u"Width"))), QString("W"));
+                QVERIFY(!model_IsEmpty(stdsize_GetModel(e)));
+                QCOMPARE(projections_GetProjectioCount(stdsize_GetProjections(e)), 3u);
+                QVERIFY(stdsize_GetRepresentationData(e, nullptr) > 0);
+                QCOMPARE(stdsize_GetSpecificationCount(e), 1u);
+                QCOMPARE(spec_ColumnCount(stdsize_GetSpecification(e, 0)), 3u);
+                ++elements;
+            }
+            for (uint32_t k = 0; k < folder_GetChildFolderCount(f); ++k)
+                walk(folder_GetChildFolder(f, k), depth + 1);
+        };
+        walk(packet_GetRootFolder(pk), 0);
+    }
+    QCOMPARE(elements, 24);
+    // Attribute types are mixed and a few carry formulas.
+    QString all = dump(c.get());
+    QVERIFY(all.contains(":1=") && all.contains(":2=") && all.contains(":3="));
+    QVERIFY(all.contains("{R(A5)}*2+{A6}"));
+}
+
+void TstEsdataGen::filesAreHostDocumentsAndIcons()
+{
+    QString db = m_dir.filePath("files.db");
+    gen::Result r = gen::generateCatalog(small(db, 9));
+    QVERIFY(r.ok);
+    QCOMPARE(r.files, 8);
+    QDir src(db + ".src");
+    QStringList fragments = src.entryList({"*.frw"}, QDir::Files);
+    QCOMPARE(fragments.size(), 4);
+    for (const QString& f : fragments) {
+        QByteArray doc = readFile(src.filePath(f));
+        QVERIFY(doc.startsWith("<svg xmlns=\"http://www.w3.org/2000/svg\" data-version=\"231\""));
+        QVERIFY(doc.contains("<g data-layer=\"0\">"));
+        QVERIFY(doc.contains("<g data-layer=\"1\" data-hidden=\"1\" display=\"none\">"));
+        QVERIFY(qAbs(doc.size() - 3000) < 400);
+    }
+    // Half of the files compress well, half hardly at all.
+    QByteArray text = readFile(src.filePath("model_0.m3d"));
+    QByteArray noise = readFile(src.filePath("model_1.m3d"));
+    QVERIFY(qCompress(text).size() < text.size() / 3);
+    QVERIFY(qCompress(noise).size() > noise.size() * 9 / 10);
+    for (const QString& icon : src.entryList({"*.png"}, QDir::Files)) {
+        QImage image;
+        QVERIFY2(image.loadFromData(readFile(src.filePath(icon)), "PNG"), qPrintable(icon));
+        QCOMPARE(image.size(), QSize(16, 16));
+    }
+}
+
+void TstEsdataGen::sameSeedSameCatalog_data()
+{
+    QTest::addColumn<uint64_t>("seed");
+    QTest::addColumn<bool>("same");
+    QTest::newRow("same seed") << uint64_t(5) << true;
+    QTest::newRow("other seed") << uint64_t(6) << false;
+}
+
+void TstEsdataGen::sameSeedSameCatalog()
+{
+    QFETCH(uint64_t, seed);
+    QFETCH(bool, same);
+    QString a = m_dir.filePath(QString("a%1.db").arg(seed));
+    QString b = m_dir.filePath(QString("b%1.db").arg(seed));
+    QVERIFY(gen::generateCatalog(small(a, 5)).ok);
+    QVERIFY(gen::generateCatalog(small(b, seed)).ok);
+    CatalogGuard ca(openCatalog(a, "", false));
+    CatalogGuard cb(openCatalog(b, "", false));
+    QString da = dump(ca.get()), db = dump(cb.get());
+    QVERIFY(!da.isEmpty());
+    QCOMPARE(da == db, same);
+}
+
+void TstEsdataGen::progressCanStop()
+{
+    QString db = m_dir.filePath("stopped.db");
+    QList<int> seen;
+    gen::Result r = gen::generateCatalog(small(db, 3), [&](int done, int total) {
+        seen << done;
+        return total == 24 && done < 7;
+    });
+    QVERIFY(r.ok);
+    QCOMPARE(r.elements, 7);
+    QCOMPARE(seen, QList<int>({1, 2, 3, 4, 5, 6, 7}));
+    CatalogGuard c(openCatalog(db, "", false));
+    QCOMPARE(dump(c.get()).count('\n') + 1, 7);
+}
+
+QTEST_GUILESS_MAIN(TstEsdataGen)
+#include "tst_esdata_gen.moc"
