@@ -1305,6 +1305,17 @@ bool Catalog::commit()
     return true;
 }
 
+void Catalog::abandonScope()
+{
+    if (!m_inScope || scopeOwnedByOtherThread()) return;
+    try {
+        rollback();
+    } catch (...) {
+        m_inScope = false;
+    }
+    mutex.unlock();
+}
+
 void Catalog::eraseFromMap(const Tracked& t)
 {
     switch (t.kind) {

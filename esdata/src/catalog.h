@@ -104,6 +104,8 @@ public:
     bool commit();
     bool rollback();
     bool scopeOwnedByOtherThread() const;
+    // Rolls back a scope of this thread still open at closing, releasing the lock it holds.
+    void abandonScope();
 
 private:
     enum Stmt : unsigned;

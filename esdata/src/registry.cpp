@@ -88,8 +88,10 @@ void closeCatalog(es_provider* provider)
         }
     }
     if (doomed) {
-        // Wait for a call still running on another thread before the catalog goes away.
+        // Wait for a call still running on another thread before the catalog goes away; a
+        // scope this thread left open is rolled back and gives its lock back.
         doomed->mutex.lock();
+        doomed->abandonScope();
         doomed->mutex.unlock();
     }
 }

@@ -88,6 +88,7 @@ private slots:
     void commitKeepsEverything();
     void rollbackRestoresDataAndHandles();
     void scopesDoNotNest();
+    void closingRollsBackOpenScope();
     void killedWriterLeavesConsistentCatalog();
     void workerWritesWhileMainThreadWaits();
 
@@ -175,6 +176,33 @@ void TstEsdataSafety::scopesDoNotNest()
     QVERIFY(!qs(esx_LastError()).isEmpty());
     QVERIFY(esx_Commit(c.get()));
     QVERIFY(qs(esx_LastError()).isEmpty());
+}
+
+void TstEsdataSafety::closingRollsBackOpenScope()
+{
+    QString db = m_dir.filePath("close.db");
+    es_provider_t* p = openCatalog(db);
+    es_stdsize_t* e = writeElement(p, m_dir.path(), 1);
+    es_object_t* o = pool_CreateObject(esGetLibraryProviderPool(u"orvik.aec.engsystx"), e, nullptr);
+    QVERIFY(o);
+    QVERIFY(esx_Begin(p));
+    QVERIFY(writeElement(p, m_dir.path(), 2));
+    esx_CloseCatalog(p);
+    // The object outlives its catalog safely.
+    es_value v;
+    QVERIFY(!object_GetValueByName(o, u"A1", &v));
+    QVERIFY(!object_GetStdSize(o));
+    object_Delete(o);
+
+    p = openCatalog(db, "", false);
+    QVERIFY(p);
+    es_packet_t* k = provider_GetPacket(p, 0);
+    QVERIFY(packet_FindStdSize(k, u"K1"));
+    QVERIFY(!packet_FindStdSize(k, u"K2"));
+    // The catalog is not left locked: a new scope works at once.
+    QVERIFY(esx_Begin(p));
+    QVERIFY(esx_Commit(p));
+    esx_CloseCatalog(p);
 }
 
 void TstEsdataSafety::killedWriterLeavesConsistentCatalog()

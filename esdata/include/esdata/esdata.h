@@ -102,7 +102,8 @@ ESDATA_API es_folder_t* packet_GetRootFolder(es_packet_t* packet);
 ESDATA_API es_provider_t* packet_GetProvider(es_packet_t* packet);
 ESDATA_API es_stdsize_t* packet_FindStdSize(es_packet_t* packet, const char16_t* id);
 /* The distinct values of the attribute named attributeName over all elements of the packet,
- * as text, in ascending order, joined with "|". Owned by the packet. */
+ * as text, in ascending order (numbers in numeric order, before texts), joined with "|".
+ * Owned by the packet. */
 ESDATA_API const char16_t* packet_GetAttributeUniqueValues(es_packet_t* packet,
                                                            const char16_t* attributeName);
 
@@ -249,12 +250,17 @@ ESDATA_API bool esUpdateRtw(const char16_t* itemFile);
  * provider. The files of models and fragments live in "<path>.files" beside it. */
 ESDATA_API es_provider_t* esx_OpenCatalog(const char16_t* path, const char16_t* dbName,
                                           bool create);
-/* Closes the catalog: every handle of it dies. */
+/* Closes the catalog: every handle of it is freed and must not be used again, except element
+ * objects, which stay safe to pass (they give empty results) and still need object_Delete. */
 ESDATA_API void esx_CloseCatalog(es_provider_t* provider);
 /* Path of the database file. */
 ESDATA_API const char16_t* esx_CatalogPath(es_provider_t* provider);
 /* Transaction scope: between Begin and Commit every write of this thread is all or nothing;
- * Rollback undoes them (and drops the handles created inside). Scopes do not nest. */
+ * Rollback undoes them (and drops the handles created inside; what was deleted inside lives
+ * again under the same handles). Scopes do not nest. While a scope is open the catalog is
+ * held by the thread that began it: calls from other threads wait until it ends, and only
+ * that thread can commit or roll back. A scope still open at esx_CloseCatalog is rolled
+ * back. A process killed inside a scope leaves none of its writes behind. */
 ESDATA_API bool esx_Begin(es_provider_t* provider);
 ESDATA_API bool esx_Commit(es_provider_t* provider);
 ESDATA_API bool esx_Rollback(es_provider_t* provider);
