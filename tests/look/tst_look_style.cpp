@@ -266,41 +266,34 @@ void LookStyleTest::indicatorsAreDrawnFromTheLibraryIcons_data()
     QTest::addColumn<int>("state");
     QTest::addColumn<int>("side");
     QTest::addColumn<QString>("icon");
+    struct Row
+    {
+        QStyle::PrimitiveElement element;
+        QStyle::State state;
+        int side;
+        const char* icon;
+    };
+    const Row rows[] = {
+        {QStyle::PE_IndicatorCheckBox, QStyle::State_On, 16, "checkbox-checked"},
+        {QStyle::PE_IndicatorCheckBox, QStyle::State_Off, 16, "checkbox-unchecked"},
+        {QStyle::PE_IndicatorCheckBox, QStyle::State_NoChange, 16, "checkbox-mixed"},
+        {QStyle::PE_IndicatorRadioButton, QStyle::State_On, 16, "radiobox-checked"},
+        {QStyle::PE_IndicatorRadioButton, QStyle::State_Off, 16, "radiobox-unchecked"},
+        {QStyle::PE_IndicatorArrowDown, {}, 9, "triangle-down"},
+        {QStyle::PE_IndicatorArrowLeft, {}, 9, "triangle-left"},
+        {QStyle::PE_IndicatorArrowRight, {}, 9, "triangle-right"},
+        {QStyle::PE_IndicatorArrowUp, {}, 9, "triangle-up"},
+        {QStyle::PE_IndicatorSpinUp, {}, 9, "spinbox-up"},
+        {QStyle::PE_IndicatorSpinDown, {}, 9, "spinbox-down"},
+    };
     for (bool dark : {false, true}) {
-        const char* v = dark ? " dark" : " light";
-        const QString s = dark ? "-light" : "";
-        QTest::addRow("checked%s", v)
-            << dark << int(QStyle::PE_IndicatorCheckBox)
-            << int(QStyle::State_On | QStyle::State_Enabled) << 16 << ":/aec/checkbox-checked" + s;
-        QTest::addRow("unchecked%s", v) << dark << int(QStyle::PE_IndicatorCheckBox)
-                                        << int(QStyle::State_Off | QStyle::State_Enabled) << 16
-                                        << ":/aec/checkbox-unchecked" + s;
-        QTest::addRow("mixed%s", v) << dark << int(QStyle::PE_IndicatorCheckBox)
-                                    << int(QStyle::State_NoChange | QStyle::State_Enabled) << 16
-                                    << ":/aec/checkbox-mixed" + s;
-        QTest::addRow("radio on%s", v)
-            << dark << int(QStyle::PE_IndicatorRadioButton)
-            << int(QStyle::State_On | QStyle::State_Enabled) << 16 << ":/aec/radiobox-checked" + s;
-        QTest::addRow("radio off%s", v) << dark << int(QStyle::PE_IndicatorRadioButton)
-                                        << int(QStyle::State_Off | QStyle::State_Enabled) << 16
-                                        << ":/aec/radiobox-unchecked" + s;
-        QTest::addRow("arrow down%s", v)
-            << dark << int(QStyle::PE_IndicatorArrowDown) << int(QStyle::State_Enabled) << 9
-            << ":/aec/triangle-down" + s;
-        QTest::addRow("arrow left%s", v)
-            << dark << int(QStyle::PE_IndicatorArrowLeft) << int(QStyle::State_Enabled) << 9
-            << ":/aec/triangle-left" + s;
-        QTest::addRow("arrow right%s", v)
-            << dark << int(QStyle::PE_IndicatorArrowRight) << int(QStyle::State_Enabled) << 9
-            << ":/aec/triangle-right" + s;
-        QTest::addRow("arrow up%s", v)
-            << dark << int(QStyle::PE_IndicatorArrowUp) << int(QStyle::State_Enabled) << 9
-            << ":/aec/triangle-up" + s;
-        QTest::addRow("spin up%s", v) << dark << int(QStyle::PE_IndicatorSpinUp)
-                                      << int(QStyle::State_Enabled) << 9 << ":/aec/spinbox-up" + s;
-        QTest::addRow("spin down%s", v)
-            << dark << int(QStyle::PE_IndicatorSpinDown) << int(QStyle::State_Enabled) << 9
-            << ":/aec/spinbox-down" + s;
+        for (const Row& row : rows) {
+            const QString icon = QStringLiteral(":/aec/") + QLatin1String(row.icon) +
+                                 (dark ? QStringLiteral("-light") : QString());
+            QTest::addRow("%s%s", row.icon, dark ? " dark" : " light")
+                << dark << int(row.element) << int(row.state | QStyle::State_Enabled) << row.side
+                << icon;
+        }
     }
 }
 
