@@ -4,7 +4,9 @@
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 namespace {
@@ -71,6 +73,7 @@ private slots:
     void picturesAreCompiledIn_data();
     void picturesAreCompiledIn();
     void messengerShowsOverTheActiveWindow();
+    void messengerFromAWorkerThreadShowsOnTheGuiThread();
 };
 
 void LookMessageBoxTest::cleanup()
@@ -225,6 +228,25 @@ void LookMessageBoxTest::messengerShowsOverTheActiveWindow()
                     QStringLiteral("Экспорт пользовательских элементов завершен"));
     QCOMPARE(info.title, QStringLiteral("ЭКСПОРТ"));
     QVERIFY(info.picture);
+}
+
+void LookMessageBoxTest::messengerFromAWorkerThreadShowsOnTheGuiThread()
+{
+    qt::GuiMessenger messenger;
+    Seen seen;
+    QThread* shownOn = nullptr;
+    answer_later(&seen, [&shownOn](QWidget* box) {
+        shownOn = box->thread();
+        click(box, QStringLiteral("okButton"));
+    });
+    std::unique_ptr<QThread> worker(QThread::create([&messenger] {
+        messenger.critical(QStringLiteral("Импорт"), QStringLiteral("Архив повреждён"));
+    }));
+    QSignalSpy finished(worker.get(), &QThread::finished);
+    worker->start();
+    QVERIFY(finished.wait(5000));
+    QCOMPARE(shownOn, QCoreApplication::instance()->thread());
+    QCOMPARE(seen.text, QStringLiteral("Архив повреждён"));
 }
 
 QTEST_MAIN(LookMessageBoxTest)
