@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFileDialog>
 #include <QFrame>
 #include <QGridLayout>
 #include <QHoverEvent>
@@ -91,6 +92,7 @@ private slots:
     void hoverShowsResizeCursor();
     void pressOnAnEdgeResizes();
     void nullWidgetIsIgnored();
+    void fileDialogKeepsItsControls();
 };
 
 void LookFrameTest::cleanup()
@@ -384,6 +386,22 @@ void LookFrameTest::pressOnAnEdgeResizes()
 void LookFrameTest::nullWidgetIsIgnored()
 {
     QVERIFY(qt::attach_styled_frame(nullptr).isNull());
+}
+
+void LookFrameTest::fileDialogKeepsItsControls()
+{
+    // Choosers built by Qt itself get the frame too, around their generated layout.
+    QFileDialog chooser(nullptr, QStringLiteral("Выбор папки"), QDir::tempPath());
+    chooser.setOption(QFileDialog::DontUseNativeDialog);
+    QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(&chooser);
+    QCOMPARE(frame->titleLabel()->text(), QStringLiteral("ВЫБОР ПАПКИ"));
+    auto* content = chooser.findChild<QWidget*>(QStringLiteral("aec_styled_content"));
+    QVERIFY(content && content->layout());
+    auto* name = chooser.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    QVERIFY(name);
+    QVERIFY(content->isAncestorOf(name));
+    QTimer::singleShot(0, &chooser, [&] { QTest::keyClick(&chooser, Qt::Key_Escape); });
+    QCOMPARE(chooser.exec(), int(QDialog::Rejected));
 }
 
 QTEST_MAIN(LookFrameTest)
