@@ -5,6 +5,7 @@
 #include "sql.h"
 #include "text.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -149,7 +150,6 @@ enum Catalog::Stmt : unsigned
     sSubtreeElements,
     sDeleteFolder,
     sSchema,
-    sAttrNext,
     sInsertAttr,
     sAttrNumber,
     sAttrOldNumber,
@@ -203,10 +203,8 @@ static const char* const kStatements[] = {
     "WITH RECURSIVE sub(id) AS (SELECT ?1 UNION ALL SELECT f.id FROM es_folder f JOIN sub ON "
     "f.parent=sub.id) SELECT e.id FROM es_element e JOIN sub ON e.folder=sub.id",
     "DELETE FROM es_folder WHERE id=?",
-    "SELECT id, number, old_number, name, description, type, var_name, measure, formula "
+    "SELECT id, number, old_number, name, description, type, var_name, measure, formula, pos "
     "FROM es_attribute WHERE folder=? ORDER BY pos",
-    "SELECT coalesce(max(number), 0) + 1, coalesce(max(pos), 0) + 1 FROM es_attribute "
-    "WHERE folder=?",
     "INSERT INTO es_attribute(folder, pos, number, old_number, name, description, type) "
     "VALUES(?, ?, ?, ?, ?, ?, ?)",
     "UPDATE es_attribute SET number=? WHERE id=?",
@@ -691,6 +689,7 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
 {
     if (!fresh(table->schemaGen)) {
         table->attributes.clear();
+        table->maxPos = 0;
         Query q = query(sSchema);
         q.bind(1, table->folder->id);
         while (q.next()) {
@@ -714,6 +713,7 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
             q.text(6, a->varName);
             q.text(7, a->measure);
             q.text(8, a->formula);
+            table->maxPos = std::max(table->maxPos, q.i64(9));
             table->attributes.push_back(a);
         }
         table->schemaGen = m_gen;
@@ -743,18 +743,15 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
                                     std::u16string_view description, uint32_t type)
 {
     if (name.empty() || findAttribute(table, name)) return nullptr;
-    int32_t number = 0, pos = 0;
+    // The cached schema is fresh here (findAttribute read it): no query for the numbers.
+    int32_t number = 1;
+    for (es_attribute* other : table->attributes)
+        if (other->number >= number) number = other->number + 1;
+    const int64_t pos = table->maxPos + 1;
     int64_t id = writeSingle([&] {
-        {
-            Query q = query(sAttrNext);
-            q.bind(1, table->folder->id);
-            q.next();
-            number = q.i32(0);
-            pos = q.i32(1);
-        }
         Query ins = query(sInsertAttr);
         ins.bind(1, table->folder->id)
-            .bindInt(2, pos)
+            .bind(2, pos)
             .bindInt(3, number)
             .bindInt(4, number)
             .bind(5, name)
@@ -774,6 +771,7 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
     a->name = name;
     a->description = description;
     m_attributes.emplace(id, a);
+    table->maxPos = pos;
     table->attributes.push_back(a);
     if (fresh(table->byNameGen)) table->byName.emplace(a->name, a);
     created(Kind::Attribute, a);
@@ -1043,6 +1041,12 @@ bool Catalog::storeCopy(std::u16string_view file, std::u16string& name, std::u16
 {
     StoredFile stored;
     QString error;
+    if (!m_filesDirReady) {
+        if (!QDir().mkpath(toQString(m_filesDir)))
+            throw std::runtime_error("cannot create the folder " +
+                                     toQString(m_filesDir).toStdString());
+        m_filesDirReady = true;
+    }
     if (!storeFile(toQString(m_filesDir), toQString(file), stored, error))
         throw std::runtime_error(error.toStdString());
     name = fromQString(stored.name);

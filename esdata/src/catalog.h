@@ -149,6 +149,7 @@ private:
     std::vector<sqlite3_stmt*> m_stmts;
     std::u16string m_path, m_dbName, m_filesDir;
     uint64_t m_gen = 1;
+    bool m_filesDirReady = false;
 
     std::deque<es_packet> m_packetArena;
     std::deque<es_folder> m_folderArena;

@@ -26,10 +26,6 @@ bool storeFile(const QString& folder, const QString& source, StoredFile& out, QS
         QString::fromLatin1(QCryptographicHash::hash(content, QCryptographicHash::Md5).toHex());
     QString suffix = info.suffix();
     out.name = suffix.isEmpty() ? out.digest : out.digest + QLatin1Char('.') + suffix;
-    if (!QDir().mkpath(folder)) {
-        error = QStringLiteral("cannot create folder: ") + folder;
-        return false;
-    }
     QString target = folder + QLatin1Char('/') + out.name;
     QFileInfo existing(target);
     if (existing.isFile() && existing.size() == content.size()) return true;

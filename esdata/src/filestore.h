@@ -15,7 +15,8 @@ struct StoredFile
     QString digest; // MD5 of the content, lower-case hex
 };
 
-// Copies source into folder under the name of its digest (an existing copy is kept).
+// Copies source into folder under the name of its digest (an existing copy is kept). The
+// folder must exist.
 // False with a reason when the source cannot be read or the copy cannot be written.
 bool storeFile(const QString& folder, const QString& source, StoredFile& out, QString& error);
 

@@ -67,6 +67,7 @@ struct es_table
     es_folder* folder = nullptr;
     uint64_t schemaGen = esdata::kStale;
     std::vector<es_attribute*> attributes;
+    int64_t maxPos = 0;                  // highest stored position of the schema
     uint64_t byNameGen = esdata::kStale; // the name index is built for wide tables only
     std::unordered_map<std::u16string, es_attribute*> byName;
     uint64_t elementsGen = esdata::kStale;
