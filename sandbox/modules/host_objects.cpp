@@ -17,22 +17,17 @@ using namespace gapi::abi;
 namespace {
 
 // Reference counting and QueryInterface for an object implementing the interfaces Is.
-template <class... Is>
-class Object : public Is...
+template <class... Is> class Object : public Is...
 {
 public:
     result_t GAPI_CALL QueryInterface(const iid_t& iid, void** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = nullptr;
-        if (iid == IUnknown::iid)
-            *out = static_cast<IUnknown*>(static_cast<first_t*>(this));
+        if (iid == IUnknown::iid) *out = static_cast<IUnknown*>(static_cast<first_t*>(this));
         ((*out == nullptr && iid == Is::iid ? (*out = static_cast<Is*>(this), 0) : 0), ...);
-        if (!*out)
-            *out = extra_interface(iid);
-        if (!*out)
-            return e_nointerface;
+        if (!*out) *out = extra_interface(iid);
+        if (!*out) return e_nointerface;
         AddRef();
         return ok;
     }
@@ -40,8 +35,7 @@ public:
     std::uint32_t GAPI_CALL Release() override
     {
         const std::uint32_t r = --m_refs;
-        if (r == 0)
-            delete this;
+        if (r == 0) delete this;
         return r;
     }
 
@@ -58,8 +52,7 @@ private:
 
 QString text_of(IStringReadOnly* s)
 {
-    if (!s)
-        return {};
+    if (!s) return {};
     return QString::fromUtf16(s->Data(), qsizetype(s->Length()));
 }
 
@@ -105,8 +98,7 @@ public:
     bool GAPI_CALL Visible() override
     {
         for (const LayerInfo& l : document_layers(m_doc))
-            if (l.number == m_number)
-                return !l.hidden;
+            if (l.number == m_number) return !l.hidden;
         return false;
     }
     result_t GAPI_CALL SetVisible(bool visible) override
@@ -126,12 +118,10 @@ public:
     std::int32_t GAPI_CALL Count() override { return std::int32_t(document_layers(m_doc).size()); }
     result_t GAPI_CALL Item(std::int32_t index, ILayer** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = nullptr;
         const QList<LayerInfo> layers = document_layers(m_doc);
-        if (index < 0 || index >= layers.size())
-            return e_invalidarg;
+        if (index < 0 || index >= layers.size()) return e_invalidarg;
         *out = new Layer(m_doc, layers[index].number);
         return ok;
     }
@@ -159,8 +149,7 @@ public:
     std::int32_t GAPI_CALL Count() override { return 1; }
     result_t GAPI_CALL Item(std::int32_t index, ILayoutSheet** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = index == 0 ? new Sheet(m_doc) : nullptr;
         return *out ? ok : e_invalidarg;
     }
@@ -175,8 +164,7 @@ public:
     std::int32_t GAPI_CALL Number() override { return 0; }
     result_t GAPI_CALL Name(IStringReadOnly** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = new_string(QStringLiteral("Системный вид"));
         return ok;
     }
@@ -190,8 +178,7 @@ public:
     std::int32_t GAPI_CALL Count() override { return 1; }
     result_t GAPI_CALL Item(std::int32_t index, IView** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = index == 0 ? new View : nullptr;
         return *out ? ok : e_invalidarg;
     }
@@ -204,8 +191,7 @@ public:
     std::int64_t GAPI_CALL Reference() override { return m_id; }
     result_t GAPI_CALL PathName(IStringReadOnly** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = new_string(document(m_id).path);
         return ok;
     }
@@ -214,8 +200,7 @@ public:
     result_t GAPI_CALL Save() override
     {
         const DocumentInfo info = document(m_id);
-        if (info.id == 0 || info.path.isEmpty())
-            return e_fail;
+        if (info.id == 0 || info.path.isEmpty()) return e_fail;
         return save_document(m_id, info.path, host_document_version) ? ok : e_fail;
     }
     result_t GAPI_CALL SaveAs(IStringReadOnly* path) override
@@ -224,8 +209,7 @@ public:
     }
     result_t GAPI_CALL SaveAsPrevious(IStringReadOnly* path, std::int32_t version) override
     {
-        if (version != previous_document_version)
-            return e_invalidarg;
+        if (version != previous_document_version) return e_invalidarg;
         return save_document(m_id, text_of(path), version) ? ok : e_fail;
     }
     result_t GAPI_CALL SavePreview(IStringReadOnly* pngPath, std::int32_t size) override
@@ -237,12 +221,9 @@ public:
 protected:
     void* extra_interface(const iid_t& iid) override
     {
-        if (iid == IViews::iid)
-            return static_cast<IViews*>(new Views);
-        if (iid == ILayoutSheets::iid)
-            return static_cast<ILayoutSheets*>(new Sheets(m_id));
-        if (iid == ILayers::iid)
-            return static_cast<ILayers*>(new Layers(m_id));
+        if (iid == IViews::iid) return static_cast<IViews*>(new Views);
+        if (iid == ILayoutSheets::iid) return static_cast<ILayoutSheets*>(new Sheets(m_id));
+        if (iid == ILayers::iid) return static_cast<ILayers*>(new Layers(m_id));
         return nullptr;
     }
 
@@ -252,12 +233,10 @@ private:
 
 result_t document_at(std::int32_t index, IGravisDocument** out)
 {
-    if (!out)
-        return e_pointer;
+    if (!out) return e_pointer;
     *out = nullptr;
     const QList<DocumentInfo> docs = documents();
-    if (index < 0 || index >= docs.size())
-        return e_invalidarg;
+    if (index < 0 || index >= docs.size()) return e_invalidarg;
     *out = new Document(docs[index].id);
     return ok;
 }
@@ -273,8 +252,7 @@ public:
         r.type = vt_empty;
         switch (dispatchId) {
         case disp_main_window:
-            if (!(kind & invoke_property_get))
-                return e_invalidarg;
+            if (!(kind & invoke_property_get)) return e_invalidarg;
             r.type = vt_i4;
             r.i4 = std::int32_t(main_window());
             return ok;
@@ -283,24 +261,20 @@ public:
             r.i4 = std::int32_t(documents().size());
             return ok;
         case disp_document_path: {
-            if (argc != 1 || args[0].type != vt_i4)
-                return e_invalidarg;
+            if (argc != 1 || args[0].type != vt_i4) return e_invalidarg;
             const QList<DocumentInfo> docs = documents();
-            if (args[0].i4 < 0 || args[0].i4 >= docs.size())
-                return e_invalidarg;
+            if (args[0].i4 < 0 || args[0].i4 >= docs.size()) return e_invalidarg;
             r.type = vt_string;
             r.str = new_string(docs[args[0].i4].path);
             break;
         }
         case disp_folder:
-            if (argc != 1 || args[0].type != vt_i4)
-                return e_invalidarg;
+            if (argc != 1 || args[0].type != vt_i4) return e_invalidarg;
             r.type = vt_string;
             r.str = new_string(folder(args[0].i4));
             break;
         case disp_message:
-            if (argc != 1 || args[0].type != vt_string)
-                return e_invalidarg;
+            if (argc != 1 || args[0].type != vt_string) return e_invalidarg;
             present_message(text_of(args[0].str), QString(), 0, false);
             r.type = vt_bool;
             r.boolean = -1;
@@ -308,8 +282,7 @@ public:
         default:
             return e_notimpl;
         }
-        if (!result)
-            r.clear();
+        if (!result) r.clear();
         return ok;
     }
 };
@@ -320,8 +293,7 @@ public:
     result_t GAPI_CALL Advise(const char16_t* name, IAppEvents* sink,
                               std::uint32_t* cookie) override
     {
-        if (!sink || !cookie || !name)
-            return e_pointer;
+        if (!sink || !cookie || !name) return e_pointer;
         *cookie = advise(sink);
         return ok;
     }
@@ -346,8 +318,7 @@ public:
     }
     result_t GAPI_CALL EventSource(IEventSource** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = new sandbox::EventSource;
         return ok;
     }
@@ -359,8 +330,7 @@ public:
     std::int32_t GAPI_CALL Theme() override { return theme(); }
     result_t GAPI_CALL Version(IStringReadOnly** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = new_string(QString::fromLatin1(host_version_text));
         return ok;
     }
@@ -372,12 +342,10 @@ public:
     result_t GAPI_CALL OpenDocument(IStringReadOnly* path, bool visible,
                                     IGravisDocument** out) override
     {
-        if (!out)
-            return e_pointer;
+        if (!out) return e_pointer;
         *out = nullptr;
         const QString file = text_of(path);
-        if (!QFileInfo::exists(file))
-            return e_file_not_found;
+        if (!QFileInfo::exists(file)) return e_file_not_found;
         const int id = open_document(file, visible);
         if (id == 0)
             return last_error().startsWith(QLatin1String("made by a later version"))
@@ -407,8 +375,7 @@ IUnknown* create_native_application()
 
 IGravisDocument* document_object(int id)
 {
-    if (document(id).id == 0)
-        return nullptr;
+    if (document(id).id == 0) return nullptr;
     return new Document(id);
 }
 

@@ -58,14 +58,11 @@ pugi::xml_node svg_root(const pugi::xml_document& xml)
     return xml.child("svg");
 }
 
-template <class Fn>
-void for_each_layer(pugi::xml_node node, Fn&& fn)
+template <class Fn> void for_each_layer(pugi::xml_node node, Fn&& fn)
 {
     for (pugi::xml_node child : node.children()) {
-        if (child.type() != pugi::node_element)
-            continue;
-        if (std::string_view(child.name()) == "g" && child.attribute("data-layer"))
-            fn(child);
+        if (child.type() != pugi::node_element) continue;
+        if (std::string_view(child.name()) == "g" && child.attribute("data-layer")) fn(child);
         for_each_layer(child, fn);
     }
 }
@@ -77,8 +74,7 @@ Document* find(int id)
 }
 
 // Calls every sink with an added reference, so that a sink may unsubscribe while called.
-template <class Fn>
-void each_sink(Fn&& fn)
+template <class Fn> void each_sink(Fn&& fn)
 {
     std::vector<gapi::abi::IAppEvents*> sinks;
     {
@@ -94,12 +90,10 @@ void each_sink(Fn&& fn)
     }
 }
 
-template <class Fn>
-void with_document(int id, Fn&& fn)
+template <class Fn> void with_document(int id, Fn&& fn)
 {
     gapi::abi::IGravisDocument* doc = document_object(id);
-    if (!doc)
-        return;
+    if (!doc) return;
     fn(doc);
     doc->Release();
 }
@@ -122,8 +116,7 @@ public:
     std::uint32_t GAPI_CALL Release() override
     {
         const auto r = --m_refs;
-        if (r == 0)
-            delete this;
+        if (r == 0) delete this;
         return r;
     }
     const char16_t* GAPI_CALL Data() override
@@ -247,8 +240,7 @@ int open_document(const QString& path, bool visible)
         state().documents.emplace(id, std::move(doc));
         state().lastError.clear();
     }
-    if (visible)
-        fire_document_opened(id);
+    if (visible) fire_document_opened(id);
     return id;
 }
 
@@ -271,8 +263,7 @@ QList<DocumentInfo> documents()
 DocumentInfo document(int id)
 {
     Lock lock(state().mutex);
-    if (Document* doc = find(id))
-        return {id, doc->path, doc->visible};
+    if (Document* doc = find(id)) return {id, doc->path, doc->visible};
     return {};
 }
 
@@ -291,18 +282,20 @@ bool write_sample_document(const QString& path, const QList<int>& layers, const 
     int y = 10;
     for (int layer : layers) {
         const bool isHidden = hidden.contains(layer);
-        text += QStringLiteral("  <g data-layer=\"%1\"%2>\n").arg(layer).arg(
-            isHidden ? QStringLiteral(" data-hidden=\"1\" display=\"none\"") : QString());
-        text += QStringLiteral("    <line x1=\"10\" y1=\"%1\" x2=\"190\" y2=\"%1\" stroke=\"black\" "
-                               "stroke-width=\"2\"/>\n")
-                    .arg(y);
+        text +=
+            QStringLiteral("  <g data-layer=\"%1\"%2>\n")
+                .arg(layer)
+                .arg(isHidden ? QStringLiteral(" data-hidden=\"1\" display=\"none\"") : QString());
+        text +=
+            QStringLiteral("    <line x1=\"10\" y1=\"%1\" x2=\"190\" y2=\"%1\" stroke=\"black\" "
+                           "stroke-width=\"2\"/>\n")
+                .arg(y);
         text += QStringLiteral("  </g>\n");
         y = (y + 15) % 100;
     }
     text += QStringLiteral("</svg>\n");
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
+    if (!file.open(QIODevice::WriteOnly)) return false;
     file.write(text.toUtf8());
     return file.commit();
 }
@@ -328,8 +321,7 @@ bool unadvise(std::uint32_t cookie)
     {
         Lock lock(state().mutex);
         auto it = state().sinks.find(cookie);
-        if (it == state().sinks.end())
-            return false;
+        if (it == state().sinks.end()) return false;
         sink = it->second;
         state().sinks.erase(it);
     }
@@ -409,7 +401,8 @@ bool fire_save_previous_request(int documentId, int version, bool& flag)
 {
     bool all = true;
     with_document(documentId, [&](auto* doc) {
-        each_sink([&](auto* s) { all = s->SavePreviousRequest(doc, version, nullptr, flag) && all; });
+        each_sink(
+            [&](auto* s) { all = s->SavePreviousRequest(doc, version, nullptr, flag) && all; });
     });
     return all;
 }
@@ -448,8 +441,8 @@ QList<LayerInfo> document_layers(int id)
     QList<LayerInfo> layers;
     if (Document* doc = find(id))
         for_each_layer(svg_root(doc->xml), [&](pugi::xml_node g) {
-            layers.push_back({g.attribute("data-layer").as_int(),
-                              g.attribute("data-hidden").as_int() == 1});
+            layers.push_back(
+                {g.attribute("data-layer").as_int(), g.attribute("data-hidden").as_int() == 1});
         });
     return layers;
 }
@@ -461,8 +454,7 @@ bool set_layer_hidden(int id, int number, bool hidden)
     bool found = false;
     if (doc)
         for_each_layer(svg_root(doc->xml), [&](pugi::xml_node g) {
-            if (g.attribute("data-layer").as_int() != number)
-                return;
+            if (g.attribute("data-layer").as_int() != number) return;
             found = true;
             g.remove_attribute("data-hidden");
             g.remove_attribute("display");
@@ -485,8 +477,7 @@ QSizeF document_size(int id)
 {
     Lock lock(state().mutex);
     Document* doc = find(id);
-    if (!doc)
-        return {};
+    if (!doc) return {};
     pugi::xml_node root = svg_root(doc->xml);
     return {root.attribute("width").as_double(), root.attribute("height").as_double()};
 }
@@ -507,13 +498,11 @@ bool save_document(int id, const QString& path, int version)
     {
         Lock lock(state().mutex);
         Document* doc = find(id);
-        if (!doc)
-            return false;
+        if (!doc) return false;
         data = serialize(doc, version);
     }
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
+    if (!file.open(QIODevice::WriteOnly)) return false;
     file.write(data);
     return file.commit();
 }
@@ -524,16 +513,13 @@ bool save_preview(int id, const QString& pngPath, int size)
     {
         Lock lock(state().mutex);
         Document* doc = find(id);
-        if (!doc)
-            return false;
+        if (!doc) return false;
         data = serialize(doc, host_document_version);
     }
     QSvgRenderer renderer(data);
-    if (!renderer.isValid() || size <= 0)
-        return false;
+    if (!renderer.isValid() || size <= 0) return false;
     QSize target = renderer.defaultSize();
-    if (target.isEmpty())
-        target = QSize(size, size);
+    if (target.isEmpty()) target = QSize(size, size);
     target.scale(size, size, Qt::KeepAspectRatio);
     QImage image(target, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::white);

@@ -27,11 +27,21 @@ inline constexpr int host_document_version = 231;
 inline constexpr int previous_document_version = 230;
 
 // Host themes (the values of the host's theme enumeration): 0 light, 1 the system's, 2 dark.
-enum Theme { theme_light = 0, theme_system = 1, theme_dark = 2 };
+enum Theme
+{
+    theme_light = 0,
+    theme_system = 1,
+    theme_dark = 2
+};
 
 // Host folder kinds answered by the automation object: 1 the host's system folder (help files
 // below it), 3 the user folder (the library's settings below it), 5 the templates folder.
-enum FolderKind { folder_system = 1, folder_user = 3, folder_templates = 5 };
+enum FolderKind
+{
+    folder_system = 1,
+    folder_user = 3,
+    folder_templates = 5
+};
 
 // ---- main window and environment -----------------------------------------------------------
 
@@ -73,8 +83,8 @@ SANDBOX_HOST_API void set_message_presenter(MessagePresenter presenter);
 // hidden layers marked data-hidden="1" display="none".
 struct DocumentInfo
 {
-    int id = 0;         // positive, unique in the process
-    QString path;       // file the document was read from (or will be saved to)
+    int id = 0;          // positive, unique in the process
+    QString path;        // file the document was read from (or will be saved to)
     bool visible = true; // shown in a host window, or opened invisibly for a program
 };
 

@@ -13,7 +13,7 @@ namespace {
 
 using html_help_fn = HWND(WINAPI*)(HWND, LPCWSTR, UINT, DWORD_PTR);
 
-constexpr UINT help_context = 15;     // display the topic of a context number
+constexpr UINT help_context = 15;      // display the topic of a context number
 constexpr WORD html_help_ordinal = 15; // the wide entry point
 
 int g_attempts = 0;
@@ -24,8 +24,7 @@ HMODULE load_registered()
     HKEY key = nullptr;
     if (::RegOpenKeyExW(HKEY_CLASSES_ROOT,
                         L"CLSID\\{ADB880A6-D8FF-11CF-9377-00AA003B7A11}\\InprocServer32", 0,
-                        KEY_QUERY_VALUE, &key)
-        != ERROR_SUCCESS)
+                        KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
         return nullptr;
     wchar_t value[MAX_PATH] = {};
     DWORD size = sizeof value - sizeof(wchar_t);
@@ -33,12 +32,10 @@ HMODULE load_registered()
     const LSTATUS status =
         ::RegQueryValueExW(key, nullptr, nullptr, &type, reinterpret_cast<BYTE*>(value), &size);
     ::RegCloseKey(key);
-    if (status != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ))
-        return nullptr;
+    if (status != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) return nullptr;
     wchar_t expanded[MAX_PATH] = {};
     const DWORD n = ::ExpandEnvironmentStringsW(value, expanded, MAX_PATH);
-    if (n == 0 || n > MAX_PATH)
-        return nullptr;
+    if (n == 0 || n > MAX_PATH) return nullptr;
     return ::LoadLibraryW(expanded);
 }
 
@@ -46,12 +43,10 @@ void locate()
 {
     ++g_attempts;
     HMODULE module = load_registered();
-    if (!module)
-        module = ::LoadLibraryW(L"hhctrl.ocx");
-    if (!module)
-        return;
-    g_htmlHelp = reinterpret_cast<html_help_fn>(reinterpret_cast<void*>(
-        ::GetProcAddress(module, MAKEINTRESOURCEA(html_help_ordinal))));
+    if (!module) module = ::LoadLibraryW(L"hhctrl.ocx");
+    if (!module) return;
+    g_htmlHelp = reinterpret_cast<html_help_fn>(
+        reinterpret_cast<void*>(::GetProcAddress(module, MAKEINTRESOURCEA(html_help_ordinal))));
 }
 
 } // namespace
@@ -60,10 +55,9 @@ bool show_context(std::uintptr_t owner, const std::u16string& file, unsigned lon
 {
     static std::once_flag once;
     std::call_once(once, locate);
-    if (!g_htmlHelp)
-        return false;
-    g_htmlHelp(reinterpret_cast<HWND>(owner), reinterpret_cast<LPCWSTR>(file.c_str()),
-               help_context, static_cast<DWORD_PTR>(context));
+    if (!g_htmlHelp) return false;
+    g_htmlHelp(reinterpret_cast<HWND>(owner), reinterpret_cast<LPCWSTR>(file.c_str()), help_context,
+               static_cast<DWORD_PTR>(context));
     return true;
 }
 

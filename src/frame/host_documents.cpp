@@ -21,8 +21,7 @@ public:
         try {
             auto doc = gapi::sync::open_document(file, false);
             std::vector<int> hidden;
-            if (auto layers = doc->layers())
-                hidden = layers->hidden_numbers();
+            if (auto layers = doc->layers()) hidden = layers->hidden_numbers();
             doc->close();
             return hidden;
         } catch (...) {
@@ -57,12 +56,12 @@ public:
 void install_host_documents()
 {
     static host_documents instance;
-    if (!edw::host())
-        edw::setHost(&instance);
+    if (!edw::host()) edw::setHost(&instance);
 }
 
 #else
 
-void install_host_documents() {}
+void install_host_documents()
+{}
 
 #endif

@@ -22,8 +22,7 @@ CMarloUssApp::~CMarloUssApp()
     release_extension();
     release_document_handlers();
     release_subscription();
-    if (gapi::application_object() == this)
-        gapi::set_application_object(nullptr);
+    if (gapi::application_object() == this) gapi::set_application_object(nullptr);
 }
 
 void CMarloUssApp::attach_application(gapi::com_ptr<gapi::abi::IGravisApplication> application)
@@ -68,7 +67,8 @@ bool CMarloUssApp::OnOpenDocument(const QString&)
     return true;
 }
 
-void CMarloUssApp::OnDocumentClosing(const gapi::document_ptr&) {}
+void CMarloUssApp::OnDocumentClosing(const gapi::document_ptr&)
+{}
 
 bool CMarloUssApp::OnSavePreviousRequest(const gapi::document_ptr&, int,
                                          gapi::abi::ISavePreviousParams*, bool&)
@@ -85,10 +85,11 @@ void CMarloUssApp::OnSavePreviousFinished(const gapi::document_ptr&, int,
 {}
 
 // The dialogs decide light or dark by themselves when they are built.
-void CMarloUssApp::OnThemeChanged(bool) {}
+void CMarloUssApp::OnThemeChanged(bool)
+{}
 
-std::unique_ptr<gapi::IDocumentHandler> CMarloUssApp::CreateDocumentHandler(
-    const gapi::document_ptr&)
+std::unique_ptr<gapi::IDocumentHandler>
+CMarloUssApp::CreateDocumentHandler(const gapi::document_ptr&)
 {
     return nullptr;
 }

@@ -27,8 +27,8 @@ public:
     void OnSavePreviousFinished(const gapi::document_ptr& doc, int version,
                                 gapi::abi::ISavePreviousParams* params) override;
     void OnThemeChanged(bool dark) override;
-    std::unique_ptr<gapi::IDocumentHandler> CreateDocumentHandler(
-        const gapi::document_ptr& doc) override;
+    std::unique_ptr<gapi::IDocumentHandler>
+    CreateDocumentHandler(const gapi::document_ptr& doc) override;
     std::unique_ptr<gapi::IAppExtension> CreateExtension() override;
 
     // True while the library object holds the host application (from the subscription until

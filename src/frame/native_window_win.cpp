@@ -20,14 +20,12 @@ void make_child_style(handle window)
 
 void set_parent(handle window, handle parent)
 {
-    if (window)
-        ::SetParent(hwnd(window), hwnd(parent));
+    if (window) ::SetParent(hwnd(window), hwnd(parent));
 }
 
 void enable(handle window, bool enabled)
 {
-    if (window)
-        ::EnableWindow(hwnd(window), enabled ? TRUE : FALSE);
+    if (window) ::EnableWindow(hwnd(window), enabled ? TRUE : FALSE);
 }
 
 bool is_enabled(handle window)
@@ -37,20 +35,17 @@ bool is_enabled(handle window)
 
 void set_focus(handle window)
 {
-    if (window)
-        ::SetFocus(hwnd(window));
+    if (window) ::SetFocus(hwnd(window));
 }
 
 void activate(handle window)
 {
-    if (window)
-        ::SetActiveWindow(hwnd(window));
+    if (window) ::SetActiveWindow(hwnd(window));
 }
 
 void bring_to_top(handle window)
 {
-    if (window)
-        ::BringWindowToTop(hwnd(window));
+    if (window) ::BringWindowToTop(hwnd(window));
 }
 
 handle focus_window()
@@ -71,8 +66,7 @@ bool shift_down()
 // The large icon of the window's class (for the application icon); null when it has none.
 void* class_icon(handle window)
 {
-    if (!window)
-        return nullptr;
+    if (!window) return nullptr;
     return reinterpret_cast<void*>(::GetClassLongPtrW(hwnd(window), GCLP_HICON));
 }
 

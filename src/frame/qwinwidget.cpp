@@ -15,9 +15,9 @@
 QWinWidget::QWinWidget(quintptr parentWindow, QObject*, Qt::WindowFlags flags)
     : QWidget(nullptr, flags), m_parentWindow(parentWindow)
 {
-    if (!m_parentWindow)
-        return;
-    setProperty("_q_embedded_native_parent_handle", QVariant::fromValue<qulonglong>(m_parentWindow));
+    if (!m_parentWindow) return;
+    setProperty("_q_embedded_native_parent_handle",
+                QVariant::fromValue<qulonglong>(m_parentWindow));
     const WId own = winId();
     native::make_child_style(native::handle(own));
     if (QWindow* window = windowHandle()) {
@@ -37,8 +37,7 @@ QWinWidget::~QWinWidget()
 
 void QWinWidget::restoreParent()
 {
-    if (!m_reenableParent)
-        return;
+    if (!m_reenableParent) return;
     m_reenableParent = false;
     native::enable(m_parentWindow, true);
 }
@@ -52,8 +51,7 @@ void QWinWidget::childEvent(QChildEvent* event)
         } else if (event->removed() && m_reenableParent) {
             restoreParent();
             // A child being destroyed is no longer a widget here and drops its filters itself.
-            if (QWidget* widget = qobject_cast<QWidget*>(child))
-                widget->removeEventFilter(this);
+            if (QWidget* widget = qobject_cast<QWidget*>(child)) widget->removeEventFilter(this);
         }
     }
     QWidget::childEvent(event);
@@ -62,15 +60,13 @@ void QWinWidget::childEvent(QChildEvent* event)
 bool QWinWidget::eventFilter(QObject* watched, QEvent* event)
 {
     QWidget* child = qobject_cast<QWidget*>(watched);
-    if (!child)
-        return QWidget::eventFilter(watched, event);
+    if (!child) return QWidget::eventFilter(watched, event);
     switch (event->type()) {
     case QEvent::Show:
         if (child->isWindow()) {
             if (!m_previousFocus) {
                 m_previousFocus = native::focus_window();
-                if (!m_previousFocus)
-                    m_previousFocus = m_parentWindow;
+                if (!m_previousFocus) m_previousFocus = m_parentWindow;
             }
             hide();
             if (child->isModal() && !m_reenableParent) {
@@ -82,17 +78,14 @@ bool QWinWidget::eventFilter(QObject* watched, QEvent* event)
     case QEvent::Hide:
         restoreParent();
         native::set_focus(m_previousFocus ? m_previousFocus : m_parentWindow);
-        if (child->testAttribute(Qt::WA_DeleteOnClose) && child->isWindow())
-            deleteLater();
+        if (child->testAttribute(Qt::WA_DeleteOnClose) && child->isWindow()) deleteLater();
         break;
     case QEvent::Close:
         native::activate(m_parentWindow);
-        if (child->testAttribute(Qt::WA_DeleteOnClose))
-            deleteLater();
+        if (child->testAttribute(Qt::WA_DeleteOnClose)) deleteLater();
         break;
     case QEvent::WindowDeactivate:
-        if (child->isModal() && child->isHidden())
-            native::bring_to_top(m_parentWindow);
+        if (child->isModal() && child->isHidden()) native::bring_to_top(m_parentWindow);
         break;
     default:
         break;
@@ -103,8 +96,7 @@ bool QWinWidget::eventFilter(QObject* watched, QEvent* event)
 void QWinWidget::focusInEvent(QFocusEvent* event)
 {
     const Qt::FocusReason reason = event->reason();
-    if (reason != Qt::TabFocusReason && reason != Qt::BacktabFocusReason)
-        return;
+    if (reason != Qt::TabFocusReason && reason != Qt::BacktabFocusReason) return;
     QWidget* candidate = this;
     while (!(candidate->focusPolicy() & Qt::TabFocus)) {
         candidate = candidate->nextInFocusChain();
@@ -113,28 +105,23 @@ void QWinWidget::focusInEvent(QFocusEvent* event)
             break;
         }
     }
-    if (!candidate)
-        return;
+    if (!candidate) return;
     candidate->setFocus(reason);
     candidate->setAttribute(Qt::WA_KeyboardFocusChange);
     candidate->window()->setAttribute(Qt::WA_KeyboardFocusChange);
-    if (reason == Qt::BacktabFocusReason)
-        QWidget::focusNextPrevChild(false);
+    if (reason == Qt::BacktabFocusReason) QWidget::focusNextPrevChild(false);
 }
 
 bool QWinWidget::focusNextPrevChild(bool next)
 {
     QWidget* current = focusWidget();
-    if (!current)
-        current = this;
+    if (!current) current = this;
     if (next) {
         QWidget* walk = current;
         for (;;) {
             walk = walk->nextInFocusChain();
-            if (walk->isWindow())
-                break;
-            if (walk->focusPolicy() & Qt::TabFocus)
-                return QWidget::focusNextPrevChild(true);
+            if (walk->isWindow()) break;
+            if (walk->focusPolicy() & Qt::TabFocus) return QWidget::focusNextPrevChild(true);
         }
     } else if (!current->isWindow()) {
         // Is there a window in the chain with no focusable widget after it?
@@ -147,8 +134,7 @@ bool QWinWidget::focusNextPrevChild(bool next)
                 lastWindow = walk;
             walk = walk->nextInFocusChain();
         }
-        if (!lastWindow)
-            return QWidget::focusNextPrevChild(false);
+        if (!lastWindow) return QWidget::focusNextPrevChild(false);
     }
     native::set_focus(m_parentWindow);
     return true;

@@ -28,8 +28,7 @@ namespace {
 com_ptr<abi::IAutomation> require_automation()
 {
     com_ptr<abi::IAutomation> automation = gapi::automation();
-    if (!automation)
-        throw_host_error(abi::e_pointer, abi::IAutomation::iid_text);
+    if (!automation) throw_host_error(abi::e_pointer, abi::IAutomation::iid_text);
     return automation;
 }
 
@@ -63,8 +62,7 @@ QString folder_of(abi::IAutomation* automation, int kind)
 // The large icon of the host window's class.
 QIcon class_icon(quintptr window)
 {
-    if (!window)
-        return {};
+    if (!window) return {};
 #if defined(_WIN32)
     if (void* icon = native::class_icon(window))
         return QIcon(QPixmap::fromImage(QImage::fromHICON(static_cast<HICON>(icon))));
@@ -94,8 +92,7 @@ void prepare_dialog_session()
     com_ptr<abi::IAutomation> automation = require_automation();
     const quintptr window = main_window_of(automation.get());
     const QIcon icon = class_icon(window);
-    if (!icon.isNull() && qApp)
-        QApplication::setWindowIcon(icon);
+    if (!icon.isNull() && qApp) QApplication::setWindowIcon(icon);
     install_host_services();
 }
 
@@ -133,11 +130,9 @@ QString host_version()
 {
     try {
         com_ptr<abi::IApplication7> app = application7();
-        if (!app)
-            return {};
+        if (!app) return {};
         abi::IStringReadOnly* text = nullptr;
-        if (abi::failed(app->Version(&text)))
-            return {};
+        if (abi::failed(app->Version(&text))) return {};
         return take_string(text);
     } catch (...) {
         return {};
@@ -148,8 +143,7 @@ bool host_message(const QString& text)
 {
     try {
         com_ptr<abi::IAutomation> automation = gapi::automation();
-        if (!automation)
-            return false;
+        if (!automation) return false;
         com_ptr<abi::IString> message = make_string(text);
         abi::variant_t arg;
         arg.type = abi::vt_string;
@@ -168,8 +162,7 @@ int host_message_box(const QString& text, const QString& caption)
     constexpr int information_icon = 64;
     try {
         com_ptr<abi::IGravisApplication> app = native_application();
-        if (!app)
-            return 0;
+        if (!app) return 0;
         com_ptr<abi::IString> body = make_string(text);
         com_ptr<abi::IString> title =
             make_string(caption.isEmpty() ? QStringLiteral("aec") : caption);

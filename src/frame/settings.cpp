@@ -32,13 +32,13 @@ void open_help(const QString& relativePath, int topic)
 {
     using namespace gapi;
     com_ptr<abi::IAutomation> automation = gapi::automation();
-    if (!automation)
-        throw_host_error(abi::e_pointer, abi::IAutomation::iid_text);
+    if (!automation) throw_host_error(abi::e_pointer, abi::IAutomation::iid_text);
 
     abi::variant_t kind;
     kind.type = abi::vt_i4;
     kind.i4 = 1;
-    abi::variant_t folder = invoke(automation.get(), abi::disp_folder, abi::invoke_method, &kind, 1);
+    abi::variant_t folder =
+        invoke(automation.get(), abi::disp_folder, abi::invoke_method, &kind, 1);
     QString file = folder.type == abi::vt_string ? to_qstring(folder.str) : QString();
     folder.clear();
     file += relativePath;
@@ -57,8 +57,7 @@ QString settings_file_path()
 QString read_setting(const QString& key, const QString& defaultValue)
 {
     QSettings* s = settings();
-    if (!s)
-        return defaultValue;
+    if (!s) return defaultValue;
     s->beginGroup(group);
     const QString value = s->value(key, defaultValue).toString();
     s->endGroup();
@@ -68,8 +67,7 @@ QString read_setting(const QString& key, const QString& defaultValue)
 void write_setting(const QString& key, const QString& value)
 {
     QSettings* s = settings();
-    if (!s)
-        return;
+    if (!s) return;
     s->beginGroup(group);
     s->setValue(key, value);
     s->endGroup();

@@ -18,8 +18,7 @@ public:
 
     abi::result_t GAPI_CALL QueryInterface(const abi::iid_t& iid, void** out) override
     {
-        if (!out)
-            return abi::e_pointer;
+        if (!out) return abi::e_pointer;
         if (iid == abi::IUnknown::iid || iid == abi::IAppEvents::iid) {
             *out = static_cast<abi::IAppEvents*>(this);
             AddRef();
@@ -32,8 +31,7 @@ public:
     std::uint32_t GAPI_CALL Release() override
     {
         const std::uint32_t r = --m_refs;
-        if (r == 0)
-            delete this;
+        if (r == 0) delete this;
         return r;
     }
 
@@ -54,14 +52,12 @@ public:
     bool GAPI_CALL ThemeChanged(std::int32_t theme) override
     {
         // Only light (0) and dark (2) are themes the dialogs can follow.
-        if (m_handler && (theme == 0 || theme == 2))
-            m_handler->OnThemeChanged(theme != 0);
+        if (m_handler && (theme == 0 || theme == 2)) m_handler->OnThemeChanged(theme != 0);
         return true;
     }
     void GAPI_CALL ApplicationClosing() override
     {
-        if (m_handler)
-            m_handler->OnCloseApplication();
+        if (m_handler) m_handler->OnCloseApplication();
     }
     bool GAPI_CALL CanProceed() override { return !m_handler || m_handler->OnCanProceed(); }
     bool GAPI_CALL CreateDocumentRequest(std::int32_t documentType) override
@@ -74,25 +70,21 @@ public:
     }
     void GAPI_CALL DocumentActivated(abi::IGravisDocument* document) override
     {
-        if (m_handler)
-            m_handler->OnDocumentActivated(sync::document::wrap(document));
+        if (m_handler) m_handler->OnDocumentActivated(sync::document::wrap(document));
     }
     void GAPI_CALL DocumentOpened(abi::IGravisDocument* document) override
     {
-        if (m_handler)
-            m_handler->OnDocumentOpened(sync::document::wrap(document));
+        if (m_handler) m_handler->OnDocumentOpened(sync::document::wrap(document));
     }
     void GAPI_CALL DocumentClosing(abi::IGravisDocument* document) override
     {
-        if (m_handler)
-            m_handler->OnDocumentClosing(sync::document::wrap(document));
+        if (m_handler) m_handler->OnDocumentClosing(sync::document::wrap(document));
     }
     bool GAPI_CALL SavePreviousRequest(abi::IGravisDocument* document, std::int32_t version,
                                        abi::ISavePreviousParams* params, bool& flag) override
     {
-        return !m_handler
-               || m_handler->OnSavePreviousRequest(sync::document::wrap(document), version, params,
-                                                   flag);
+        return !m_handler || m_handler->OnSavePreviousRequest(sync::document::wrap(document),
+                                                              version, params, flag);
     }
     void GAPI_CALL SavePreviousStarted(abi::IGravisDocument* document, std::int32_t version,
                                        abi::ISavePreviousParams* params) override
@@ -113,7 +105,8 @@ private:
     std::atomic<std::uint32_t> m_refs{1};
 };
 
-app_event::app_event(IAppEventHandler& handler) : m_sink(new sink(&handler)) {}
+app_event::app_event(IAppEventHandler& handler) : m_sink(new sink(&handler))
+{}
 
 app_event::~app_event()
 {
@@ -125,11 +118,9 @@ app_event::~app_event()
 bool app_event::subscribe(abi::IGravisApplication* application, const QString& name)
 {
     unsubscribe();
-    if (!application)
-        return false;
+    if (!application) return false;
     check(application->EventSource(m_source.put()), abi::IGravisApplication::iid_text);
-    if (!m_source)
-        return false;
+    if (!m_source) return false;
     const std::u16string text = name.toStdU16String();
     check(m_source->Advise(text.c_str(), m_sink, &m_cookie), abi::IEventSource::iid_text);
     m_name = name;
@@ -138,8 +129,7 @@ bool app_event::subscribe(abi::IGravisApplication* application, const QString& n
 
 void app_event::unsubscribe()
 {
-    if (m_source && m_cookie)
-        m_source->Unadvise(m_cookie);
+    if (m_source && m_cookie) m_source->Unadvise(m_cookie);
     m_cookie = 0;
     m_source.reset();
 }

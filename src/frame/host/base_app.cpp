@@ -20,12 +20,11 @@ void base_app::start_subscription()
     release_subscription();
 
     com_ptr<abi::IGravisApplication> application = native_application();
-    if (!application)
-        return;
+    if (!application) return;
     m_subscription = std::make_unique<gv::app_event>(*this);
     m_subscription->subscribe(application.get(),
-                              QString::fromLatin1(subscription_prefix)
-                                  + QString::number(QCoreApplication::applicationPid()));
+                              QString::fromLatin1(subscription_prefix) +
+                                  QString::number(QCoreApplication::applicationPid()));
 
     const int count = application->DocumentCount();
     for (int i = 0; i < count; ++i) {
@@ -49,8 +48,7 @@ void base_app::OnDocumentActivated(const document_ptr& doc)
 
 void base_app::keep_handler_for(const document_ptr& doc)
 {
-    if (auto handler = CreateDocumentHandler(doc))
-        m_documentHandlers.push_back(std::move(handler));
+    if (auto handler = CreateDocumentHandler(doc)) m_documentHandlers.push_back(std::move(handler));
 }
 
 void base_app::release_document_handlers()

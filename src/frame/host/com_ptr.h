@@ -8,8 +8,7 @@
 
 namespace gapi {
 
-template <class T>
-class com_ptr
+template <class T> class com_ptr
 {
 public:
     com_ptr() = default;
@@ -23,14 +22,12 @@ public:
     // Adds a reference of its own.
     static com_ptr share(T* p)
     {
-        if (p)
-            p->AddRef();
+        if (p) p->AddRef();
         return attach(p);
     }
     com_ptr(const com_ptr& o) : m_p(o.m_p)
     {
-        if (m_p)
-            m_p->AddRef();
+        if (m_p) m_p->AddRef();
     }
     com_ptr(com_ptr&& o) noexcept : m_p(std::exchange(o.m_p, nullptr)) {}
     com_ptr& operator=(com_ptr o) noexcept
@@ -42,8 +39,7 @@ public:
 
     void reset()
     {
-        if (auto p = std::exchange(m_p, nullptr))
-            p->Release();
+        if (auto p = std::exchange(m_p, nullptr)) p->Release();
     }
     // Gives up the reference without releasing it.
     T* detach() { return std::exchange(m_p, nullptr); }
@@ -58,12 +54,10 @@ public:
     }
 
     // Asks the object for another interface; empty when it has none.
-    template <class U>
-    com_ptr<U> query() const
+    template <class U> com_ptr<U> query() const
     {
         com_ptr<U> r;
-        if (m_p)
-            m_p->QueryInterface(U::iid, reinterpret_cast<void**>(r.put()));
+        if (m_p) m_p->QueryInterface(U::iid, reinterpret_cast<void**>(r.put()));
         return r;
     }
 

@@ -21,8 +21,7 @@ void document_lock::lock()
 void document_lock::unlock()
 {
     std::unique_lock guard(m_mutex);
-    if (m_count == 0 || --m_count > 0)
-        return;
+    if (m_count == 0 || --m_count > 0) return;
     m_owner = {};
     guard.unlock();
     m_released.notify_one();
@@ -40,8 +39,7 @@ document_lock& lock_of(std::int64_t documentId)
     static auto* registry = new std::map<std::int64_t, std::unique_ptr<document_lock>>;
     std::lock_guard guard(registryMutex);
     auto& slot = (*registry)[documentId];
-    if (!slot)
-        slot = std::make_unique<document_lock>();
+    if (!slot) slot = std::make_unique<document_lock>();
     return *slot;
 }
 

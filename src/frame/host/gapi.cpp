@@ -22,8 +22,7 @@ abi::IApplication7* g_application7 = nullptr;
 base_app* g_app = nullptr;
 
 template <class I>
-I* load(const std::filesystem::path& folder, const std::filesystem::path& module,
-        const char* entry)
+I* load(const std::filesystem::path& folder, const std::filesystem::path& module, const char* entry)
 {
     const host::load_result r = host::load_object(folder, module, entry, I::iid, I::iid_text);
     return static_cast<I*>(r.object);
@@ -47,28 +46,26 @@ com_ptr<abi::IAutomation> automation_from(const std::filesystem::path& folder)
 {
     {
         std::lock_guard lock(cache_mutex());
-        if (g_automation)
-            return com_ptr<abi::IAutomation>::share(g_automation);
-        g_automation = load<abi::IAutomation>(folder, abi::automation_module, abi::automation_entry);
-        if (!g_automation)
-            return {};
+        if (g_automation) return com_ptr<abi::IAutomation>::share(g_automation);
+        g_automation =
+            load<abi::IAutomation>(folder, abi::automation_module, abi::automation_entry);
+        if (!g_automation) return {};
     }
     // Only the acquisition that filled the cache gets here.
-    if (g_app)
-        g_app->start_subscription();
+    if (g_app) g_app->start_subscription();
     return com_ptr<abi::IAutomation>::share(g_automation);
 }
 
 com_ptr<abi::IApplication7> application7_from(const std::filesystem::path& folder)
 {
     std::lock_guard lock(cache_mutex());
-    if (g_application7)
-        return com_ptr<abi::IApplication7>::share(g_application7);
+    if (g_application7) return com_ptr<abi::IApplication7>::share(g_application7);
     if (folder.empty())
-        throw std::runtime_error("Не смогли получить API7, причина: не смогли получить путь к модулю");
-    const host::load_result r = host::load_object(folder, abi::application7_module,
-                                                  abi::application7_entry, abi::IApplication7::iid,
-                                                  abi::IApplication7::iid_text);
+        throw std::runtime_error(
+            "Не смогли получить API7, причина: не смогли получить путь к модулю");
+    const host::load_result r =
+        host::load_object(folder, abi::application7_module, abi::application7_entry,
+                          abi::IApplication7::iid, abi::IApplication7::iid_text);
     switch (r.status) {
     case host::load_status::not_loaded:
         throw std::runtime_error("Не смогли получить API7, причина: не смогли загрузить gAPI7.dll");
@@ -85,11 +82,10 @@ com_ptr<abi::IApplication7> application7_from(const std::filesystem::path& folde
 void clear_caches()
 {
     std::lock_guard lock(cache_mutex());
-    for (abi::IUnknown* p : {static_cast<abi::IUnknown*>(g_automation),
-                             static_cast<abi::IUnknown*>(g_native),
-                             static_cast<abi::IUnknown*>(g_application7)})
-        if (p)
-            p->Release();
+    for (abi::IUnknown* p :
+         {static_cast<abi::IUnknown*>(g_automation), static_cast<abi::IUnknown*>(g_native),
+          static_cast<abi::IUnknown*>(g_application7)})
+        if (p) p->Release();
     g_automation = nullptr;
     g_native = nullptr;
     g_application7 = nullptr;
@@ -101,8 +97,7 @@ com_ptr<abi::IAutomation> automation()
 {
     {
         std::lock_guard lock(cache_mutex());
-        if (g_automation)
-            return com_ptr<abi::IAutomation>::share(g_automation);
+        if (g_automation) return com_ptr<abi::IAutomation>::share(g_automation);
     }
     return detail::automation_from(host::executable_folder());
 }
@@ -120,8 +115,7 @@ com_ptr<abi::IApplication7> application7()
 {
     {
         std::lock_guard lock(cache_mutex());
-        if (g_application7)
-            return com_ptr<abi::IApplication7>::share(g_application7);
+        if (g_application7) return com_ptr<abi::IApplication7>::share(g_application7);
     }
     return detail::application7_from(host::executable_folder());
 }
@@ -135,8 +129,7 @@ void forget_application7()
 abi::variant_t invoke(abi::IAutomation* automation, int dispatchId, abi::invoke_kind kind,
                       const abi::variant_t* args, unsigned argc)
 {
-    if (!automation)
-        throw_host_error(abi::e_pointer, abi::IAutomation::iid_text);
+    if (!automation) throw_host_error(abi::e_pointer, abi::IAutomation::iid_text);
     abi::variant_t result;
     check(automation->Invoke(dispatchId, kind, args, argc, &result), abi::IAutomation::iid_text);
     return result;

@@ -12,10 +12,9 @@ public:
 
     abi::result_t GAPI_CALL QueryInterface(const abi::iid_t& iid, void** out) override
     {
-        if (!out)
-            return abi::e_pointer;
-        if (iid == abi::IUnknown::iid || iid == abi::IStringReadOnly::iid
-            || iid == abi::IString::iid) {
+        if (!out) return abi::e_pointer;
+        if (iid == abi::IUnknown::iid || iid == abi::IStringReadOnly::iid ||
+            iid == abi::IString::iid) {
             *out = static_cast<abi::IString*>(this);
             AddRef();
             return abi::ok;
@@ -27,8 +26,7 @@ public:
     std::uint32_t GAPI_CALL Release() override
     {
         const std::uint32_t r = --m_refs;
-        if (r == 0)
-            delete this;
+        if (r == 0) delete this;
         return r;
     }
     const char16_t* GAPI_CALL Data() override
@@ -51,8 +49,7 @@ private:
 
 QString to_qstring(abi::IStringReadOnly* s)
 {
-    if (!s || !s->Data())
-        return {};
+    if (!s || !s->Data()) return {};
     return QString::fromUtf16(s->Data(), qsizetype(s->Length()));
 }
 

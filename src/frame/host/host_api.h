@@ -34,7 +34,10 @@ inline constexpr result_t e_later_version = static_cast<result_t>(0x80040301u);
 // The file is not a document of the host.
 inline constexpr result_t e_bad_document = static_cast<result_t>(0x80040302u);
 
-constexpr bool failed(result_t r) { return r < 0; }
+constexpr bool failed(result_t r)
+{
+    return r < 0;
+}
 
 struct iid_t
 {
@@ -45,11 +48,9 @@ struct iid_t
 
     friend constexpr bool operator==(const iid_t& a, const iid_t& b)
     {
-        if (a.data1 != b.data1 || a.data2 != b.data2 || a.data3 != b.data3)
-            return false;
+        if (a.data1 != b.data1 || a.data2 != b.data2 || a.data3 != b.data3) return false;
         for (int i = 0; i < 8; ++i)
-            if (a.data4[i] != b.data4[i])
-                return false;
+            if (a.data4[i] != b.data4[i]) return false;
         return true;
     }
 };
@@ -74,8 +75,7 @@ constexpr std::uint32_t hex_value(const char* s, int digits)
 // Identity from its text form "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx", braces allowed.
 constexpr iid_t iid_from_text(const char* text)
 {
-    if (*text == '{')
-        ++text;
+    if (*text == '{') ++text;
     iid_t id;
     id.data1 = detail::hex_value(text, 8);
     id.data2 = std::uint16_t(detail::hex_value(text + 9, 4));
@@ -88,7 +88,7 @@ constexpr iid_t iid_from_text(const char* text)
 }
 
 #define GAPI_INTERFACE_ID(text)                                                                    \
-    static constexpr const char* iid_text = text;                                                 \
+    static constexpr const char* iid_text = text;                                                  \
     static constexpr ::gapi::abi::iid_t iid = ::gapi::abi::iid_from_text(text)
 
 // Base of every host interface. Objects are released by the side that holds the reference;
@@ -120,7 +120,8 @@ struct IString : IStringReadOnly
 
 // ---- automation object ------------------------------------------------------------------
 
-enum var_type : std::uint16_t {
+enum var_type : std::uint16_t
+{
     vt_empty = 0,
     vt_i4 = 3,
     vt_r8 = 5,
@@ -156,19 +157,21 @@ struct variant_t
     }
 };
 
-enum invoke_kind : std::uint16_t {
+enum invoke_kind : std::uint16_t
+{
     invoke_method = 1,
     invoke_property_get = 2,
     invoke_property_put = 4,
 };
 
 // Dispatch identifiers of the automation object's members.
-enum automation_member : std::int32_t {
-    disp_message = 12,       // method (string) -> bool: shows a text to the user
-    disp_main_window = 21,   // property get -> i4: the host's main window handle
+enum automation_member : std::int32_t
+{
+    disp_message = 12,        // method (string) -> bool: shows a text to the user
+    disp_main_window = 21,    // property get -> i4: the host's main window handle
     disp_document_count = 30, // property get -> i4
-    disp_document_path = 31, // method (i4 index) -> string
-    disp_folder = 45,        // method (i4 kind) -> string: the host's folder of that kind
+    disp_document_path = 31,  // method (i4 index) -> string
+    disp_folder = 45,         // method (i4 kind) -> string: the host's folder of that kind
 };
 
 struct IAutomation : IUnknown
@@ -288,8 +291,8 @@ struct IGravisApplication : IUnknown
 {
     GAPI_INTERFACE_ID("0f7b9f10-3b52-4f3a-a1a3-7c2d40e15a0a");
     virtual std::int32_t GAPI_CALL ShowMessageBox(IStringReadOnly* text, IStringReadOnly* caption,
-                                               std::int32_t style, std::int32_t reserved1,
-                                               std::int32_t reserved2) = 0;
+                                                  std::int32_t style, std::int32_t reserved1,
+                                                  std::int32_t reserved2) = 0;
     virtual std::int32_t GAPI_CALL DocumentCount() = 0;
     virtual result_t GAPI_CALL Document(std::int32_t index, IGravisDocument** out) = 0;
     virtual result_t GAPI_CALL EventSource(IEventSource** out) = 0;

@@ -17,8 +17,7 @@ const std::error_category& host_category();
 // Raises code when it is a failure.
 inline void check(abi::result_t code, const char* what = "")
 {
-    if (abi::failed(code))
-        throw_host_error(code, what);
+    if (abi::failed(code)) throw_host_error(code, what);
 }
 
 } // namespace gapi

@@ -4,13 +4,11 @@
 
 namespace gapi::host {
 
-load_result load_object(const std::filesystem::path& folder,
-                        const std::filesystem::path& module, const char* entry,
-                        const abi::iid_t& iid, const char* iidText)
+load_result load_object(const std::filesystem::path& folder, const std::filesystem::path& module,
+                        const char* entry, const abi::iid_t& iid, const char* iidText)
 {
     load_result result;
-    if (folder.empty())
-        return result;
+    if (folder.empty()) return result;
     void* handle = open_module(folder / module);
     if (!handle) {
         result.status = load_status::not_loaded;
@@ -30,15 +28,12 @@ load_result load_object(const std::filesystem::path& folder,
     }
     result.status = load_status::no_interface;
     abi::IUnknown* created = create();
-    if (!created)
-        return result;
+    if (!created) return result;
     void* wanted = nullptr;
     const abi::result_t code = created->QueryInterface(iid, &wanted);
     created->Release();
-    if (code == abi::e_nointerface || (!abi::failed(code) && !wanted))
-        return result;
-    if (abi::failed(code))
-        throw_host_error(code, iidText);
+    if (code == abi::e_nointerface || (!abi::failed(code) && !wanted)) return result;
+    if (abi::failed(code)) throw_host_error(code, iidText);
     result.status = load_status::loaded;
     result.object = static_cast<abi::IUnknown*>(wanted);
     return result;

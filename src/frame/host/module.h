@@ -15,7 +15,8 @@ namespace gapi::host {
 // separator); empty when the path cannot be read.
 std::filesystem::path executable_folder();
 
-enum class load_status {
+enum class load_status
+{
     loaded,       // the object answered the identity
     no_path,      // the executable's path could not be read
     not_loaded,   // the module did not load
@@ -31,9 +32,8 @@ struct load_result
 
 // Loads folder/module, calls entry, asks the result for iid, unloads the module.
 // A failure code other than "no such interface" is raised as std::system_error.
-load_result load_object(const std::filesystem::path& folder,
-                        const std::filesystem::path& module, const char* entry,
-                        const abi::iid_t& iid, const char* iidText);
+load_result load_object(const std::filesystem::path& folder, const std::filesystem::path& module,
+                        const char* entry, const abi::iid_t& iid, const char* iidText);
 
 // Platform primitives.
 void* open_module(const std::filesystem::path& file);

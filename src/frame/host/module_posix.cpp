@@ -11,12 +11,10 @@ std::filesystem::path executable_folder()
 {
     char buffer[4096];
     const ssize_t n = ::readlink("/proc/self/exe", buffer, sizeof buffer - 1);
-    if (n <= 0)
-        return {};
+    if (n <= 0) return {};
     std::string path(buffer, static_cast<std::size_t>(n));
     const auto cut = path.find_last_of('/');
-    if (cut == std::string::npos)
-        return {};
+    if (cut == std::string::npos) return {};
     return std::filesystem::path(path.substr(0, cut + 1));
 }
 
@@ -34,8 +32,7 @@ void* module_symbol(void* module, const char* name)
 
 void close_module(void* module)
 {
-    if (module)
-        ::dlclose(module);
+    if (module) ::dlclose(module);
 }
 
 } // namespace gapi::host

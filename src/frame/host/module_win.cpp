@@ -10,12 +10,10 @@ std::filesystem::path executable_folder()
 {
     wchar_t buffer[MAX_PATH];
     const DWORD n = ::GetModuleFileNameW(nullptr, buffer, MAX_PATH);
-    if (n == 0 || n >= MAX_PATH)
-        return {};
+    if (n == 0 || n >= MAX_PATH) return {};
     std::wstring path(buffer, n);
     const auto cut = path.find_last_of(L"\\/");
-    if (cut == std::wstring::npos)
-        return {};
+    if (cut == std::wstring::npos) return {};
     return std::filesystem::path(path.substr(0, cut + 1));
 }
 
@@ -31,8 +29,7 @@ void* module_symbol(void* module, const char* name)
 
 void close_module(void* module)
 {
-    if (module)
-        ::FreeLibrary(static_cast<HMODULE>(module));
+    if (module) ::FreeLibrary(static_cast<HMODULE>(module));
 }
 
 } // namespace gapi::host

@@ -6,17 +6,14 @@
 
 namespace gapi::sync {
 
-document::document(com_ptr<abi::IGravisDocument> doc)
-    : synced_item(std::move(doc), 0)
+document::document(com_ptr<abi::IGravisDocument> doc) : synced_item(std::move(doc), 0)
 {
-    if (m_item)
-        m_documentId = m_item->Reference();
+    if (m_item) m_documentId = m_item->Reference();
 }
 
 std::shared_ptr<document> document::wrap(abi::IGravisDocument* doc)
 {
-    if (!doc)
-        return {};
+    if (!doc) return {};
     return std::make_shared<document>(com_ptr<abi::IGravisDocument>::share(doc));
 }
 
@@ -27,8 +24,7 @@ bool document::no_file_name() const
 
 QString document::path() const
 {
-    if (!m_item)
-        return {};
+    if (!m_item) return {};
     return synced([](abi::IGravisDocument* d) {
         abi::IStringReadOnly* s = nullptr;
         check(d->PathName(&s), abi::IGravisDocument::iid_text);
@@ -49,12 +45,10 @@ bool document::visible() const
 template <class W, class I>
 static std::shared_ptr<W> query_part(const com_ptr<abi::IGravisDocument>& doc, std::int64_t id)
 {
-    if (!doc)
-        return {};
+    if (!doc) return {};
     std::lock_guard guard(lock_of(id));
     com_ptr<I> part = doc.query<I>();
-    if (!part)
-        return {};
+    if (!part) return {};
     return std::make_shared<W>(std::move(part), id);
 }
 
@@ -75,15 +69,13 @@ std::shared_ptr<document2d_layers> document::layers() const
 
 void document::save() const
 {
-    if (!m_item)
-        throw_host_error(abi::e_pointer, abi::IGravisDocument::iid_text);
+    if (!m_item) throw_host_error(abi::e_pointer, abi::IGravisDocument::iid_text);
     synced([](abi::IGravisDocument* d) { check(d->Save(), abi::IGravisDocument::iid_text); });
 }
 
 void document::save_as(const QString& file) const
 {
-    if (!m_item)
-        throw_host_error(abi::e_pointer, abi::IGravisDocument::iid_text);
+    if (!m_item) throw_host_error(abi::e_pointer, abi::IGravisDocument::iid_text);
     auto name = make_string(file);
     synced([&](abi::IGravisDocument* d) {
         check(d->SaveAs(name.get()), abi::IGravisDocument::iid_text);
@@ -92,8 +84,7 @@ void document::save_as(const QString& file) const
 
 void document::save_as_previous(const QString& file, int version) const
 {
-    if (!m_item)
-        throw_host_error(abi::e_pointer, abi::IGravisDocument::iid_text);
+    if (!m_item) throw_host_error(abi::e_pointer, abi::IGravisDocument::iid_text);
     auto name = make_string(file);
     synced([&](abi::IGravisDocument* d) {
         check(d->SaveAsPrevious(name.get(), version), abi::IGravisDocument::iid_text);
@@ -102,8 +93,7 @@ void document::save_as_previous(const QString& file, int version) const
 
 void document::save_preview(const QString& pngFile, int size) const
 {
-    if (!m_item)
-        throw_host_error(abi::e_pointer, abi::IGravisDocument::iid_text);
+    if (!m_item) throw_host_error(abi::e_pointer, abi::IGravisDocument::iid_text);
     auto name = make_string(pngFile);
     synced([&](abi::IGravisDocument* d) {
         check(d->SavePreview(name.get(), size), abi::IGravisDocument::iid_text);
@@ -119,13 +109,11 @@ void document::close() const
 std::shared_ptr<document> open_document(const QString& file, bool visible)
 {
     com_ptr<abi::IApplication7> app = application7();
-    if (!app)
-        throw_host_error(abi::e_pointer, abi::IApplication7::iid_text);
+    if (!app) throw_host_error(abi::e_pointer, abi::IApplication7::iid_text);
     auto name = make_string(file);
     com_ptr<abi::IGravisDocument> doc;
     check(app->OpenDocument(name.get(), visible, doc.put()), abi::IApplication7::iid_text);
-    if (!doc)
-        throw_host_error(abi::e_pointer, abi::IApplication7::iid_text);
+    if (!doc) throw_host_error(abi::e_pointer, abi::IApplication7::iid_text);
     return std::make_shared<document>(std::move(doc));
 }
 
@@ -136,8 +124,7 @@ int document_views::count() const
 
 std::shared_ptr<document_view> document_views::item(int index) const
 {
-    if (!m_item)
-        return {};
+    if (!m_item) return {};
     com_ptr<abi::IView> view;
     synced([&](abi::IViews* v) { return v->Item(index, view.put()); });
     return view ? std::make_shared<document_view>(std::move(view), m_documentId) : nullptr;
@@ -150,8 +137,7 @@ int document_view::number() const
 
 QString document_view::name() const
 {
-    if (!m_item)
-        return {};
+    if (!m_item) return {};
     return synced([](abi::IView* v) {
         abi::IStringReadOnly* s = nullptr;
         check(v->Name(&s), abi::IView::iid_text);
@@ -171,8 +157,7 @@ int document_sheets::count() const
 
 std::shared_ptr<document_sheet> document_sheets::item(int index) const
 {
-    if (!m_item)
-        return {};
+    if (!m_item) return {};
     com_ptr<abi::ILayoutSheet> sheet;
     synced([&](abi::ILayoutSheets* s) { return s->Item(index, sheet.put()); });
     return sheet ? std::make_shared<document_sheet>(std::move(sheet), m_documentId) : nullptr;
@@ -195,8 +180,7 @@ int document2d_layers::count() const
 
 std::shared_ptr<document2d_layer> document2d_layers::item(int index) const
 {
-    if (!m_item)
-        return {};
+    if (!m_item) return {};
     com_ptr<abi::ILayer> layer;
     synced([&](abi::ILayers* l) { return l->Item(index, layer.put()); });
     return layer ? std::make_shared<document2d_layer>(std::move(layer), m_documentId) : nullptr;
@@ -205,13 +189,11 @@ std::shared_ptr<document2d_layer> document2d_layers::item(int index) const
 std::vector<int> document2d_layers::hidden_numbers() const
 {
     std::vector<int> hidden;
-    if (!m_item)
-        return hidden;
+    if (!m_item) return hidden;
     std::lock_guard guard(lock_of(m_documentId));
     const int n = count();
     for (int i = 0; i < n; ++i)
-        if (auto layer = item(i); layer && !layer->visible())
-            hidden.push_back(layer->number());
+        if (auto layer = item(i); layer && !layer->visible()) hidden.push_back(layer->number());
     return hidden;
 }
 

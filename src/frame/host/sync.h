@@ -56,8 +56,7 @@ class document2d_layers;
 class document2d_layer;
 
 // Base of the wrappers: the wrapped interface and the identifier of its document.
-template <class I>
-class synced_item
+template <class I> class synced_item
 {
 public:
     synced_item(com_ptr<I> item, std::int64_t documentId)
@@ -68,8 +67,7 @@ public:
 
 protected:
     // Runs fn(item) under the document's lock.
-    template <class Fn>
-    auto synced(Fn&& fn) const
+    template <class Fn> auto synced(Fn&& fn) const
     {
         std::lock_guard guard(lock_of(m_documentId));
         return fn(m_item.get());

@@ -1,0 +1,104 @@
+// The library's settings file below the host's user folder, and the help that cannot be shown
+// without an HTML Help library.
+
+#include "frame/help.h"
+#include "frame/settings.h"
+
+#include "host_state.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+class SettingsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void fileLiesBelowUserFolder();
+    void unreadKeyGivesDefault_data();
+    void unreadKeyGivesDefault();
+    void writeThenRead_data();
+    void writeThenRead();
+    void writtenValuesReachTheFile();
+    void helpFailureRememberedOnce();
+
+private:
+    QTemporaryDir m_userFolder;
+};
+
+void SettingsTest::initTestCase()
+{
+    QVERIFY(m_userFolder.isValid());
+    sandbox::set_folder(sandbox::folder_user, m_userFolder.path());
+    sandbox::set_folder(sandbox::folder_system, m_userFolder.path() + "/system");
+}
+
+void SettingsTest::fileLiesBelowUserFolder()
+{
+    QCOMPARE(settings_file_path(), m_userFolder.path() + "/aec/MarloUssCfg.ini");
+}
+
+void SettingsTest::unreadKeyGivesDefault_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("fallback");
+    QTest::newRow("import folder") << "uss_import_path" << QString();
+    QTest::newRow("fragment folder with default") << "FragmentPath"
+                                                  << "C:/Fragments";
+    QTest::newRow("model folder") << "3DModelPath"
+                                  << "";
+}
+
+void SettingsTest::unreadKeyGivesDefault()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, fallback);
+    QCOMPARE(read_setting(key, fallback), fallback);
+}
+
+void SettingsTest::writeThenRead_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("value");
+    QTest::newRow("folder of an archive") << "uss_import_path"
+                                          << "D:/x/y";
+    QTest::newRow("fragment folder") << "FragmentPath"
+                                     << "/home/u/Фрагменты";
+    QTest::newRow("overwritten") << "uss_import_path"
+                                 << "E:/z";
+}
+
+void SettingsTest::writeThenRead()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, value);
+    write_setting(key, value);
+    QCOMPARE(read_setting(key, "unset"), value);
+}
+
+void SettingsTest::writtenValuesReachTheFile()
+{
+    write_setting("3DModelPath", "/models");
+    const QString file = m_userFolder.path() + "/aec/MarloUssCfg.ini";
+    QVERIFY(QFile::exists(file));
+    QSettings ini(file, QSettings::IniFormat);
+    QCOMPARE(ini.value("common/3DModelPath").toString(), QString("/models"));
+    QCOMPARE(ini.value("common/uss_import_path").toString(), QString("E:/z"));
+}
+
+void SettingsTest::helpFailureRememberedOnce()
+{
+    QCOMPARE(help::load_attempts(), 0);
+    show_help(10);
+    QCOMPARE(help::load_attempts(), 1);
+    show_help(11);
+    show_help_file("/Grundo/Help/Other.chm", 3);
+    QCOMPARE(help::load_attempts(), 1);
+}
+
+QTEST_GUILESS_MAIN(SettingsTest)
+#include "tst_settings.moc"
