@@ -39,6 +39,7 @@ void TstEsdataTree::refusesWhatIsNotACatalog_data()
     QTest::newRow("empty file, no create") << "empty" << false << "not a catalog";
     QTest::newRow("other sqlite database") << "othersql" << true << "another format";
     QTest::newRow("missing file, no create") << "missing" << false << "no catalog file";
+    QTest::newRow("newer catalog version") << "newer" << false << "version 2 is not supported";
 }
 
 void TstEsdataTree::refusesWhatIsNotACatalog()
@@ -59,6 +60,16 @@ void TstEsdataTree::refusesWhatIsNotACatalog()
                               "CREATE TABLE es_meta(key, value); INSERT INTO es_meta "
                               "VALUES('format', 'spreadsheet')",
                               nullptr, nullptr, nullptr),
+                 SQLITE_OK);
+        sqlite3_close(db);
+    }
+    if (kind == "newer") {
+        // A catalog written by a later store.
+        esx_CloseCatalog(openCatalog(file));
+        sqlite3* db = nullptr;
+        QCOMPARE(sqlite3_open(file.toUtf8().constData(), &db), SQLITE_OK);
+        QCOMPARE(sqlite3_exec(db, "UPDATE es_meta SET value=2 WHERE key='version'", nullptr,
+                              nullptr, nullptr),
                  SQLITE_OK);
         sqlite3_close(db);
     }

@@ -59,6 +59,8 @@ void TstEsdataValues::valuesAreTaggedAndPersist_data()
     QTest::newRow("empty text") << "NAME_VALUE" << int(ES_VALUE_TEXT) << QVariant(QString(""));
     QTest::newRow("text in int attribute") << "DN" << int(ES_VALUE_TEXT) << QVariant("abc");
     QTest::newRow("whole real") << "Mass" << int(ES_VALUE_REAL) << QVariant(2.0);
+    QTest::newRow("text outside the basic plane")
+        << "NAME_VALUE" << int(ES_VALUE_TEXT) << QVariant(QString::fromUtf8("𝔸 ≤ Ø 😀 end"));
 }
 
 void TstEsdataValues::valuesAreTaggedAndPersist()
