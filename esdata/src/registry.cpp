@@ -33,8 +33,15 @@ thread_local std::u16string t_lastError;
 
 std::u16string canonical(std::u16string_view path)
 {
+    // A file still to be created is named through its folder's canonical path, so that it
+    // gets the same key once it exists.
     QFileInfo info(toQString(path));
-    QString c = info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();
+    QString c = info.exists() ? info.canonicalFilePath() : QString();
+    if (c.isEmpty()) {
+        QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
+        c = folder.isEmpty() ? info.absoluteFilePath()
+                             : folder + QLatin1Char('/') + info.fileName();
+    }
     return fromQString(QDir::cleanPath(c));
 }
 
