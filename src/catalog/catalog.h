@@ -11,3 +11,4 @@
 #include "spec_description.h"
 #include "stdsize.h"
 #include "transaction_scope.h"
+#include "element_save.h"

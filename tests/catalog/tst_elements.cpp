@@ -1,6 +1,7 @@
 #include "catalog_fixture.h"
 #include "catalog_tree.h"
 #include "element_ops.h"
+#include "element_save.h"
 #include "spec_description.h"
 #include "stdsize.h"
 #include "transaction_scope.h"
@@ -56,6 +57,8 @@ private slots:
     void bookkeepingNamesAuthorAndTime();
     void transactionRollsBackUnlessCommitted();
     void representationDataIsCopiedWhole();
+    void cloneIsSavedWhole();
+    void failedSaveLeavesNoElement();
 };
 
 void ElementsTest::copyNeverTakesAttributeEleven()
@@ -443,6 +446,61 @@ void ElementsTest::representationDataIsCopiedWhole()
     const void* data = nullptr;
     const size_t size = stdsize_GetRepresentationData(target, &data);
     QCOMPARE(QByteArray(static_cast<const char*>(data), qsizetype(size)), blob);
+}
+
+void ElementsTest::cloneIsSavedWhole()
+{
+    testing::ScopedMessenger messages;
+    testing::FakeHost host;
+    testing::TempCatalog catalog;
+    es_stdsize_t* templ = newElement(catalog, "template");
+    testing::addAttribute(templ, "Width", ES_ATTR_REAL);
+    testing::addAttribute(templ, "USS_CATEGORY_NAME", ES_ATTR_TEXT);
+    setValuesByName(templ, {{"Width", "40"}, {"USS_CATEGORY_NAME", "Насосы\\Центробежные"}});
+    QVERIFY(stdsize_SetRepresentationData(templ, "rep", 3));
+    const QString top = catalog.writeFile("top.frw", svgFragment);
+
+    ElementSaveRequest request;
+    request.provider = catalog.provider;
+    request.categoryPath = templateCategory(templ);
+    request.type = "PUMP";
+    request.request = "clone";
+    request.templateElement = templ;
+    request.parameters = {{"Width", "Ширина", QVariant(55.5), PanelParameter::Value}};
+    request.views = {{0, top, "", "", 0}};
+    request.specifications = {{"lib", 1, 2, 3, {{1, "{Width}"}}}};
+    es_stdsize_t* saved = saveElement(request);
+    QVERIFY(saved);
+
+    const CStdSize element(saved);
+    QCOMPARE(element.packetName(), QStringLiteral("Насосы"));
+    QCOMPARE(folderPath(folder_GetParentFolder(element.folder())), QStringLiteral("Центробежные"));
+    QCOMPARE(element.value("Width"), QStringLiteral("55.5"));
+    QCOMPARE(varNameOf(saved, "Width"), QStringLiteral("W"));
+    QCOMPARE(projections_GetProjectioCount(element.projections()), 1u);
+    const auto specs = element.specifications();
+    QCOMPARE(specs.size(), size_t(1));
+    QCOMPARE(specs[0].columns[0].formula,
+             QStringLiteral("{A%1}").arg(attribute_GetNumber(element.attribute("Width"))));
+    QVERIFY(!element.value("USS_AUTHOR").isEmpty());
+    QVERIFY(!element.value("USS_LAST_CHANGE_DATE").isEmpty());
+    const void* data = nullptr;
+    QCOMPARE(stdsize_GetRepresentationData(saved, &data), size_t(3));
+    QVERIFY(messages.texts.isEmpty());
+}
+
+void ElementsTest::failedSaveLeavesNoElement()
+{
+    if (!TransactionScope::supported()) QSKIP("the loaded catalog library has no transactions");
+    testing::TempCatalog catalog;
+    ElementSaveRequest request;
+    request.provider = catalog.provider;
+    request.categoryPath = "Насосы";
+    request.type = "PUMP";
+    request.request = "broken";
+    request.views = {{11, catalog.dir.filePath("absent.m3d"), "", "", 0}};
+    QVERIFY(!saveElement(request));
+    QCOMPARE(provider_GetPacketCount(catalog.provider), 0u);
 }
 
 QTEST_MAIN(ElementsTest)
