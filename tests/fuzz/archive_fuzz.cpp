@@ -2,6 +2,10 @@
 // read for a target catalog the way an import reads it (document, checks, decisions against
 // the catalog's elements, extraction of every entry the document names). Anything other
 // than an orderly refusal is a bug: a crash, a sanitizer report or an escaping exception.
+// An input that starts with "{" is taken as the document itself and packed, with the files a
+// document usually names, into a fresh archive first: mutations of a packed document mostly
+// break its checksum, so this is how the document reader gets fuzzed in depth.
+#include "exchange/Libs/zipper/zip.h"
 #include "exchange/Libs/zipper/ziperror.h"
 #include "exchange/importarchive.h"
 #include "exchange/importdecision.h"
@@ -56,6 +60,27 @@ Target& target()
     return instance;
 }
 
+bool packDocument(const QByteArray& document, const QString& path)
+{
+    static const QByteArray svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" data-version=\"231\">"
+                                  "<g data-layer=\"0\"/></svg>\n";
+    static const QByteArray png = QByteArray("\x89PNG\r\n\x1a\n", 8) + QByteArray(32, 'i');
+    try {
+        zipper::zip archive(path);
+        archive.setCompressionLevel(0);
+        archive.addBytes(document, "TX.json");
+        archive.addBytes(svg, "TX\\model\\1.m3d");
+        archive.addBytes(png, "TX\\model\\1.png");
+        archive.addBytes(svg, "TX\\prj\\2.frw");
+        archive.addBytes(png, "TX\\prj\\2.png");
+        archive.addBytes("<repr/>", "TX\\repr\\3.xml");
+        archive.commit();
+    } catch (const zipper::error&) {
+        return false;
+    }
+    return true;
+}
+
 void extractNamed(exchange::ImportArchive& archive, const QString& name)
 {
     if (name.isEmpty()) return;
@@ -72,10 +97,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     Target& t = target();
     if (!t.provider) return 0;
-    {
+    const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
+    if (bytes.startsWith('{')) {
+        if (!packDocument(bytes, t.input)) return 0;
+    } else {
         QFile file(t.input);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) return 0;
-        file.write(reinterpret_cast<const char*>(data), qint64(size));
+        file.write(bytes);
     }
     exchange::ImportArchive archive;
     if (archive.open(t.input, t.provider) != exchange::ImportArchive::Status::Ok) {

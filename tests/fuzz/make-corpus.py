@@ -130,6 +130,12 @@ def main():
     data[at] ^= 0x20
     open(p("crc_damage.uss"), "wb").write(bytes(data))
 
+    # Bare documents: the fuzz target packs an input that starts with "{" into an archive.
+    open(p("document_good.json"), "wb").write(dump(good))
+    open(p("document_null_model.json"), "wb").write(
+        dump(document([dict(element("4", "d"), model=None, prj=[])])))
+    open(p("document_legacy.json"), "wb").write(json.dumps(legacy, ensure_ascii=False).encode("cp1251"))
+
     whole = open(p("good.uss"), "rb").read()
     open(p("truncated.uss"), "wb").write(whole[: len(whole) // 2])
     open(p("not_zip.uss"), "wb").write(b"PK\x03\x04 this is not really an archive\n")
