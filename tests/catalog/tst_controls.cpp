@@ -1,5 +1,6 @@
 #include "catalog_fixture.h"
 #include "element_ops.h"
+#include "stdsize.h"
 #include "xml_controls.h"
 
 #include <QtTest>
@@ -56,7 +57,6 @@ private slots:
     void missingPanelGivesNoGroups_data();
     void missingPanelGivesNoGroups();
     void valuesComeFromTheElement();
-    void computedAttributesAreThoseWithFormulas();
     void propertiesDocumentText();
     void collectedRecordsFollowPanelOrder();
 };
@@ -161,6 +161,10 @@ void ControlsTest::valuesComeFromTheElement()
     testing::addAttribute(element, "Motor", ES_ATTR_INT);
     testing::addAttribute(element, "Material", ES_ATTR_TEXT);
     setValuesByName(element, {{"Dn", "80"}, {"Motor", "0"}, {"Material", "b"}});
+    attribute_SetFormula(CStdSize(element).attribute("Motor"), u"{A1}*2");
+    QVERIFY(isComputed(element, "Motor"));
+    QVERIFY(!isComputed(element, "Dn"));
+    QVERIFY(!isComputed(element, "Pn"));
 
     fillValues(groups, element);
 
@@ -169,17 +173,6 @@ void ControlsTest::valuesComeFromTheElement()
     QCOMPARE(groups[0].controls[1]->value, QVariant(1.6));
     QCOMPARE(groups[1].controls[0]->value, QVariant(false));
     QCOMPARE(groups[1].controls[1]->value, QVariant(QStringLiteral("b")));
-}
-
-void ControlsTest::computedAttributesAreThoseWithFormulas()
-{
-    testing::TempCatalog catalog;
-    es_stdsize_t* element = createElement(catalog.provider, "Насосы", "PUMP", "", "1");
-    attribute_SetFormula(testing::addAttribute(element, "Mass", ES_ATTR_REAL), u"{A1}*2");
-    testing::addAttribute(element, "Dn", ES_ATTR_INT);
-    QVERIFY(isComputed(element, "Mass"));
-    QVERIFY(!isComputed(element, "Dn"));
-    QVERIFY(!isComputed(element, "Absent"));
 }
 
 void ControlsTest::propertiesDocumentText()
