@@ -4,7 +4,14 @@
 
 namespace {
 CMarloUssApp g_app;
-}
+
+// When the library goes, the host may already be gone: its new-API application is forgotten,
+// not released.
+struct forget_at_unload
+{
+    ~forget_at_unload() { gapi::forget_application7(); }
+} g_forget;
+} // namespace
 
 CMarloUssApp& theApp()
 {
@@ -13,7 +20,8 @@ CMarloUssApp& theApp()
 
 CMarloUssApp::CMarloUssApp()
 {
-    gapi::set_application_object(this);
+    // The module-level instance is the first; any other (tests) is never subscribed.
+    if (!gapi::application_object()) gapi::set_application_object(this);
 }
 
 CMarloUssApp::~CMarloUssApp()
