@@ -530,7 +530,7 @@ bool attribute_SetOldNumber(es_attribute_t* attribute, int32_t number)
     {                                                                                              \
         return call(attribute, kEmptyText, [&](Catalog& c) {                                       \
             c.attributes(attribute->table);                                                        \
-            return attribute->member.c_str();                                                      \
+            return attribute->member->c_str();                                                     \
         });                                                                                        \
     }
 

@@ -707,12 +707,12 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
             a->index = static_cast<uint32_t>(table->attributes.size());
             a->number = q.i32(1);
             a->oldNumber = q.i32(2);
-            q.text(3, a->name);
-            q.text(4, a->description);
+            a->name = intern(q, 3);
+            a->description = intern(q, 4);
             a->type = static_cast<uint32_t>(q.i64(5));
-            q.text(6, a->varName);
-            q.text(7, a->measure);
-            q.text(8, a->formula);
+            a->varName = intern(q, 6);
+            a->measure = intern(q, 7);
+            a->formula = intern(q, 8);
             table->maxPos = std::max(table->maxPos, q.i64(9));
             table->attributes.push_back(a);
         }
@@ -726,13 +726,13 @@ es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
     const auto& list = attributes(table);
     if (list.size() <= 16) {
         for (es_attribute* a : list)
-            if (a->name == name) return a;
+            if (*a->name == name) return a;
         return nullptr;
     }
     if (!fresh(table->byNameGen)) {
         table->byName.clear();
         for (es_attribute* a : list)
-            table->byName.emplace(a->name, a);
+            table->byName.emplace(*a->name, a);
         table->byNameGen = m_gen;
     }
     auto it = table->byName.find(std::u16string(name));
@@ -768,12 +768,12 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
     a->number = number;
     a->oldNumber = number;
     a->type = type;
-    a->name = name;
-    a->description = description;
+    a->name = intern(name);
+    a->description = intern(description);
     m_attributes.emplace(id, a);
     table->maxPos = pos;
     table->attributes.push_back(a);
-    if (fresh(table->byNameGen)) table->byName.emplace(a->name, a);
+    if (fresh(table->byNameGen)) table->byName.emplace(*a->name, a);
     created(Kind::Attribute, a);
     return a;
 }
@@ -799,10 +799,10 @@ bool Catalog::setAttributeText(es_attribute* a, AttrText field, std::u16string_v
         q.bind(1, text).bind(2, a->id).run();
         return true;
     });
-    std::u16string& target = field == AttrText::VarName   ? a->varName
-                             : field == AttrText::Measure ? a->measure
-                                                          : a->formula;
-    target = text;
+    const std::u16string*& target = field == AttrText::VarName   ? a->varName
+                                    : field == AttrText::Measure ? a->measure
+                                                                 : a->formula;
+    target = intern(text);
     return true;
 }
 
@@ -1307,6 +1307,21 @@ bool Catalog::commit()
     m_scopeCreated.clear();
     m_scopeKilled.clear();
     return true;
+}
+
+const std::u16string* Catalog::intern(std::u16string_view s)
+{
+    if (s.empty()) return &kNoText;
+    m_scratch.assign(s);
+    return &*m_strings.insert(m_scratch).first;
+}
+
+const std::u16string* Catalog::intern(const Query& q, int column)
+{
+    q.text(column, m_scratch);
+    if (m_scratch.empty()) return &kNoText;
+    auto it = m_strings.find(m_scratch);
+    return it != m_strings.end() ? &*it : &*m_strings.insert(m_scratch).first;
 }
 
 void Catalog::abandonScope()

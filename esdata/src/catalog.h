@@ -142,6 +142,8 @@ private:
     void loadPacketElements(es_packet* packet);
     void markNewFolder(es_folder* f);
     void eraseFromMap(const Tracked& t);
+    const std::u16string* intern(std::u16string_view s);
+    const std::u16string* intern(const Query& q, int column);
     bool storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest);
     std::u16string filePath(const std::u16string& name) const;
 
@@ -150,6 +152,8 @@ private:
     std::u16string m_path, m_dbName, m_filesDir;
     uint64_t m_gen = 1;
     bool m_filesDirReady = false;
+    std::unordered_set<std::u16string> m_strings;
+    std::u16string m_scratch;
 
     std::deque<es_packet> m_packetArena;
     std::deque<es_folder> m_folderArena;

@@ -34,6 +34,8 @@ struct Value
 // catalog's generation so that everything is read again.
 constexpr uint64_t kStale = 0;
 
+inline const std::u16string kNoText;
+
 struct Handle
 {
     Catalog* cat = nullptr;
@@ -91,7 +93,12 @@ struct es_attribute : esdata::Handle
     int32_t number = 0;
     int32_t oldNumber = 0;
     uint32_t type = 0;
-    std::u16string name, description, varName, measure, formula;
+    // Interned in the catalog: schemas repeat the same texts in table after table.
+    const std::u16string* name = &esdata::kNoText;
+    const std::u16string* description = &esdata::kNoText;
+    const std::u16string* varName = &esdata::kNoText;
+    const std::u16string* measure = &esdata::kNoText;
+    const std::u16string* formula = &esdata::kNoText;
 };
 
 struct es_model
