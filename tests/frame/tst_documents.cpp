@@ -174,7 +174,8 @@ void DocumentsTest::layerVisibilityChanges()
 void DocumentsTest::catalogHostAnswers()
 {
 #if defined(FRAME_TEST_WITH_CATALOG)
-    install_host_documents();
+    QVERIFY(!edw::host());
+    prepare_dialog_session(); // installs the host documents for the catalog cores
     edw::IHost* host = edw::host();
     QVERIFY(host);
     QCOMPARE(host->version(), QString("23.1"));

@@ -11,6 +11,10 @@
 
 #include "host_state.h"
 
+#if defined(FRAME_TEST_WITH_LOOK)
+#include "look/look.h"
+#endif
+
 #include <QApplication>
 #include <QFile>
 #include <QPainter>
@@ -93,6 +97,8 @@ private slots:
     void messageBoxCaption_data();
     void messageBoxCaption();
     void sessionTakesHostIcon();
+    void sessionInstallsThemeSource_data();
+    void sessionInstallsThemeSource();
     void applicationClosingDropsSubscription();
     void documentLockExcludesThreads();
     void documentLocksAreIndependent();
@@ -320,6 +326,29 @@ void HostTest::sessionTakesHostIcon()
     const QImage icon = QApplication::windowIcon().pixmap(32, 32).toImage();
     QVERIFY(!icon.isNull());
     QCOMPARE(icon.pixelColor(16, 16), QColor(Qt::red));
+}
+
+void HostTest::sessionInstallsThemeSource_data()
+{
+    QTest::addColumn<int>("theme");
+    QTest::addColumn<bool>("dark");
+    QTest::newRow("light") << 0 << false;
+    QTest::newRow("system") << 1 << false;
+    QTest::newRow("dark") << 2 << true;
+}
+
+void HostTest::sessionInstallsThemeSource()
+{
+#if defined(FRAME_TEST_WITH_LOOK)
+    QFETCH(int, theme);
+    QFETCH(bool, dark);
+    prepare_dialog_session();
+    sandbox::set_theme(theme);
+    QCOMPARE(qt::dark_theme(), dark);
+    sandbox::set_theme(sandbox::theme_light);
+#else
+    QSKIP("the look is not part of this build");
+#endif
 }
 
 void HostTest::applicationClosingDropsSubscription()
