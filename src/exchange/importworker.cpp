@@ -15,6 +15,9 @@
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
+#include <optional>
+#include <unordered_map>
+
 namespace exchange {
 
 namespace {
@@ -24,12 +27,115 @@ std::u16string es(const QString& text)
     return edw::toEs(text);
 }
 
+bool sameText(const char16_t* stored, const QString& text)
+{
+    if (!stored) return text.isEmpty();
+    return QStringView(stored) == text;
+}
+
+void setText(es_attribute_t* attribute, const char16_t* (*get)(es_attribute_t*),
+             bool (*set)(es_attribute_t*, const char16_t*), const QString& text)
+{
+    if (!sameText(get(attribute), text)) set(attribute, es(text).c_str());
+}
+
 } // namespace
+
+// Packets and folders met so far, by name. A catalog folder may hold thousands of element
+// folders; looking each name up by walking the children would make an import quadratic.
+// What a record adds is forgotten again when its writes are rolled back, since the store
+// drops those handles.
+struct ImportWorker::Tree
+{
+    using Children = std::unordered_map<std::u16string, es_folder_t*>;
+
+    es_provider_t* provider = nullptr;
+    std::optional<std::unordered_map<std::u16string, es_packet_t*>> packets;
+    std::unordered_map<es_folder_t*, Children> children;
+    // Added during the current record: (parent or null for a packet, name).
+    std::vector<std::pair<es_folder_t*, std::u16string>> added;
+
+    es_packet_t* packet(const QString& name)
+    {
+        if (name.isEmpty()) return nullptr;
+        if (!packets) {
+            packets.emplace();
+            const uint32_t count = provider_GetPacketCount(provider);
+            for (uint32_t i = 0; i < count; ++i) {
+                es_packet_t* p = provider_GetPacket(provider, i);
+                if (p) packets->emplace(std::u16string(packet_GetName(p)), p);
+            }
+        }
+        std::u16string key = es(name);
+        if (const auto it = packets->find(key); it != packets->end()) return it->second;
+        es_packet_t* p = provider_AddPacket(provider, key.c_str());
+        if (p) {
+            packets->emplace(key, p);
+            added.emplace_back(nullptr, std::move(key));
+        }
+        return p;
+    }
+
+    es_folder_t* child(es_folder_t* parent, const QString& name)
+    {
+        auto [it, fresh] = children.try_emplace(parent);
+        Children& known = it->second;
+        if (fresh) {
+            const uint32_t count = folder_GetChildFolderCount(parent);
+            known.reserve(count);
+            for (uint32_t i = 0; i < count; ++i) {
+                es_folder_t* f = folder_GetChildFolder(parent, i);
+                if (f) known.emplace(std::u16string(folder_GetName(f)), f);
+            }
+        }
+        std::u16string key = es(name);
+        if (const auto found = known.find(key); found != known.end()) return found->second;
+        es_folder_t* f = folder_AddChildFolder(parent, key.c_str());
+        if (f) {
+            known.emplace(key, f);
+            added.emplace_back(parent, std::move(key));
+        }
+        return f;
+    }
+
+    es_folder_t* path(es_packet_t* packet, const QString& path)
+    {
+        es_folder_t* current = packet_GetRootFolder(packet);
+        for (const QStringView part : QStringView(path).split(u'\\', Qt::SkipEmptyParts)) {
+            if (!current) return nullptr;
+            for (const QStringView piece : part.split(u'/', Qt::SkipEmptyParts))
+                current = current ? child(current, piece.toString()) : nullptr;
+        }
+        return current;
+    }
+
+    void commit() { added.clear(); }
+
+    void rollback()
+    {
+        for (const auto& [parent, name] : added) {
+            if (!parent) {
+                if (packets) packets->erase(name);
+                continue;
+            }
+            if (const auto it = children.find(parent); it != children.end()) {
+                if (const auto gone = it->second.find(name); gone != it->second.end()) {
+                    children.erase(gone->second);
+                    it->second.erase(gone);
+                }
+            }
+        }
+        added.clear();
+    }
+};
 
 ImportWorker::ImportWorker(ImportArchive& archive, es_provider_t* provider,
                            std::vector<ImportRecord> records, QObject* parent)
-    : QObject(parent), m_archive(archive), m_provider(provider), m_records(std::move(records))
-{}
+    : QObject(parent), m_archive(archive), m_provider(provider), m_records(std::move(records)),
+      m_tree(std::make_unique<Tree>())
+{
+    m_tree->provider = provider;
+}
 
 ImportWorker::~ImportWorker()
 {
@@ -67,10 +173,13 @@ void ImportWorker::run()
             state = m_stateWord->load();
         }
         if (state == Stop) break;
-        if (importRecord(record))
+        if (importRecord(record)) {
+            m_tree->commit();
             ++m_written;
-        else
+        } else {
+            m_tree->rollback();
             ++m_skipped;
+        }
         emit progress(++m_done);
     }
     emit finished();
@@ -102,11 +211,15 @@ bool ImportWorker::importRecord(const ImportRecord& record)
                 attribute = table_AddAttribute(
                     table, name.c_str(), es(a.desc.value_or(a.name)).c_str(), uint32_t(a.type));
             if (!attribute) continue;
-            attribute_SetVarName(attribute, es(a.var).c_str());
-            attribute_SetFormula(attribute, es(a.formula.value_or(QString())).c_str());
-            attribute_SetMeasure(attribute, es(a.measure).c_str());
-            attribute_SetNumber(attribute, a.num);
-            attribute_SetOldNumber(attribute, a.oldNum.value_or(a.num));
+            // Each setter is a write of its own: only what differs is written.
+            setText(attribute, attribute_GetVarName, attribute_SetVarName, a.var);
+            setText(attribute, attribute_GetFormula, attribute_SetFormula,
+                    a.formula.value_or(QString()));
+            setText(attribute, attribute_GetMeasure, attribute_SetMeasure, a.measure);
+            if (attribute_GetNumber(attribute) != a.num) attribute_SetNumber(attribute, a.num);
+            const int oldNum = a.oldNum.value_or(a.num);
+            if (attribute_GetOldNumber(attribute) != oldNum)
+                attribute_SetOldNumber(attribute, oldNum);
             if (!a.formula && a.val) edw::writeValue(element, attribute, *a.val);
         }
 

@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <atomic>
+#include <memory>
 #include <vector>
 
 namespace exchange {
@@ -88,6 +89,8 @@ private:
     std::atomic<int> m_skipped{0};
     QFuture<void> m_future;
     QFutureWatcher<void> m_watcher;
+    struct Tree;
+    std::unique_ptr<Tree> m_tree;
 };
 
 } // namespace exchange
