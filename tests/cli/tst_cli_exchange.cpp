@@ -3,6 +3,7 @@
 #include "clitestsupport.h"
 
 #include <QDir>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
@@ -41,6 +42,8 @@ private slots:
     void rejectedArchives();
     void verifyAcceptsWrittenArchive();
     void verifyRejectsDamagedEntry();
+    void progressBarOnlyOnTerminal_data();
+    void progressBarOnlyOnTerminal();
 
 private:
     QString path(const QString& name) const { return m_dir.filePath(name); }
@@ -296,6 +299,42 @@ void CliExchange::verifyRejectsDamagedEntry()
     QCOMPARE(run.exitCode, 1);
     QVERIFY2(run.out.contains("TX\\model\\1.m3d: "), qPrintable(run.out));
     QVERIFY2(run.out.endsWith("FAILED\n"), qPrintable(run.out));
+}
+
+void CliExchange::progressBarOnlyOnTerminal_data()
+{
+    QTest::addColumn<bool>("terminal");
+    QTest::newRow("terminal") << true;
+    QTest::newRow("pipe") << false;
+}
+
+void CliExchange::progressBarOnlyOnTerminal()
+{
+    QFETCH(bool, terminal);
+    const QString source = path("progress_source.db");
+    if (!QFile::exists(source)) makeSource("progress_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path(terminal ? "progress_tty.uss" : "progress_pipe.uss");
+    QString seen;
+    if (terminal) {
+        // script(1) gives ussctl a pseudo-terminal and copies what it draws to our pipe.
+        QProcess process;
+        process.start("script",
+                      {"-q", "-e", "-c",
+                       QString("%1 export %2 %3").arg(USSCTL_PATH, source, archive), "/dev/null"});
+        QVERIFY2(process.waitForFinished(60000), "script(1) did not finish");
+        QCOMPARE(process.exitCode(), 0);
+        seen = QString::fromUtf8(process.readAll());
+    } else {
+        const Run run = ussctl({"export", source, archive});
+        QCOMPARE(run.exitCode, 0);
+        seen = run.err;
+    }
+    QVERIFY(QFile::exists(archive));
+    const QString finalBar =
+        "Экспорт пользовательских элементов: [" + QString(30, '#') + "] 100% (8/8)";
+    QCOMPARE(seen.contains(finalBar), terminal);
+    if (!terminal) QVERIFY2(!seen.contains('\r'), "a redrawn bar in piped output");
+    QCOMPARE(seen.contains(QString("\r") + "Экспорт"), terminal);
 }
 
 QTEST_GUILESS_MAIN(CliExchange)
