@@ -11,7 +11,10 @@ wchar_t* keep(std::wstring& buffer, const QString& text)
     // callers stays the same from call to call.
     constexpr size_t longestPath = 32768;
     if (buffer.capacity() < longestPath) buffer.reserve(longestPath);
-    buffer.assign(text.toStdWString());
+    // Copy into the reserved room: assigning the converted string itself would move its
+    // storage in and change the address.
+    const std::wstring converted = text.toStdWString();
+    buffer.assign(converted.data(), converted.size());
     return buffer.data();
 }
 
