@@ -26,6 +26,14 @@ QByteArray writeDocument(const QString& key, const std::vector<es_stdsize_t*>& e
                          FileRegistry& registry, const std::function<void(int)>& progress,
                          const QString& exportDate = QString());
 
+// The same document written straight into the file at path, element by element, so that its
+// size never matters for memory. Byte for byte what writeDocument returns. False when the
+// file cannot be written.
+bool writeDocumentFile(const QString& path, const QString& key,
+                       const std::vector<es_stdsize_t*>& elements, FileRegistry& registry,
+                       const std::function<void(int)>& progress,
+                       const QString& exportDate = QString());
+
 struct ParsedDocument
 {
     DocumentHeader header;

@@ -110,17 +110,21 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
     };
 
     double position = 0.0;
-    const QByteArray document = writeDocument(
-        key, elements, registry,
+    // The document goes to a file of the working folder and is streamed into the archive
+    // like every other file: its size never has to fit in memory.
+    const QString documentPath = QDir(folder).filePath(QStringLiteral("document.json"));
+    const bool written = writeDocumentFile(
+        documentPath, key, elements, registry,
         [&](int index) {
             // Only odd indexes advance: this phase fills about a quarter of the range, and
             // the file phase spreads the rest from where this one stopped.
-            if (index % 2 == 1) position += 1.0;
+            if (index % 2 == 1)
+                position += 1.0;
             progress.setValue(int(position));
             keepAlive();
         },
         options.exportDate);
-    if (document.isEmpty()) {
+    if (!written) {
         edw::messenger().critical(QString(), texts::jsonFailed());
         return false;
     }
@@ -135,7 +139,7 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
         return false;
     }
     try {
-        archive->addBytes(document, key + QStringLiteral(".json"));
+        archive->addFile(documentPath, key + QStringLiteral(".json"));
     } catch (const std::exception& e) {
         qDebug() << e.what();
         edw::messenger().critical(QString(), texts::jsonAddFailed());

@@ -1,6 +1,7 @@
 #include "Libs/zipper/unzip.h"
 #include "exchange.h"
 #include "exchange_fixture.h"
+#include "document.h"
 #include "fileregistry.h"
 #include "ziptestsupport.h"
 
@@ -36,6 +37,8 @@ private slots:
     void previousVersionStoresConvertedFilesWithTheirDigest();
     void previousVersionFailureKeepsSourceAndDigest();
     void unknownDatabaseKindThrows();
+    void streamedDocumentEqualsStyledWriter_data();
+    void streamedDocumentEqualsStyledWriter();
 
 private:
     QJsonObject document(const QString& archive, const QString& key = QStringLiteral("TX"));
@@ -405,6 +408,61 @@ void TestExport::unknownDatabaseKindThrows()
         QCOMPARE(QString(error.what()), "Unknown user database");
     }
     QVERIFY(!QFileInfo::exists(m_out->filePath("a.uss")));
+}
+
+void TestExport::streamedDocumentEqualsStyledWriter_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::newRow("no element") << 0;
+    QTest::newRow("one element") << 1;
+    QTest::newRow("every kind of element") << 4;
+}
+
+void TestExport::streamedDocumentEqualsStyledWriter()
+{
+    QFETCH(int, count);
+    std::vector<es_stdsize_t*> elements;
+    es_stdsize_t* rich = m_catalog->addElement("ПЭ \"Трубы\"", "A\\B", "R1", "T\"ype");
+    addAttribute(rich, {"Name", 3, "Труба \"стальная\"\\ 1/2\t\x01", {}, "Имя", "N", "мм"});
+    addAttribute(rich, {"Len", 2, "1e-7", {}, {}, {}, {}, -2});
+    addAttribute(rich, {"F", 1, QString(), "{A1}+\"x\""});
+    addAttribute(rich, {"Count", 1, "-2147483648"});
+    setModel(rich, m_catalog->writeFile("r.m3d", "r"), m_catalog->writeFile("r.png", "i"), "Мод",
+             -3);
+    addProjection(rich, "Вид ☃", m_catalog->writeFile("r.frw", "f"), {}, 5, 2);
+    addProjection(rich, "", m_catalog->writeFile("q.frw", "q"), {}, 1, 0);
+    const QByteArray repr = "<r/>";
+    stdsize_SetRepresentationData(rich, repr.constData(), size_t(repr.size()));
+    std::vector<edw::SpecDescription> specs(2);
+    specs[0].libName = "Л";
+    specs[0].columns = {{1, "{A1}"}, {2, ""}};
+    specs[1].styleNum = -1;
+    edw::runCreateSpec(specs, rich);
+    es_stdsize_t* bare = m_catalog->addElement("P", "", "B1", "");
+    es_stdsize_t* shared = m_catalog->addElement("P", "F", "S1");
+    setModel(shared, m_catalog->writeFile("s.m3d", "r"), {}, "same digest", 1);
+    es_stdsize_t* oneAttr = m_catalog->addElement("P", "F", "O1");
+    addAttribute(oneAttr, {"X", 2, "0,5"});
+    const std::vector<es_stdsize_t*> all{rich, bare, shared, oneAttr};
+    elements.assign(all.begin(), all.begin() + count);
+
+    QTemporaryDir work;
+    QList<int> treeCalls;
+    QList<int> streamCalls;
+    exchange::FileRegistry treeRegistry("TX", false, work.path());
+    const QByteArray tree =
+        exchange::writeDocument("TX", elements, treeRegistry, [&](int i) { treeCalls << i; },
+                                "2024.03.05 14:07:31");
+    exchange::FileRegistry streamRegistry("TX", false, work.path());
+    const QString file = work.filePath("doc.json");
+    QVERIFY(exchange::writeDocumentFile(file, "TX", elements, streamRegistry,
+                                        [&](int i) { streamCalls << i; }, "2024.03.05 14:07:31"));
+    const QByteArray streamed = ziptest::readFile(file);
+    QVERIFY(!tree.isEmpty());
+    QCOMPARE(streamed, tree);
+    QCOMPARE(streamCalls, treeCalls);
+    QCOMPARE(streamCalls.size(), count);
+    QCOMPARE(streamRegistry.lastNumber(), treeRegistry.lastNumber());
 }
 
 QTEST_GUILESS_MAIN(TestExport)

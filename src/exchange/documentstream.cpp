@@ -1,0 +1,358 @@
+#include "document.h"
+
+#include "fileregistry.h"
+
+#include <catalog/catalog_tree.h>
+#include <catalog/esconvert.h>
+
+#include <QDateTime>
+#include <QDebug>
+#include <QFile>
+
+#include <json/json.h>
+
+#include <string>
+
+namespace exchange {
+
+namespace {
+
+// Prints the exchange document element by element with exactly the layout of JsonCpp's
+// styled writer (three-space indent, " : " after names, members in byte order, every
+// non-empty array of objects on lines of its own), without building the value tree of the
+// whole document: a catalog of many thousand elements is written in constant memory.
+class StyledStream
+{
+public:
+    explicit StyledStream(QFile& file) : m_file(file) {}
+
+    void beginObject()
+    {
+        withIndent("{");
+        m_indent.append(3, ' ');
+        m_first = true;
+    }
+    void endObject()
+    {
+        m_indent.resize(m_indent.size() - 3);
+        withIndent("}");
+        m_first = false;
+    }
+    // The name of the next member; members must come in byte order of their names.
+    void name(const char* name)
+    {
+        if (!m_first)
+            put(',');
+        m_first = false;
+        withIndent(Json::valueToQuotedString(name));
+        put(" : ");
+    }
+    void beginArray()
+    {
+        withIndent("[");
+        m_indent.append(3, ' ');
+        m_first = true;
+    }
+    // Before each element of an array.
+    void item()
+    {
+        if (!m_first)
+            put(',');
+        m_first = false;
+        indent();
+    }
+    void endArray()
+    {
+        m_indent.resize(m_indent.size() - 3);
+        withIndent("]");
+        m_first = false;
+    }
+    void emptyArray() { put("[]"); }
+    void null() { put("null"); }
+    void value(const std::string& text) { put(Json::valueToQuotedString(text.c_str())); }
+    void value(const QString& text) { value(text.toStdString()); }
+    void value(const char16_t* text) { value(edw::fromEs(text).toStdString()); }
+    void value(int number) { put(Json::valueToString(Json::Int(number))); }
+    void value(unsigned number) { put(Json::valueToString(Json::UInt(number))); }
+
+    void finish()
+    {
+        put('\n');
+        flush();
+    }
+    // Writes what was printed so far; false when the file refused it.
+    bool flush()
+    {
+        if (m_buffer.empty())
+            return m_ok;
+        if (m_file.write(m_buffer.data(), qint64(m_buffer.size())) != qint64(m_buffer.size()))
+            m_ok = false;
+        m_buffer.clear();
+        return m_ok;
+    }
+    bool ok() const { return m_ok; }
+
+private:
+    // The styled writer's indentation rule: nothing after a blank (the value follows a name
+    // or an indent already), else a new line and the current indent.
+    void indent()
+    {
+        if (m_last) {
+            if (m_last == ' ')
+                return;
+            if (m_last != '\n')
+                put('\n');
+        }
+        put(m_indent);
+    }
+    void withIndent(const std::string& text)
+    {
+        indent();
+        put(text);
+    }
+    void put(char c)
+    {
+        m_buffer.push_back(c);
+        m_last = c;
+    }
+    void put(const std::string& text)
+    {
+        if (text.empty())
+            return;
+        m_buffer.append(text);
+        m_last = text.back();
+    }
+
+    QFile& m_file;
+    std::string m_buffer;
+    std::string m_indent;
+    char m_last = 0;
+    bool m_first = true;
+    bool m_ok = true;
+};
+
+void attribute(StyledStream& out, es_stdsize_t* element, es_attribute_t* a)
+{
+    const std::string name = edw::fromEs(attribute_GetName(a)).toStdString();
+    const int num = attribute_GetNumber(a);
+    const std::string desc = edw::fromEs(attribute_GetDescription(a)).toStdString();
+    const std::string formula = edw::fromEs(attribute_GetFormula(a)).toStdString();
+    const std::string measure = edw::fromEs(attribute_GetMeasure(a)).toStdString();
+    const std::string var = edw::fromEs(attribute_GetVarName(a)).toStdString();
+    const int oldNum = attribute_GetOldNumber(a);
+
+    out.beginObject();
+    if (desc != name) {
+        out.name("desc");
+        out.value(desc);
+    }
+    if (!formula.empty()) {
+        out.name("formula");
+        out.value(formula);
+    }
+    if (!measure.empty()) {
+        out.name("measure");
+        out.value(measure);
+    }
+    out.name("name");
+    out.value(name);
+    out.name("num");
+    out.value(num);
+    if (oldNum != num) {
+        out.name("old-num");
+        out.value(oldNum);
+    }
+    out.name("type");
+    out.value(attribute_GetType(a));
+    if (formula.empty()) {
+        es_value value{};
+        stdsize_GetValue(element, a, &value);
+        out.name("val");
+        out.value(edw::valueToText(value));
+    }
+    if (!var.empty()) {
+        out.name("var");
+        out.value(var);
+    }
+    out.endObject();
+}
+
+void fileMembers(StyledStream& out, const FileRecord& record)
+{
+    out.name("digest");
+    out.value(record.digest);
+    out.name("file");
+    out.value(record.entry);
+    out.name("icon");
+    out.value(record.iconEntry);
+}
+
+void element(StyledStream& out, es_stdsize_t* e, FileRegistry& registry)
+{
+    es_folder_t* folder = edw::folderOf(e);
+    es_table_t* table = stdsize_GetTable(e);
+    out.beginObject();
+
+    out.name("atr");
+    const uint32_t attributeCount = table_GetAttributeCount(table);
+    if (attributeCount == 0) {
+        out.emptyArray();
+    } else {
+        out.beginArray();
+        for (uint32_t i = 0; i < attributeCount; ++i) {
+            out.item();
+            attribute(out, e, table_GetAttribute(table, i));
+        }
+        out.endArray();
+    }
+    out.name("folder");
+    out.value(edw::folderPath(folder));
+    out.name("id");
+    out.value(stdsize_GetID(e));
+
+    // Registry numbers go to the model, then the fragments, then the representation; the
+    // members come out in that order too.
+    out.name("model");
+    es_model_t* model = stdsize_GetModel(e);
+    if (model && !model_IsEmpty(model)) {
+        const FileRecord& record = registry.model(model);
+        out.beginObject();
+        fileMembers(out, record);
+        out.name("name");
+        out.value(model_GetModelName(model));
+        out.name("version");
+        out.value(int(model_GetVersion(model)));
+        out.endObject();
+    } else {
+        out.null();
+    }
+
+    out.name("packet");
+    out.value(packet_GetName(folder_GetPacket(folder)));
+
+    out.name("prj");
+    es_projections_t* list = stdsize_GetProjections(e);
+    const uint32_t projectionCount = projections_GetProjectioCount(list);
+    if (projectionCount == 0) {
+        out.emptyArray();
+    } else {
+        out.beginArray();
+        for (uint32_t i = 0; i < projectionCount; ++i) {
+            es_projection_t* p = projections_GetProjection(list, i);
+            const FileRecord& record = registry.fragment(p);
+            out.item();
+            out.beginObject();
+            fileMembers(out, record);
+            out.name("name");
+            out.value(projection_GetName(p));
+            out.name("type");
+            out.value(projection_GetType(p));
+            out.name("view");
+            out.value(projection_GetViewType(p));
+            out.endObject();
+        }
+        out.endArray();
+    }
+
+    const void* data = nullptr;
+    const size_t size = stdsize_GetRepresentationData(e, &data);
+    if (size > 0 && data) {
+        const FileRecord& record =
+            registry.representation(QByteArray(static_cast<const char*>(data), qsizetype(size)));
+        out.name("repPath");
+        out.value(record.entry);
+    }
+
+    const uint32_t specCount = stdsize_GetSpecificationCount(e);
+    if (specCount > 0) {
+        out.name("spc");
+        out.beginArray();
+        for (uint32_t i = 0; i < specCount; ++i) {
+            es_spec_t* s = stdsize_GetSpecification(e, i);
+            out.item();
+            out.beginObject();
+            out.name("column");
+            const uint32_t columnCount = spec_ColumnCount(s);
+            if (columnCount == 0) {
+                out.emptyArray();
+            } else {
+                out.beginArray();
+                for (uint32_t c = 0; c < columnCount; ++c) {
+                    out.item();
+                    out.beginObject();
+                    out.name("num");
+                    out.value(int(spec_ColumnNumber(s, c)));
+                    out.name("val");
+                    out.value(spec_ColumnFormula(s, c));
+                    out.endObject();
+                }
+                out.endArray();
+            }
+            out.name("fPart");
+            out.value(int(spec_FirstPart(s)));
+            out.name("libName");
+            out.value(spec_LibName(s));
+            out.name("sPart");
+            out.value(int(spec_SecondPart(s)));
+            out.name("style");
+            out.value(int(spec_Style(s)));
+            out.endObject();
+        }
+        out.endArray();
+    }
+
+    out.name("type");
+    out.value(stdsize_GetType(e));
+    out.endObject();
+}
+
+} // namespace
+
+bool writeDocumentFile(const QString& path, const QString& key,
+                       const std::vector<es_stdsize_t*>& elements, FileRegistry& registry,
+                       const std::function<void(int)>& progress, const QString& exportDate)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    try {
+        StyledStream out(file);
+        out.beginObject();
+        out.name("comment");
+        out.beginObject();
+        out.name("encoding");
+        out.value(std::string("utf8"));
+        out.name("export-date");
+        out.value(exportDate.isEmpty() ? QDateTime::currentDateTimeUtc().toString(
+                                             QStringLiteral("yyyy.MM.dd HH:mm:ss"))
+                                       : exportDate);
+        out.name("item-count");
+        out.value(unsigned(elements.size()));
+        out.name("lib-name");
+        out.value(key);
+        out.endObject();
+        out.name("std-size");
+        if (elements.empty()) {
+            out.emptyArray();
+        } else {
+            out.beginArray();
+            for (size_t i = 0; i < elements.size(); ++i) {
+                if (progress)
+                    progress(int(i));
+                out.item();
+                element(out, elements[i], registry);
+                if (!out.flush())
+                    return false;
+            }
+            out.endArray();
+        }
+        out.endObject();
+        out.finish();
+        return out.ok() && file.flush();
+    } catch (const std::exception& e) {
+        qDebug() << "exchange document:" << e.what();
+        return false;
+    }
+}
+
+} // namespace exchange
