@@ -14,6 +14,9 @@ using handle = std::uintptr_t;
 void make_child_style(handle window);
 // Makes parent the native parent (owner) of window.
 void set_parent(handle window, handle parent);
+// Makes a top-level window of the library (a dialog being shown) belong to parent where the
+// embedding parent alone does not give it that owner.
+void adopt_window(handle window, handle parent);
 void enable(handle window, bool enabled);
 bool is_enabled(handle window);
 // Gives keyboard focus to the window without activating it.

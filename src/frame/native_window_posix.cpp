@@ -32,6 +32,15 @@ void set_parent(handle window, handle parent)
     child->windowHandle()->setTransientParent(owner->windowHandle());
 }
 
+// The embedding widget stays hidden, so a dialog transient for it would have no visible owner.
+void adopt_window(handle window, handle parent)
+{
+    QWidget* child = widget(window);
+    QWidget* owner = widget(parent);
+    if (!child || !owner || !child->windowHandle() || !owner->window()->windowHandle()) return;
+    child->windowHandle()->setTransientParent(owner->window()->windowHandle());
+}
+
 // A disabled native window keeps its focused control; a disabled widget loses it, so it is
 // remembered here and given back when the window is enabled again.
 static QHash<QWidget*, QPointer<QWidget>>& focus_before_disable()

@@ -23,6 +23,10 @@ void set_parent(handle window, handle parent)
     if (window) ::SetParent(hwnd(window), hwnd(parent));
 }
 
+// The dialog's owner chain already runs through the embedded child window.
+void adopt_window(handle, handle)
+{}
+
 void enable(handle window, bool enabled)
 {
     if (window) ::EnableWindow(hwnd(window), enabled ? TRUE : FALSE);

@@ -69,6 +69,8 @@ bool QWinWidget::eventFilter(QObject* watched, QEvent* event)
                 if (!m_previousFocus) m_previousFocus = m_parentWindow;
             }
             hide();
+            if (m_parentWindow && child->internalWinId())
+                native::adopt_window(native::handle(child->internalWinId()), m_parentWindow);
             if (child->isModal() && !m_reenableParent) {
                 native::enable(m_parentWindow, false);
                 m_reenableParent = true;

@@ -78,6 +78,7 @@ void WinWidgetTest::modalDialogDisablesHostWhileRunning()
 {
     QFETCH(bool, accept);
     bool disabledWhileRunning = false;
+    bool ownedByHost = false;
     int result = -1;
     {
         QWinWidget frame(m_host->winId());
@@ -85,12 +86,14 @@ void WinWidgetTest::modalDialogDisablesHostWhileRunning()
         dialog.setObjectName("embeddedDialog");
         when_running(&dialog, [&] {
             disabledWhileRunning = !m_host->isEnabled();
+            ownedByHost = dialog.windowHandle()->transientParent() == m_host->windowHandle();
             accept ? dialog.accept() : dialog.reject();
         });
         result = dialog.exec();
         QVERIFY(frame.isHidden());
     }
     QVERIFY(disabledWhileRunning);
+    QVERIFY(ownedByHost);
     QVERIFY(m_host->isEnabled());
     QCOMPARE(result, accept ? int(QDialog::Accepted) : int(QDialog::Rejected));
     QCOMPARE(m_host->focusWidget(), m_hostEdit);
