@@ -41,8 +41,7 @@ public:
     // The name of the next member; members must come in byte order of their names.
     void name(const char* name)
     {
-        if (!m_first)
-            put(',');
+        if (!m_first) put(',');
         m_first = false;
         withIndent(Json::valueToQuotedString(name));
         put(" : ");
@@ -56,8 +55,7 @@ public:
     // Before each element of an array.
     void item()
     {
-        if (!m_first)
-            put(',');
+        if (!m_first) put(',');
         m_first = false;
         indent();
     }
@@ -83,8 +81,7 @@ public:
     // Writes what was printed so far; false when the file refused it.
     bool flush()
     {
-        if (m_buffer.empty())
-            return m_ok;
+        if (m_buffer.empty()) return m_ok;
         if (m_file.write(m_buffer.data(), qint64(m_buffer.size())) != qint64(m_buffer.size()))
             m_ok = false;
         m_buffer.clear();
@@ -98,10 +95,8 @@ private:
     void indent()
     {
         if (m_last) {
-            if (m_last == ' ')
-                return;
-            if (m_last != '\n')
-                put('\n');
+            if (m_last == ' ') return;
+            if (m_last != '\n') put('\n');
         }
         put(m_indent);
     }
@@ -117,8 +112,7 @@ private:
     }
     void put(const std::string& text)
     {
-        if (text.empty())
-            return;
+        if (text.empty()) return;
         m_buffer.append(text);
         m_last = text.back();
     }
@@ -313,8 +307,7 @@ bool writeDocumentFile(const QString& path, const QString& key,
                        const std::function<void(int)>& progress, const QString& exportDate)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) return false;
     try {
         StyledStream out(file);
         out.beginObject();
@@ -337,12 +330,10 @@ bool writeDocumentFile(const QString& path, const QString& key,
         } else {
             out.beginArray();
             for (size_t i = 0; i < elements.size(); ++i) {
-                if (progress)
-                    progress(int(i));
+                if (progress) progress(int(i));
                 out.item();
                 element(out, elements[i], registry);
-                if (!out.flush())
-                    return false;
+                if (!out.flush()) return false;
             }
             out.endArray();
         }

@@ -118,8 +118,7 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
         [&](int index) {
             // Only odd indexes advance: this phase fills about a quarter of the range, and
             // the file phase spreads the rest from where this one stopped.
-            if (index % 2 == 1)
-                position += 1.0;
+            if (index % 2 == 1) position += 1.0;
             progress.setValue(int(position));
             keepAlive();
         },

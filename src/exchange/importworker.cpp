@@ -9,6 +9,7 @@
 #include <catalog/transaction_scope.h>
 
 #include <QDebug>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFutureInterface>
 #include <QThread>
@@ -163,36 +164,90 @@ void ImportWorker::wait()
     if (m_future.isValid()) m_future.waitForFinished();
 }
 
+// Elements are written in batches, each batch in one transaction of the store (a commit per
+// element would cost more than the element). Every element stays all or nothing: a batch in
+// which one element fails is undone and written again one element per transaction, a batch is
+// committed before the worker pauses or stops, and a killed import loses only the elements of
+// its open batch, never a part of one.
 void ImportWorker::run()
 {
-    for (const ImportRecord& record : m_records) {
-        // The GUI thread pauses while it asks the user whether to stop.
+    const bool batches = edw::TransactionScope::supported();
+    const size_t count = m_records.size();
+    std::optional<edw::TransactionScope> batch;
+    size_t batchStart = 0;
+    QElapsedTimer batchAge;
+
+    // Writes records [from, to) again, one transaction each; returns how many were written.
+    auto oneByOne = [this](size_t from, size_t to) {
+        int written = 0;
+        for (size_t j = from; j < to; ++j) {
+            std::optional<edw::TransactionScope> single;
+            single.emplace(m_provider);
+            if (writeRecord(m_records[j]) && single->commit()) {
+                m_tree->commit();
+                ++written;
+            } else {
+                single.reset();
+                m_tree->rollback();
+                ++m_skipped;
+            }
+        }
+        return written;
+    };
+    // Closes the open batch ending before record end.
+    auto closeBatch = [&](size_t end) {
+        if (!batch) return;
+        if (batch->commit()) {
+            m_tree->commit();
+            m_written += int(end - batchStart);
+        } else {
+            batch.reset();
+            m_tree->rollback();
+            m_written += oneByOne(batchStart, end);
+        }
+        batch.reset();
+    };
+
+    size_t i = 0;
+    for (; i < count; ++i) {
         int state = m_stateWord->load();
+        if (state != Run) closeBatch(i);
+        // The GUI thread pauses while it asks the user whether to stop.
         while (state == Pause) {
             QThread::msleep(150);
             state = m_stateWord->load();
         }
         if (state == Stop) break;
-        if (importRecord(record)) {
-            m_tree->commit();
-            ++m_written;
-        } else {
+
+        if (!batches) {
+            m_written += oneByOne(i, i + 1);
+            emit progress(++m_done);
+            continue;
+        }
+        if (!batch) {
+            batch.emplace(m_provider);
+            batchStart = i;
+            batchAge.start();
+        }
+        if (!writeRecord(m_records[i])) {
+            batch.reset();
             m_tree->rollback();
-            ++m_skipped;
+            m_written += oneByOne(batchStart, i + 1);
+        } else if (i + 1 - batchStart >= 256 || batchAge.elapsed() > 500) {
+            closeBatch(i + 1);
         }
         emit progress(++m_done);
     }
+    closeBatch(i);
     emit finished();
 }
 
-bool ImportWorker::importRecord(const ImportRecord& record)
+bool ImportWorker::writeRecord(const ImportRecord& record)
 {
     try {
-        edw::TransactionScope transaction(m_provider);
-
-        es_packet_t* packet = edw::findOrAddPacket(m_provider, record.packet);
+        es_packet_t* packet = m_tree->packet(record.packet);
         if (!packet) return false;
-        es_folder_t* folder = edw::ensureFolderPath(packet, record.folder);
+        es_folder_t* folder = m_tree->path(packet, record.folder);
         es_table_t* table = folder_GetTable(folder);
         if (!table) return false;
         if (record.existing) {
@@ -265,7 +320,7 @@ bool ImportWorker::importRecord(const ImportRecord& record)
             }
             if (!edw::runCreateSpec(specs, element)) return false;
         }
-        return transaction.commit();
+        return true;
     } catch (const std::exception& e) {
         qDebug() << "import of" << record.id << "failed:" << e.what();
         return false;

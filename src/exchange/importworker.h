@@ -77,7 +77,8 @@ signals:
     void finished();
 
 private:
-    bool importRecord(const ImportRecord& record);
+    // Writes one record without a transaction of its own; false when it cannot be written.
+    bool writeRecord(const ImportRecord& record);
 
     ImportArchive& m_archive;
     es_provider_t* m_provider;

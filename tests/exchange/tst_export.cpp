@@ -1,7 +1,7 @@
 #include "Libs/zipper/unzip.h"
+#include "document.h"
 #include "exchange.h"
 #include "exchange_fixture.h"
-#include "document.h"
 #include "fileregistry.h"
 #include "ziptestsupport.h"
 
@@ -450,13 +450,13 @@ void TestExport::streamedDocumentEqualsStyledWriter()
     QList<int> treeCalls;
     QList<int> streamCalls;
     exchange::FileRegistry treeRegistry("TX", false, work.path());
-    const QByteArray tree =
-        exchange::writeDocument("TX", elements, treeRegistry, [&](int i) { treeCalls << i; },
-                                "2024.03.05 14:07:31");
+    const QByteArray tree = exchange::writeDocument(
+        "TX", elements, treeRegistry, [&](int i) { treeCalls << i; }, "2024.03.05 14:07:31");
     exchange::FileRegistry streamRegistry("TX", false, work.path());
     const QString file = work.filePath("doc.json");
-    QVERIFY(exchange::writeDocumentFile(file, "TX", elements, streamRegistry,
-                                        [&](int i) { streamCalls << i; }, "2024.03.05 14:07:31"));
+    QVERIFY(exchange::writeDocumentFile(
+        file, "TX", elements, streamRegistry, [&](int i) { streamCalls << i; },
+        "2024.03.05 14:07:31"));
     const QByteArray streamed = ziptest::readFile(file);
     QVERIFY(!tree.isEmpty());
     QCOMPARE(streamed, tree);

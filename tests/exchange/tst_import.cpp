@@ -36,6 +36,7 @@ private slots:
     void compactionKeepsOrderOfKeptRecords();
     void recordsSharingAModelExtractItOnce();
     void importStopsAfterThird();
+    void damagedElementAmongOthersIsSkippedAlone();
     void workerRunsOnThePoolAndReportsToThisThread();
     void pausedWorkerWaitsUntilResumed();
     void laterVersionIsRecognised_data();
@@ -497,6 +498,40 @@ void TestImport::importStopsAfterThird()
     QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 3 из 10.");
     for (int i = 0; i < 10; ++i)
         QCOMPARE(m_target->find("P", QString("E%1").arg(i)) != nullptr, i < 3);
+}
+
+void TestImport::damagedElementAmongOthersIsSkippedAlone()
+{
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 5; ++i) {
+        es_stdsize_t* e = m_source->addElement("P", "F", QString("E%1").arg(i));
+        addAttribute(e, {"Count", 1, QString::number(i * 10)});
+        const QByteArray content = "MODEL-" + QByteArray::number(i) + QByteArray(200, 'x');
+        setModel(e, m_source->writeFile(QString("%1.m3d").arg(i), content), {}, "m", 1);
+        elements.push_back(e);
+    }
+    const QString path = m_out->filePath("five.uss");
+    QVERIFY(
+        ExportUss::Export(path, elements, false, edw::nullProgress(), ExportUss::Options{{}, 0}));
+    QByteArray bytes = ziptest::readFile(path);
+    QVERIFY(ziptest::damage(bytes, "MODEL-2"));
+    ziptest::writeFile(path, bytes);
+
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    QList<int> seen;
+    connect(&worker, &exchange::ImportWorker::progress, this, [&](int done) { seen << done; });
+    worker.run();
+    QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 4 из 5.");
+    QCOMPARE(worker.skipped(), 1);
+    QCOMPARE(seen, (QList<int>{1, 2, 3, 4, 5}));
+    QVERIFY(!m_target->find("P", "E2"));
+    for (int i : {0, 1, 3, 4}) {
+        es_stdsize_t* e = m_target->find("P", QString("E%1").arg(i));
+        QVERIFY(e);
+        QCOMPARE(dump(e), dump(elements[size_t(i)]));
+    }
 }
 
 void TestImport::workerRunsOnThePoolAndReportsToThisThread()
