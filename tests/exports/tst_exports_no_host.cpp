@@ -1,0 +1,97 @@
+// Without the host's automation module next to the host executable, every dialog export
+// returns its failure result and shows nothing; with it, the same calls do show dialogs.
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+// Runs the test host from folder; its lines by export name.
+QMap<QString, QString> runHost(const QString& folder, QString* error)
+{
+    QProcess host;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    host.setProcessEnvironment(env);
+    host.start(QDir(folder).filePath(QFileInfo(QStringLiteral(TEST_HOST_PATH)).fileName()));
+    if (!host.waitForFinished(120000) || host.exitStatus() != QProcess::NormalExit ||
+        host.exitCode() != 0) {
+        *error = QString::fromLocal8Bit(host.readAllStandardError());
+        host.kill();
+        return {};
+    }
+    QMap<QString, QString> lines;
+    for (const QByteArray& line : host.readAllStandardOutput().split('\n')) {
+        const qsizetype space = line.indexOf(' ');
+        if (space > 0)
+            lines[QString::fromUtf8(line.left(space))] = QString::fromUtf8(line.mid(space + 1));
+    }
+    return lines;
+}
+
+} // namespace
+
+class NoHostTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void dialogExport_data();
+    void dialogExport();
+
+private:
+    QTemporaryDir m_copy;
+    QMap<QString, QString> m_withHost;
+    QMap<QString, QString> m_withoutHost;
+};
+
+void NoHostTest::initTestCase()
+{
+    // A copy of the host's folder without the automation module.
+    QVERIFY(m_copy.isValid());
+    const QDir bin = QFileInfo(QStringLiteral(TEST_HOST_PATH)).absoluteDir();
+    const QStringList libraries = bin.entryList({"*.so", "*.so.*"}, QDir::Files);
+    QVERIFY(libraries.contains("libMarloUss.so"));
+    QVERIFY(libraries.contains("libgAPI5.so"));
+    for (const QString& name : libraries) {
+        if (!name.startsWith("libgAPI5.so"))
+            QVERIFY(QFile::copy(bin.filePath(name), m_copy.filePath(name)));
+    }
+    const QString host = QFileInfo(QStringLiteral(TEST_HOST_PATH)).fileName();
+    QVERIFY(QFile::copy(bin.filePath(host), m_copy.filePath(host)));
+
+    QString error;
+    m_withHost = runHost(bin.path(), &error);
+    QVERIFY2(!m_withHost.isEmpty(), qPrintable(error));
+    m_withoutHost = runHost(m_copy.path(), &error);
+    QVERIFY2(!m_withoutHost.isEmpty(), qPrintable(error));
+}
+
+void NoHostTest::dialogExport_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("failure");
+    QTest::newRow("section choice") << "engsys_select_part_dialog"
+                                    << "0 untouched";
+    QTest::newRow("drawing exists") << "OPEN_SAVE_CDW_DIALOG"
+                                    << "3";
+    QTest::newRow("folder chooser") << "OPEN_CHOSE_DIRECTORY_DIALOG"
+                                    << "\"\"";
+    QTest::newRow("file chooser") << "OPEN_FILE_SAVING_DIALOG"
+                                  << "\"\"";
+}
+
+void NoHostTest::dialogExport()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, failure);
+    QVERIFY2(m_withHost.value(name).endsWith("shown=1"),
+             qPrintable("with the host: " + m_withHost.value(name)));
+    QCOMPARE(m_withoutHost.value(name), failure + " shown=0");
+}
+
+QTEST_GUILESS_MAIN(NoHostTest)
+#include "tst_exports_no_host.moc"
