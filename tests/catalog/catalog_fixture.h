@@ -14,67 +14,54 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <optional>
-#include <vector>
-
 namespace testing {
 
-class RecordingMessenger : public edw::IMessenger
+// Records every message while installed.
+class ScopedMessenger : public edw::IMessenger
 {
 public:
+    ScopedMessenger() { edw::setMessenger(this); }
+    ~ScopedMessenger() override { edw::setMessenger(nullptr); }
     void information(const QString& title, const QString& text) override
     {
-        record(QStringLiteral("information"), title, text);
+        record("information", title, text);
     }
     void warning(const QString& title, const QString& text) override
     {
-        record(QStringLiteral("warning"), title, text);
+        record("warning", title, text);
     }
     void critical(const QString& title, const QString& text) override
     {
-        record(QStringLiteral("critical"), title, text);
+        record("critical", title, text);
     }
 
-    QStringList kinds;
-    QStringList titles;
-    QStringList texts;
+    QStringList kinds, titles, texts;
 
 private:
-    void record(const QString& kind, const QString& title, const QString& text)
+    void record(const char* kind, const QString& title, const QString& text)
     {
-        kinds << kind;
+        kinds << QString::fromLatin1(kind);
         titles << title;
         texts << text;
     }
 };
 
-// Installs itself as the messenger for its lifetime.
-class ScopedMessenger : public RecordingMessenger
-{
-public:
-    ScopedMessenger() { edw::setMessenger(this); }
-    ~ScopedMessenger() override { edw::setMessenger(nullptr); }
-};
-
+// The host while installed: hidden layers and the user folder come from the test.
 class FakeHost : public edw::IHost
 {
 public:
     FakeHost() { edw::setHost(this); }
     ~FakeHost() override { edw::setHost(nullptr); }
-
     std::optional<std::vector<int>> hiddenLayers(const QString& file) override
     {
-        asked << file;
         const auto it = layers.find(file);
-        if (it == layers.end()) return std::nullopt;
-        return it.value();
+        return it == layers.end() ? std::nullopt : std::optional(it.value());
     }
     bool saveAsPreviousVersion(const QString&, const QString&) override { return false; }
     QString version() override { return QStringLiteral("23.1"); }
     QString folder(int kind) override { return kind == 3 ? userFolder : QString(); }
 
     QHash<QString, std::vector<int>> layers;
-    QStringList asked;
     QString userFolder;
 };
 
@@ -83,24 +70,19 @@ class TempCatalog
 {
 public:
     explicit TempCatalog(const QString& dbName = QStringLiteral("user_tx"))
-    {
-        path = dir.filePath(QStringLiteral("catalog.db"));
-        provider = esx_OpenCatalog(edw::toEs(path).c_str(), edw::toEs(dbName).c_str(), true);
-    }
-    ~TempCatalog()
-    {
-        if (provider) esx_CloseCatalog(provider);
-    }
+        : path(dir.filePath(QStringLiteral("catalog.db"))),
+          provider(esx_OpenCatalog(edw::toEs(path).c_str(), edw::toEs(dbName).c_str(), true))
+    {}
+    ~TempCatalog() { esx_CloseCatalog(provider); }
     TempCatalog(const TempCatalog&) = delete;
     TempCatalog& operator=(const TempCatalog&) = delete;
 
     // Writes a file into the temporary folder and returns its path.
     QString writeFile(const QString& name, const QByteArray& content) const
     {
-        const QString file = dir.filePath(name);
-        QFile out(file);
+        QFile out(dir.filePath(name));
         if (out.open(QIODevice::WriteOnly)) out.write(content);
-        return file;
+        return out.fileName();
     }
 
     QTemporaryDir dir;
@@ -110,22 +92,25 @@ public:
 
 inline es_attribute_t* addAttribute(es_stdsize_t* element, const QString& name, uint32_t type)
 {
-    return table_AddAttribute(stdsize_GetTable(element), edw::toEs(name).c_str(),
-                              edw::toEs(name).c_str(), type);
+    const std::u16string text = edw::toEs(name);
+    return table_AddAttribute(stdsize_GetTable(element), text.c_str(), text.c_str(), type);
+}
+
+inline es_value valueByName(es_stdsize_t* element, const QString& name)
+{
+    es_value value{};
+    stdsize_GetValueByName(element, edw::toEs(name).c_str(), &value);
+    return value;
 }
 
 inline QString valueOf(es_stdsize_t* element, const QString& name)
 {
-    es_value value{};
-    stdsize_GetValueByName(element, edw::toEs(name).c_str(), &value);
-    return edw::valueToText(value);
+    return edw::valueToText(valueByName(element, name));
 }
 
 inline es_value_kind kindOf(es_stdsize_t* element, const QString& name)
 {
-    es_value value{};
-    stdsize_GetValueByName(element, edw::toEs(name).c_str(), &value);
-    return value.kind;
+    return valueByName(element, name).kind;
 }
 
 } // namespace testing

@@ -52,8 +52,6 @@ class ControlsTest : public QObject
 
 private slots:
     void controlListIsRead();
-    void editValueFollowsItsType_data();
-    void editValueFollowsItsType();
     void missingPanelGivesNoGroups_data();
     void missingPanelGivesNoGroups();
     void valuesComeFromTheElement();
@@ -94,43 +92,6 @@ void ControlsTest::controlListIsRead()
     QVERIFY(material);
     QCOMPARE(material->choices, (QStringList{"a", "", "b"}));
     QCOMPARE(material->value.toString(), QString());
-}
-
-void ControlsTest::editValueFollowsItsType_data()
-{
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QVariant>("expected");
-    QTest::newRow("int") << "int"
-                         << "25" << QVariant(25);
-    QTest::newRow("int not parsed") << "int"
-                                    << "12a" << QVariant(0);
-    QTest::newRow("float with comma") << "float"
-                                      << "1,6" << QVariant(1.6);
-    QTest::newRow("float not parsed") << "float"
-                                      << "1,6 МПа" << QVariant(0.0);
-    QTest::newRow("other type is text") << "bool"
-                                        << "1,6" << QVariant(QStringLiteral("1,6"));
-}
-
-void ControlsTest::editValueFollowsItsType()
-{
-    QFETCH(QString, type);
-    QFETCH(QString, value);
-    QFETCH(QVariant, expected);
-    QTemporaryDir dir;
-    const QString file = dir.filePath("d.xml");
-    QFile out(file);
-    QVERIFY(out.open(QIODevice::WriteOnly));
-    out.write(QStringLiteral("<l><command name=\"c\"><ussControlList><group title=\"g\">"
-                             "<edit attribute=\"A\" type=\"%1\" value=\"%2\"/>"
-                             "</group></ussControlList></command></l>")
-                  .arg(type, value)
-                  .toUtf8());
-    out.close();
-    const ControlList groups = readControlList(file, "c");
-    QCOMPARE(groups.size(), size_t(1));
-    QCOMPARE(groups[0].controls.front()->value, expected);
 }
 
 void ControlsTest::missingPanelGivesNoGroups_data()

@@ -9,48 +9,33 @@ class SelectionTest : public QObject
 private slots:
     void callbackResult_data();
     void callbackResult();
-    void nobodyWaitingTakesNothing();
     void onlyTheLatestPanelWaits();
 };
 
 void SelectionTest::callbackResult_data()
 {
+    QTest::addColumn<bool>("waiting");
     QTest::addColumn<int>("last");
-    QTest::addColumn<int>("returned");
     QTest::addColumn<bool>("picked");
-    QTest::newRow("point given") << 0 << 0 << true;
-    QTest::newRow("cancelled") << -1 << -1 << false;
-    QTest::newRow("other code") << 7 << 7 << false;
+    QTest::newRow("point given") << true << 0 << true;
+    QTest::newRow("cancelled") << true << -1 << false;
+    QTest::newRow("other code") << true << 7 << false;
+    QTest::newRow("nobody waiting") << false << 0 << false;
 }
 
 void SelectionTest::callbackResult()
 {
+    QFETCH(bool, waiting);
     QFETCH(int, last);
-    QFETCH(int, returned);
     QFETCH(bool, picked);
     SelectionPanel panel;
-    panel.beginWaiting();
-    QCOMPARE(SelectionPanel::current(), &panel);
+    if (waiting) panel.beginWaiting();
+    QCOMPARE(SelectionPanel::current(), waiting ? &panel : nullptr);
     double x = 125.5;
     double y = -250.25;
-    QCOMPARE(SelectionPanel::CallBackP(1, &x, &y, nullptr, nullptr, last), returned);
+    QCOMPARE(SelectionPanel::CallBackP(1, &x, &y, nullptr, nullptr, last), last);
     QCOMPARE(panel.isPicked(), picked);
     QCOMPARE(panel.point(), picked ? QPointF(125.5, -250.25) : QPointF());
-}
-
-void SelectionTest::nobodyWaitingTakesNothing()
-{
-    SelectionPanel panel;
-    double x = 1;
-    double y = 2;
-    QCOMPARE(SelectionPanel::CallBackP(0, &x, &y, nullptr, nullptr, 0), 0);
-    QVERIFY(!panel.isPicked());
-
-    panel.beginWaiting();
-    panel.endWaiting();
-    QVERIFY(!SelectionPanel::current());
-    QCOMPARE(SelectionPanel::CallBackP(0, &x, &y, nullptr, nullptr, 0), 0);
-    QVERIFY(!panel.isPicked());
 }
 
 void SelectionTest::onlyTheLatestPanelWaits()
@@ -60,16 +45,14 @@ void SelectionTest::onlyTheLatestPanelWaits()
     {
         SelectionPanel second;
         second.beginWaiting();
-        QVERIFY(!first.isWaiting());
         double x = 3;
         double y = 4;
         SelectionPanel::CallBackP(0, &x, &y, nullptr, nullptr, 0);
-        QVERIFY(second.isPicked());
-        QVERIFY(!first.isPicked());
+        QVERIFY(second.isPicked() && !first.isPicked());
     }
-    // A destroyed panel leaves no dangling current panel behind.
+    // A destroyed panel leaves no dangling current panel behind, and a panel that stops
+    // waiting does not unregister another one.
     QVERIFY(!SelectionPanel::current());
-    // The first panel's stop does not unregister someone else.
     SelectionPanel third;
     third.beginWaiting();
     first.endWaiting();
