@@ -5,6 +5,7 @@
 #include <catalog/host.h>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 namespace exchange {
@@ -42,7 +43,17 @@ const FileRecord& FileRegistry::representation(const QByteArray& bytes)
     const int n = ++m_counter;
     FileRecord record;
     record.entry = m_key + QStringLiteral("\\repr\\") + QString::number(n) + QStringLiteral(".xml");
-    record.content = bytes;
+    // Parked in the working folder so that thousands of elements do not pile up in memory;
+    // kept in memory only when the folder refuses the file.
+    const QString parked =
+        QDir(m_workFolder)
+            .filePath(QStringLiteral("repr_") + QString::number(n) + QStringLiteral(".xml"));
+    QFile file(parked);
+    if (!m_workFolder.isEmpty() && file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+        file.write(bytes) == bytes.size() && file.flush())
+        record.sourcePath = parked;
+    else
+        record.content = bytes;
     return m_records[std::to_string(n)] = std::move(record);
 }
 

@@ -15,8 +15,8 @@ struct FileRecord
 {
     QString entry;      // archive entry name, empty for the empty record
     QString iconEntry;  // entry name of the icon, empty when there are no icon bytes
-    QString sourcePath; // file on disk streamed into the archive (models and fragments)
-    QByteArray content; // bytes stored instead of a file (representation data)
+    QString sourcePath; // file on disk streamed into the archive
+    QByteArray content; // bytes stored when there is no file on disk
     QByteArray icon;    // icon bytes
     QString digest;
 };
