@@ -157,7 +157,7 @@ void attribute(StyledStream& out, es_stdsize_t* element, es_attribute_t* a)
         out.value(oldNum);
     }
     out.name("type");
-    out.value(attribute_GetType(a));
+    out.value(int(attribute_GetType(a)));
     if (formula.empty()) {
         es_value value{};
         stdsize_GetValue(element, a, &value);
@@ -240,9 +240,9 @@ void element(StyledStream& out, es_stdsize_t* e, FileRegistry& registry)
             out.name("name");
             out.value(projection_GetName(p));
             out.name("type");
-            out.value(projection_GetType(p));
+            out.value(int(projection_GetType(p)));
             out.name("view");
-            out.value(projection_GetViewType(p));
+            out.value(int(projection_GetViewType(p)));
             out.endObject();
         }
         out.endArray();
