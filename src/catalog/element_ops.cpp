@@ -10,6 +10,7 @@
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QImage>
 #include <QImageWriter>
 #include <QLocale>
@@ -206,6 +207,9 @@ QString iconPathFor(const QString& viewFile)
 
 bool writeIcon(const QString& documentFile, const QString& iconFile)
 {
+    // Rendering needs the GUI side of Qt (fonts of text in the drawing); headless callers such
+    // as the command line go without icons.
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance())) return false;
     QFile file(documentFile);
     if (!file.open(QIODevice::ReadOnly)) return false;
     const QByteArray content = file.readAll();
