@@ -48,6 +48,10 @@ if [ -z "$work" ]; then
 else
     mkdir -p "$work"
 fi
+# ussctl's working folders live in a temporary folder of this run, away from exports that
+# other programs may be running on the same machine at the same time.
+mkdir -p "$work/tmp"
+export TMPDIR="$work/tmp"
 cleanup() { [ "$keep" = 1 ] || rm -rf "$work"; }
 trap cleanup EXIT
 
@@ -115,7 +119,9 @@ rm -rf "$target" "$target.files" "$target-wal" "$target-shm"
 measure "$ussctl" import "$target" "$archive"
 import_time=$took
 import_peak=$peak
-echo "ussctl import: $import_time s, peak memory $import_peak MiB"
+imported=$("$ussctl" list --summary "$target" | sed -n 's/.*, \([0-9]*\) elements$/\1/p')
+echo "ussctl import: $import_time s, peak memory $import_peak MiB, $imported elements in the catalog"
+[ "$imported" = "$elements" ] || { echo "run.sh: the import wrote $imported of $elements elements" >&2; exit 1; }
 
 unzipped="$work/unzipped"
 rm -rf "$unzipped"

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace clitest {
@@ -14,6 +15,11 @@ Run ussctl(const QStringList& args, const QProcessEnvironment& env)
     // Byte-stable archives: the export date comes from the fixed clock.
     if (!environment.contains("USSCTL_FIXED_DATE"))
         environment.insert("USSCTL_FIXED_DATE", "2024.03.05 14:07:31");
+    // Working folders of ussctl stay inside this test's own temporary folder, so that tests
+    // running at the same time never share them.
+    static QTemporaryDir temporary;
+    if (!environment.contains("TMPDIR"))
+        environment.insert("TMPDIR", temporary.path());
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(USSCTL_PATH), args);
     Run run;
