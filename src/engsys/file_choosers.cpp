@@ -2,6 +2,7 @@
 
 #include "look/look.h"
 
+#include <QDir>
 #include <QFileDialog>
 
 namespace edw {
@@ -27,8 +28,9 @@ QFileDialog* makeDirectoryChooser(QWidget* parent)
     chooser->setObjectName(QStringLiteral("directoryChooser"));
     chooser->setFileMode(QFileDialog::Directory);
     chooser->setOption(QFileDialog::ShowDirsOnly, true);
-    // An empty starting folder means the current one.
-    chooser->setDirectory(QString());
+    // Start in the current folder (an empty folder means the same to the shell's chooser,
+    // but Qt's own would show the list of drives instead).
+    chooser->setDirectory(QDir::currentPath());
     return chooser;
 }
 

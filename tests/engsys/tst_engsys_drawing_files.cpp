@@ -1,0 +1,266 @@
+// The questions asked when drawings are produced from a building model: the drawing-exists
+// choice and the folder and file choosers with their result buffers.
+
+#include "engsys/drawing_files.h"
+#include "engsys/engsys.h"
+#include "engsys/file_choosers.h"
+#include "engsys/save_cdw_dialog.h"
+#include "look/look.h"
+#include "modal_answer.h"
+
+#include <QCommandLinkButton>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+void pressAccept(QWidget* dialog)
+{
+    auto* box = dialog->findChild<QDialogButtonBox*>("buttonBox");
+    for (QAbstractButton* button : box->buttons()) {
+        if (box->buttonRole(button) == QDialogButtonBox::AcceptRole) {
+            button->click();
+            return;
+        }
+    }
+}
+
+} // namespace
+
+class DrawingFilesTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void cleanup();
+    void titleNamesTheExistingDrawing_data();
+    void titleNamesTheExistingDrawing();
+    void eachChoiceHasItsTextAndResult_data();
+    void eachChoiceHasItsTextAndResult();
+    void closingMeansCancel_data();
+    void closingMeansCancel();
+    void questionHasFixedSizeAndNoHelpButton();
+    void fileResultUsesBackslashes_data();
+    void fileResultUsesBackslashes();
+    void fileResultBufferIsShared();
+    void directoryResultBufferIsShared();
+    void choosersAreSetUpAsAsked();
+    void fileSavingDialogReturnsChosenFile();
+    void directoryDialogReturnsChosenFolder();
+    void cancelledChoosersGiveEmptyText();
+};
+
+void DrawingFilesTest::cleanup()
+{
+    QVERIFY2(!QApplication::activeModalWidget(), "a modal dialog was left open");
+}
+
+void DrawingFilesTest::titleNamesTheExistingDrawing_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("Windows path") << "D:\\work\\plan.cdw"
+                                  << "Чертеж plan.cdw уже существует";
+    QTest::newRow("no backslash: whole string less four")
+        << "C:/work/plan.cdw"
+        << "Чертеж C:/work/plan.cdw уже существует";
+    QTest::newRow("name only") << "plan.cdw"
+                               << "Чертеж plan.cdw уже существует";
+    QTest::newRow("other extension dropped too") << "D:\\work\\plan.frw"
+                                                 << "Чертеж plan.cdw уже существует";
+    QTest::newRow("shorter than four kept whole") << "D:\\a\\abc"
+                                                  << "Чертеж abc.cdw уже существует";
+    QTest::newRow("exactly four") << "D:\\a\\.cdw"
+                                  << "Чертеж .cdw уже существует";
+    QTest::newRow("Cyrillic") << "E:\\проект\\план этажа.cdw"
+                              << "Чертеж план этажа.cdw уже существует";
+}
+
+void DrawingFilesTest::titleNamesTheExistingDrawing()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, title);
+    QCOMPARE(edw::existingDrawingTitle(path), title);
+    SaveCdwDialog dialog(path);
+    QCOMPARE(dialog.windowTitle(), title);
+}
+
+void DrawingFilesTest::eachChoiceHasItsTextAndResult_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("description");
+    QTest::addColumn<int>("result");
+    QTest::newRow("update") << "reloadButton"
+                            << "Обновить чертеж"
+                            << "Существующий чертеж будет сохранен с расширением bak. Будет "
+                               "создан новый чертеж с тем же именем, содержащий данные, "
+                               "полученные из файла формата IFC."
+                            << 1;
+    QTest::newRow("create") << "createButton"
+                            << "Создать новый чертеж"
+                            << "В появившемся диалоге укажите другое имя чертежа либо другую "
+                               "папку."
+                            << 2;
+    QTest::newRow("cancel") << "cancelButton"
+                            << "Отмена"
+                            << "Получение данных из файла формата IFC будет прервано." << 3;
+}
+
+void DrawingFilesTest::eachChoiceHasItsTextAndResult()
+{
+    QFETCH(QString, button);
+    QFETCH(QString, text);
+    QFETCH(QString, description);
+    QFETCH(int, result);
+    QString seenText, seenDescription;
+    ModalAnswer answer([&](QWidget* dialog) {
+        auto* link = dialog->findChild<QCommandLinkButton*>(button);
+        seenText = link->text();
+        seenDescription = link->description();
+        link->click();
+    });
+    QCOMPARE(edw::runSaveCdwDialog(0, "D:\\work\\plan.cdw"), result);
+    QCOMPARE(seenText, text);
+    QCOMPARE(seenDescription, description);
+}
+
+void DrawingFilesTest::closingMeansCancel_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::newRow("close box of the frame") << "cross";
+    QTest::newRow("window closed") << "close";
+    QTest::newRow("Escape") << "escape";
+}
+
+void DrawingFilesTest::closingMeansCancel()
+{
+    QFETCH(QString, how);
+    SaveCdwDialog dialog("D:\\work\\plan.cdw");
+    QCOMPARE(dialog.choice(), 0);
+    QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(&dialog);
+    QTimer::singleShot(0, &dialog, [&] {
+        if (how == "cross")
+            frame->closeButton()->click();
+        else if (how == "close")
+            dialog.close();
+        else
+            QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    dialog.exec();
+    QCOMPARE(dialog.choice(), 3);
+}
+
+void DrawingFilesTest::questionHasFixedSizeAndNoHelpButton()
+{
+    QSize minimum, maximum;
+    Qt::WindowFlags flags;
+    ModalAnswer answer([&](QWidget* dialog) {
+        minimum = dialog->minimumSize();
+        maximum = dialog->maximumSize();
+        flags = dialog->windowFlags();
+        dialog->findChild<QCommandLinkButton*>("reloadButton")->click();
+    });
+    QCOMPARE(edw::runSaveCdwDialog(0, "D:\\work\\plan.cdw"), 1);
+    QCOMPARE(minimum, maximum);
+    QVERIFY(!minimum.isEmpty());
+    QVERIFY(!(flags & Qt::WindowContextHelpButtonHint));
+    QVERIFY(flags & Qt::FramelessWindowHint);
+}
+
+void DrawingFilesTest::fileResultUsesBackslashes_data()
+{
+    QTest::addColumn<QString>("chosen");
+    QTest::addColumn<QString>("returned");
+    QTest::newRow("drive path") << "C:/a/b.cdw"
+                                << "C:\\a\\b.cdw";
+    QTest::newRow("already native") << "C:\\a\\b.cdw"
+                                    << "C:\\a\\b.cdw";
+    QTest::newRow("mixed") << "//server/share\\b.cdw"
+                           << "\\\\server\\share\\b.cdw";
+    QTest::newRow("cancelled") << ""
+                               << "";
+}
+
+void DrawingFilesTest::fileResultUsesBackslashes()
+{
+    QFETCH(QString, chosen);
+    QFETCH(QString, returned);
+    const wchar_t* text = edw::keepFileSavingResult(edw::withBackslashes(chosen));
+    QCOMPARE(QString::fromWCharArray(text), returned);
+}
+
+void DrawingFilesTest::fileResultBufferIsShared()
+{
+    const wchar_t* first = edw::keepFileSavingResult("C:\\a\\b.cdw");
+    const wchar_t* second = edw::keepFileSavingResult("D:\\проект\\другой чертеж.cdw");
+    QCOMPARE(first, second);
+    QCOMPARE(QString::fromWCharArray(first), QStringLiteral("D:\\проект\\другой чертеж.cdw"));
+    // The folder chooser keeps its own buffer.
+    const wchar_t* folder = edw::keepDirectoryResult("C:/drawings");
+    QVERIFY(folder != first);
+    QCOMPARE(QString::fromWCharArray(first), QStringLiteral("D:\\проект\\другой чертеж.cdw"));
+}
+
+void DrawingFilesTest::directoryResultBufferIsShared()
+{
+    const wchar_t* first = edw::keepDirectoryResult("C:/drawings");
+    const wchar_t* second = edw::keepDirectoryResult(QString(300, QChar(u'ж')));
+    QCOMPARE(first, second);
+    QCOMPARE(QString::fromWCharArray(first), QString(300, QChar(u'ж')));
+}
+
+void DrawingFilesTest::choosersAreSetUpAsAsked()
+{
+    QWidget parent;
+    QFileDialog* folders = edw::makeDirectoryChooser(&parent);
+    QCOMPARE(folders->windowTitle(), QStringLiteral("Выберите папку для сохранения чертежа ГРАИС"));
+    QCOMPARE(folders->fileMode(), QFileDialog::Directory);
+    QVERIFY(folders->testOption(QFileDialog::ShowDirsOnly));
+    QCOMPARE(QDir(folders->directory()).absolutePath(), QDir::currentPath());
+
+    QFileDialog* files = edw::makeFileSavingChooser(&parent, "/tmp/plan.cdw");
+    QCOMPARE(files->windowTitle(), QStringLiteral("Укажите имя файла для записи"));
+    QCOMPARE(files->acceptMode(), QFileDialog::AcceptSave);
+    QCOMPARE(files->nameFilters(), QStringList{"ГРАВИС-Чертежи (*.cdw)"});
+    QCOMPARE(files->findChild<QLineEdit*>("fileNameEdit")->text(), QStringLiteral("plan.cdw"));
+}
+
+void DrawingFilesTest::fileSavingDialogReturnsChosenFile()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    ModalAnswer answer([&](QWidget* dialog) { pressAccept(dialog); });
+    const wchar_t* text = edw::runFileSavingDialog(0, dir.filePath("plan.cdw"));
+    QCOMPARE(QString::fromWCharArray(text), dir.filePath("plan.cdw").replace('/', '\\'));
+}
+
+void DrawingFilesTest::directoryDialogReturnsChosenFolder()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    ModalAnswer answer([&](QWidget* dialog) {
+        qobject_cast<QFileDialog*>(dialog)->setDirectory(dir.path());
+        pressAccept(dialog);
+    });
+    const wchar_t* text = edw::runDirectoryDialog(0);
+    QCOMPARE(QDir::cleanPath(QString::fromWCharArray(text)), QDir::cleanPath(dir.path()));
+}
+
+void DrawingFilesTest::cancelledChoosersGiveEmptyText()
+{
+    {
+        ModalAnswer answer([](QWidget* dialog) { dialog->close(); });
+        QCOMPARE(QString::fromWCharArray(edw::runFileSavingDialog(0, "/tmp/plan.cdw")), QString());
+    }
+    {
+        ModalAnswer answer([](QWidget* dialog) { dialog->close(); });
+        QCOMPARE(QString::fromWCharArray(edw::runDirectoryDialog(0)), QString());
+    }
+}
+
+QTEST_MAIN(DrawingFilesTest)
+#include "tst_engsys_drawing_files.moc"
