@@ -4,36 +4,86 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QDateTime>
+#include <QHash>
 #include <QSaveFile>
 
+#include <mutex>
+
 namespace esdata {
+
+namespace {
+
+// Import hands the same extracted files to many elements; their digests are remembered by
+// path, size and modification time, so each file is hashed once per process.
+struct KnownDigest
+{
+    qint64 size = -1;
+    qint64 modified = 0;
+    QString digest;
+};
+
+std::mutex g_digestMutex;
+QHash<QString, KnownDigest> g_digests;
+
+constexpr qint64 kChunk = 1 << 16;
+
+bool hashFile(const QFileInfo& info, QString& digest)
+{
+    const QString path = info.absoluteFilePath();
+    const qint64 size = info.size();
+    const qint64 modified = info.lastModified().toMSecsSinceEpoch();
+    {
+        std::lock_guard lock(g_digestMutex);
+        auto it = g_digests.constFind(path);
+        if (it != g_digests.constEnd() && it->size == size && it->modified == modified) {
+            digest = it->digest;
+            return true;
+        }
+    }
+    QFile in(path);
+    if (!in.open(QIODevice::ReadOnly)) return false;
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    if (!hash.addData(&in)) return false;
+    digest = QString::fromLatin1(hash.result().toHex());
+    std::lock_guard lock(g_digestMutex);
+    g_digests.insert(path, KnownDigest{size, modified, digest});
+    return true;
+}
+
+// Streams source into target under a temporary name that is renamed at the end, so a crash
+// never leaves a short copy under a digest name and memory does not grow with file size.
+bool copyFile(const QString& source, const QString& target)
+{
+    QFile in(source);
+    if (!in.open(QIODevice::ReadOnly)) return false;
+    QSaveFile save(target);
+    if (!save.open(QIODevice::WriteOnly)) return false;
+    QByteArray buffer(kChunk, Qt::Uninitialized);
+    for (;;) {
+        const qint64 got = in.read(buffer.data(), kChunk);
+        if (got < 0) return false;
+        if (got == 0) break;
+        if (save.write(buffer.constData(), got) != got) return false;
+    }
+    return save.commit();
+}
+
+} // namespace
 
 bool storeFile(const QString& folder, const QString& source, StoredFile& out, QString& error)
 {
     QFileInfo info(source);
-    if (source.isEmpty() || !info.isFile()) {
+    if (source.isEmpty() || !info.isFile() || !hashFile(info, out.digest)) {
         error = QStringLiteral("cannot read file: ") + source;
         return false;
     }
-    QFile in(source);
-    if (!in.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("cannot read file: ") + source;
-        return false;
-    }
-    QByteArray content = in.readAll();
-    in.close();
-    out.digest =
-        QString::fromLatin1(QCryptographicHash::hash(content, QCryptographicHash::Md5).toHex());
-    QString suffix = info.suffix();
+    const QString suffix = info.suffix();
     out.name = suffix.isEmpty() ? out.digest : out.digest + QLatin1Char('.') + suffix;
-    QString target = folder + QLatin1Char('/') + out.name;
+    const QString target = folder + QLatin1Char('/') + out.name;
     QFileInfo existing(target);
-    if (existing.isFile() && existing.size() == content.size()) return true;
-    // Written whole under a temporary name and renamed, so a crash never leaves a short copy
-    // under a digest name.
-    QSaveFile save(target);
-    if (!save.open(QIODevice::WriteOnly) || save.write(content) != content.size() ||
-        !save.commit()) {
+    if (existing.isFile() && existing.size() == info.size()) return true;
+    if (!copyFile(source, target)) {
         error = QStringLiteral("cannot write file: ") + target;
         return false;
     }
