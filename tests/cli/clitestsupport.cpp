@@ -18,8 +18,7 @@ Run ussctl(const QStringList& args, const QProcessEnvironment& env)
     // Working folders of ussctl stay inside this test's own temporary folder, so that tests
     // running at the same time never share them.
     static QTemporaryDir temporary;
-    if (!environment.contains("TMPDIR"))
-        environment.insert("TMPDIR", temporary.path());
+    if (!environment.contains("TMPDIR")) environment.insert("TMPDIR", temporary.path());
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(USSCTL_PATH), args);
     Run run;
