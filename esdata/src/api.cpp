@@ -360,6 +360,18 @@ es_attribute_t* table_AddAttribute(es_table_t* table, const char16_t* name,
     });
 }
 
+es_attribute_t* esx_AddAttributeEx(es_table_t* table, const char16_t* name,
+                                   const char16_t* description, uint32_t type, int32_t number,
+                                   int32_t oldNumber, const char16_t* varName,
+                                   const char16_t* measure, const char16_t* formula)
+{
+    return call(table, static_cast<es_attribute_t*>(nullptr), [&](Catalog& c) {
+        const esdata::AttrFields fields{number, oldNumber, view(varName), view(measure),
+                                        view(formula)};
+        return c.addAttribute(table, view(name), view(description), type, &fields);
+    });
+}
+
 uint32_t table_GetStdSizeCount(es_table_t* table)
 {
     return call(table, 0u,

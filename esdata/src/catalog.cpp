@@ -179,6 +179,7 @@ enum Catalog::Stmt : unsigned
     sInsertSpec,
     sInsertColumn,
     sUnique,
+    sInsertAttrFull,
     sStmtCount
 };
 
@@ -243,6 +244,8 @@ static const char* const kStatements[] = {
     "INSERT INTO es_spec_column(spec, pos, num, formula) VALUES(?, ?, ?, ?)",
     "SELECT DISTINCT v.value FROM es_value v JOIN es_attribute a ON a.id=v.attribute "
     "JOIN es_element e ON e.id=v.element WHERE e.packet=? AND a.name=? ORDER BY 1",
+    "INSERT INTO es_attribute(folder, pos, number, old_number, name, description, type, "
+    "var_name, measure, formula) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
 };
 
 // ---- opening ------------------------------------------------------------------------------
@@ -742,22 +745,35 @@ es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
 es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
                                     std::u16string_view description, uint32_t type)
 {
+    return addAttribute(table, name, description, type, nullptr);
+}
+
+es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
+                                    std::u16string_view description, uint32_t type,
+                                    const AttrFields* fields)
+{
     if (name.empty() || findAttribute(table, name)) return nullptr;
     // The cached schema is fresh here (findAttribute read it): no query for the numbers.
     int32_t number = 1;
     for (es_attribute* other : table->attributes)
         if (other->number >= number) number = other->number + 1;
+    int32_t oldNumber = number;
+    if (fields) {
+        number = fields->number;
+        oldNumber = fields->oldNumber;
+    }
     const int64_t pos = table->maxPos + 1;
     int64_t id = writeSingle([&] {
-        Query ins = query(sInsertAttr);
+        Query ins = query(fields ? sInsertAttrFull : sInsertAttr);
         ins.bind(1, table->folder->id)
             .bind(2, pos)
             .bindInt(3, number)
-            .bindInt(4, number)
+            .bindInt(4, oldNumber)
             .bind(5, name)
             .bind(6, description)
-            .bind(7, int64_t(type))
-            .run();
+            .bind(7, int64_t(type));
+        if (fields) ins.bind(8, fields->varName).bind(9, fields->measure).bind(10, fields->formula);
+        ins.run();
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
     es_attribute* a = &m_attributeArena.emplace_back();
@@ -766,10 +782,15 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
     a->table = table;
     a->index = static_cast<uint32_t>(table->attributes.size());
     a->number = number;
-    a->oldNumber = number;
+    a->oldNumber = oldNumber;
     a->type = type;
     a->name = intern(name);
     a->description = intern(description);
+    if (fields) {
+        a->varName = intern(fields->varName);
+        a->measure = intern(fields->measure);
+        a->formula = intern(fields->formula);
+    }
     m_attributes.emplace(id, a);
     table->maxPos = pos;
     table->attributes.push_back(a);

@@ -30,6 +30,14 @@ enum class AttrText
     Formula
 };
 
+// What an attribute is given beyond its name, description and type when added in one go.
+struct AttrFields
+{
+    int32_t number = 0;
+    int32_t oldNumber = 0;
+    std::u16string_view varName, measure, formula;
+};
+
 class Catalog
 {
 public:
@@ -69,6 +77,9 @@ public:
     es_attribute* findAttribute(es_table* table, std::u16string_view name);
     es_attribute* addAttribute(es_table* table, std::u16string_view name,
                                std::u16string_view description, uint32_t type);
+    es_attribute* addAttribute(es_table* table, std::u16string_view name,
+                               std::u16string_view description, uint32_t type,
+                               const AttrFields* fields);
     bool setAttributeNumber(es_attribute* a, int32_t number, bool old);
     bool setAttributeText(es_attribute* a, AttrText field, std::u16string_view text);
     const std::vector<es_stdsize*>& elements(es_table* table);

@@ -16,6 +16,12 @@
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
 #include <optional>
 #include <unordered_map>
 
@@ -40,7 +46,47 @@ void setText(es_attribute_t* attribute, const char16_t* (*get)(es_attribute_t*),
     if (!sameText(get(attribute), text)) set(attribute, es(text).c_str());
 }
 
+using AddAttributeExFn = es_attribute_t* (*)(es_table_t*, const char16_t*, const char16_t*,
+                                             uint32_t, int32_t, int32_t, const char16_t*,
+                                             const char16_t*, const char16_t*);
+
+// The embedded store adds an attribute with all its fields in one write; other catalog
+// access modules lack the function, so it is looked up in the module that holds the API the
+// program is linked with, and the setters are used when it is not there.
+AddAttributeExFn lookUpAddAttributeEx()
+{
+    auto anchor = reinterpret_cast<const void*>(&table_AddAttribute);
+#if defined(_WIN32)
+    HMODULE module = nullptr;
+    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                            static_cast<LPCWSTR>(anchor), &module))
+        return nullptr;
+    return reinterpret_cast<AddAttributeExFn>(GetProcAddress(module, "esx_AddAttributeEx"));
+#else
+    Dl_info info{};
+    if (!dladdr(anchor, &info) || !info.dli_fname) return nullptr;
+    void* module = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
+    if (!module) return nullptr;
+    auto fn = reinterpret_cast<AddAttributeExFn>(dlsym(module, "esx_AddAttributeEx"));
+    // The library stays loaded: the program is linked with it.
+    dlclose(module);
+    return fn;
+#endif
+}
+
+AddAttributeExFn addAttributeEx()
+{
+    static const AddAttributeExFn fn = lookUpAddAttributeEx();
+    return fn;
+}
+
 } // namespace
+
+bool ImportWorker::oneWriteAttributesAvailable()
+{
+    return addAttributeEx() != nullptr;
+}
 
 // Packets and folders met so far, by name. A catalog folder may hold thousands of element
 // folders; looking each name up by walking the children would make an import quadratic.
@@ -262,6 +308,13 @@ bool ImportWorker::writeRecord(const ImportRecord& record)
         for (const AttributeRecord& a : record.atr) {
             const std::u16string name = es(a.name);
             es_attribute_t* attribute = table_FindAttribute(table, name.c_str());
+            const int oldNum = a.oldNum.value_or(a.num);
+            if (!attribute && m_oneWriteAttributes && addAttributeEx()) {
+                attribute = addAttributeEx()(
+                    table, name.c_str(), es(a.desc.value_or(a.name)).c_str(), uint32_t(a.type),
+                    a.num, oldNum, es(a.var).c_str(), es(a.measure).c_str(),
+                    es(a.formula.value_or(QString())).c_str());
+            }
             if (!attribute)
                 attribute = table_AddAttribute(
                     table, name.c_str(), es(a.desc.value_or(a.name)).c_str(), uint32_t(a.type));
@@ -272,7 +325,6 @@ bool ImportWorker::writeRecord(const ImportRecord& record)
                     a.formula.value_or(QString()));
             setText(attribute, attribute_GetMeasure, attribute_SetMeasure, a.measure);
             if (attribute_GetNumber(attribute) != a.num) attribute_SetNumber(attribute, a.num);
-            const int oldNum = a.oldNum.value_or(a.num);
             if (attribute_GetOldNumber(attribute) != oldNum)
                 attribute_SetOldNumber(attribute, oldNum);
             if (!a.formula && a.val) edw::writeValue(element, attribute, *a.val);

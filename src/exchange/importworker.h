@@ -61,6 +61,13 @@ public:
     // outlive the run. Null goes back to the worker's own.
     void shareState(std::atomic<int>* word) { m_stateWord = word ? word : &m_state; }
 
+    // Whether new attributes are added with all their fields in one write of the store (when
+    // the store has the function for it) or field by field; the catalog is the same. On by
+    // default.
+    void setOneWriteAttributes(bool on) { m_oneWriteAttributes = on; }
+    // Whether the catalog access module the program runs with can add them in one write.
+    static bool oneWriteAttributesAvailable();
+
     int total() const { return int(m_records.size()); }
     // Records handled so far (written or skipped).
     int done() const { return m_done.load(); }
@@ -88,6 +95,7 @@ private:
     std::atomic<int> m_done{0};
     std::atomic<int> m_written{0};
     std::atomic<int> m_skipped{0};
+    bool m_oneWriteAttributes = true;
     QFuture<void> m_future;
     QFutureWatcher<void> m_watcher;
     struct Tree;

@@ -20,6 +20,9 @@ private slots:
     void packetsAreUniqueAndOrdered();
     void foldersNestAndDeleteWithEverythingBelow();
     void attributesAreNumberedAndPersist();
+    void attributeAddedInOneWriteEqualsFieldByField_data();
+    void attributeAddedInOneWriteEqualsFieldByField();
+    void attributeAddedInOneWriteRefusesEmptyOrTakenName();
     void elementIdsAreUniquePerPacket();
     void deletedElementIsDeadButHarmless();
     void poolIsFoundByLibraryMarker_data();
@@ -201,6 +204,109 @@ void TstEsdataTree::attributesAreNumberedAndPersist()
     QCOMPARE(attribute_GetNumber(table_GetAttribute(t2, 1)), 11);
     QCOMPARE(qs(attribute_GetDescription(table_GetAttribute(t2, 2))), QString());
     QVERIFY(!table_GetAttribute(t2, 3));
+}
+
+namespace {
+
+struct AttrFields
+{
+    QString name, description;
+    uint32_t type;
+    int number, oldNumber;
+    QString varName, measure, formula;
+};
+
+// Every field of every attribute of the table, one line each.
+QStringList schemaOf(es_table_t* t)
+{
+    QStringList out;
+    for (uint32_t i = 0; i < table_GetAttributeCount(t); ++i) {
+        es_attribute_t* a = table_GetAttribute(t, i);
+        out << QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8")
+                   .arg(qs(attribute_GetName(a)), qs(attribute_GetDescription(a)))
+                   .arg(attribute_GetType(a))
+                   .arg(attribute_GetNumber(a))
+                   .arg(attribute_GetOldNumber(a))
+                   .arg(qs(attribute_GetVarName(a)), qs(attribute_GetMeasure(a)),
+                        qs(attribute_GetFormula(a)));
+    }
+    return out;
+}
+
+} // namespace
+
+void TstEsdataTree::attributeAddedInOneWriteEqualsFieldByField_data()
+{
+    QTest::addColumn<bool>("inScope");
+    QTest::addColumn<bool>("commit");
+    QTest::addColumn<int>("expectedCount");
+    QTest::newRow("plain") << false << true << 3;
+    QTest::newRow("committed scope") << true << true << 3;
+    QTest::newRow("rolled back scope") << true << false << 0;
+}
+
+void TstEsdataTree::attributeAddedInOneWriteEqualsFieldByField()
+{
+    QFETCH(bool, inScope);
+    QFETCH(bool, commit);
+    QFETCH(int, expectedCount);
+    const QList<AttrFields> fields = {
+        {"Length", "Длина", ES_ATTR_REAL, 4, 9, "L", "мм", "{A2}*2"},
+        {"Name", "", ES_ATTR_TEXT, 1, 1, "", "", ""},
+        {"Count", "Количество", ES_ATTR_INT, 4, 2, "N", "шт.", ""},
+    };
+    const QString oneFile = path(QString("one_%1.db").arg(QTest::currentDataTag()));
+    const QString byFieldFile = path(QString("fields_%1.db").arg(QTest::currentDataTag()));
+    {
+        CatalogGuard one(openCatalog(oneFile));
+        es_table_t* t = stdsize_GetTable(addElement(one.get(), u"P", u"F", u"X"));
+        if (inScope) QVERIFY(esx_Begin(one.get()));
+        for (const AttrFields& f : fields) {
+            es_attribute_t* a = esx_AddAttributeEx(
+                t, u16(f.name).c_str(), u16(f.description).c_str(), f.type, f.number, f.oldNumber,
+                u16(f.varName).c_str(), u16(f.measure).c_str(), u16(f.formula).c_str());
+            QVERIFY(a);
+            QCOMPARE(table_FindAttribute(t, u16(f.name).c_str()), a);
+        }
+        if (inScope) QVERIFY(commit ? esx_Commit(one.get()) : esx_Rollback(one.get()));
+    }
+    {
+        CatalogGuard byField(openCatalog(byFieldFile));
+        es_table_t* t = stdsize_GetTable(addElement(byField.get(), u"P", u"F", u"X"));
+        for (const AttrFields& f : fields) {
+            es_attribute_t* a =
+                table_AddAttribute(t, u16(f.name).c_str(), u16(f.description).c_str(), f.type);
+            QVERIFY(attribute_SetNumber(a, f.number));
+            QVERIFY(attribute_SetOldNumber(a, f.oldNumber));
+            QVERIFY(attribute_SetVarName(a, u16(f.varName).c_str()));
+            QVERIFY(attribute_SetMeasure(a, u16(f.measure).c_str()));
+            QVERIFY(attribute_SetFormula(a, u16(f.formula).c_str()));
+        }
+    }
+    // Compared as stored, after reopening both files.
+    CatalogGuard one(openCatalog(oneFile, "", false));
+    CatalogGuard byField(openCatalog(byFieldFile, "", false));
+    auto table = [](es_provider_t* p) {
+        return stdsize_GetTable(packet_FindStdSize(provider_GetPacket(p, 0), u"X"));
+    };
+    const QStringList got = schemaOf(table(one.get()));
+    QCOMPARE(got.size(), expectedCount);
+    if (expectedCount) QCOMPARE(got, schemaOf(table(byField.get())));
+    QCOMPARE(got.value(0), expectedCount ? QString("Length|Длина|2|4|9|L|мм|{A2}*2") : QString());
+}
+
+void TstEsdataTree::attributeAddedInOneWriteRefusesEmptyOrTakenName()
+{
+    CatalogGuard c(openCatalog(path("one_refused.db")));
+    es_table_t* t = stdsize_GetTable(addElement(c.get(), u"P", u"F", u"X"));
+    QVERIFY(esx_AddAttributeEx(t, u"A", nullptr, ES_ATTR_INT, 1, 1, nullptr, nullptr, nullptr));
+    QVERIFY(!esx_AddAttributeEx(t, u"A", u"again", ES_ATTR_INT, 2, 2, u"", u"", u""));
+    QVERIFY(!esx_AddAttributeEx(t, nullptr, u"no name", ES_ATTR_INT, 3, 3, u"", u"", u""));
+    QVERIFY(!esx_AddAttributeEx(t, u"", u"no name", ES_ATTR_INT, 3, 3, u"", u"", u""));
+    QVERIFY(!esx_AddAttributeEx(nullptr, u"B", u"", ES_ATTR_INT, 3, 3, u"", u"", u""));
+    QCOMPARE(schemaOf(t), QStringList{"A||1|1|1|||"});
+    // The next attribute added the usual way is numbered above the given numbers.
+    QCOMPARE(attribute_GetNumber(table_AddAttribute(t, u"B", u"", ES_ATTR_INT)), 2);
 }
 
 void TstEsdataTree::elementIdsAreUniquePerPacket()

@@ -35,6 +35,8 @@ private slots:
     void conflictReplacedTakesTheImportedElement();
     void compactionKeepsOrderOfKeptRecords();
     void recordsSharingAModelExtractItOnce();
+    void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data();
+    void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog();
     void importStopsAfterThird();
     void damagedElementAmongOthersIsSkippedAlone();
     void workerRunsOnThePoolAndReportsToThisThread();
@@ -477,6 +479,44 @@ void TestImport::recordsSharingAModelExtractItOnce()
     QCOMPARE(worker.written(), 2);
     QCOMPARE(archive.extractedCount(), 1);
     QCOMPARE(edw::fromEs(model_GetModelName(stdsize_GetModel(m_target->find("P", "B")))), "b");
+}
+
+void TestImport::attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data()
+{
+    QTest::addColumn<bool>("oneWrite");
+    QTest::newRow("one write") << true;
+    QTest::newRow("field by field") << false;
+}
+
+void TestImport::attributesInOneWriteOrFieldByFieldGiveTheSameCatalog()
+{
+    QFETCH(bool, oneWrite);
+    // The embedded store this test runs with has the one-write function.
+    QVERIFY(exchange::ImportWorker::oneWriteAttributesAvailable());
+    es_stdsize_t* a = m_source->addElement("P", "F", "A");
+    addAttribute(a, {"Length", 2, "2,5", {}, "Длина", "L", "мм", 3});
+    addAttribute(a, {"Total", 2, QString(), "{A1}*2"});
+    es_attribute_t* renumbered = addAttribute(a, {"Count", 1, "4"});
+    attribute_SetNumber(renumbered, 9);
+    es_stdsize_t* b = m_source->addElement("P", "F", "B");
+    addAttribute(b, {"Name", 3, "Б"});
+    const QString path = exportElements({a, b}, "attributes.uss");
+    QVERIFY(!path.isEmpty());
+
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    worker.setOneWriteAttributes(oneWrite);
+    worker.run();
+    QCOMPARE(worker.written(), 2);
+    for (const char* id : {"A", "B"}) {
+        es_stdsize_t* target = m_target->find("P", id);
+        QVERIFY2(target, id);
+        QCOMPARE(dump(target), dump(m_source->find("P", id)));
+    }
+    QCOMPARE(attribute_GetNumber(
+                 table_FindAttribute(stdsize_GetTable(m_target->find("P", "A")), u"Count")),
+             9);
 }
 
 void TestImport::importStopsAfterThird()

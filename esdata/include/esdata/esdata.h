@@ -255,6 +255,16 @@ ESDATA_API es_provider_t* esx_OpenCatalog(const char16_t* path, const char16_t* 
 ESDATA_API void esx_CloseCatalog(es_provider_t* provider);
 /* Path of the database file. */
 ESDATA_API const char16_t* esx_CatalogPath(es_provider_t* provider);
+/* Adds an attribute at the end of the schema with every field given in one write: the same
+ * catalog as table_AddAttribute followed by attribute_SetNumber, attribute_SetOldNumber,
+ * attribute_SetVarName, attribute_SetMeasure and attribute_SetFormula. Null texts count as
+ * empty. Null when the name is empty or taken. Other catalog access implementations do not
+ * have it: callers look it up at run time and fall back to those calls. */
+ESDATA_API es_attribute_t* esx_AddAttributeEx(es_table_t* table, const char16_t* name,
+                                              const char16_t* description, uint32_t type,
+                                              int32_t number, int32_t oldNumber,
+                                              const char16_t* varName, const char16_t* measure,
+                                              const char16_t* formula);
 /* Transaction scope: between Begin and Commit every write of this thread is all or nothing;
  * Rollback undoes them (and drops the handles created inside; what was deleted inside lives
  * again under the same handles). Scopes do not nest. While a scope is open the catalog is
