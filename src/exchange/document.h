@@ -47,6 +47,8 @@ constexpr qint64 maxDocumentSize = qint64(512) << 20;
 // type", "not array type", "not string type", "not int type", logged with the debug log) or a
 // file reference that is not a plain relative entry name gives nothing.
 std::optional<ParsedDocument> parseDocument(const QByteArray& text);
+// The same, letting go of the text once it is parsed, before the records are made.
+std::optional<ParsedDocument> parseDocument(QByteArray&& text);
 
 // An entry name the document may refer to: relative, without "..", a drive, a leading
 // separator or control characters.

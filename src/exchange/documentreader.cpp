@@ -165,7 +165,10 @@ bool isSafeEntryName(const QString& name)
     return true;
 }
 
-std::optional<ParsedDocument> parseDocument(const QByteArray& text)
+namespace {
+
+// owned, when given, is text itself, released as soon as the tree holds the document.
+std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
 {
     if (text.size() > maxDocumentSize) {
         qDebug() << texts::jsonUnparsable() << "document too large";
@@ -183,6 +186,7 @@ std::optional<ParsedDocument> parseDocument(const QByteArray& text)
             qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
             return std::nullopt;
         }
+        if (owned) *owned = QByteArray();
         Reader r;
         ParsedDocument doc;
         r.object(root);
@@ -192,10 +196,15 @@ std::optional<ParsedDocument> parseDocument(const QByteArray& text)
         doc.header.encoding = encoding.isString() ? r.string(encoding) : QString();
         doc.header.libName = r.string(comment["lib-name"]);
         doc.header.exportDate = r.string(comment["export-date"]);
-        const Json::Value& list = r.array(root["std-size"]);
+        Json::Value& list = root["std-size"];
+        r.array(list);
         doc.records.reserve(list.size());
-        for (const Json::Value& item : list)
+        // Each element's branch of the tree is freed once it is a record: the tree and all
+        // the records of a large document are never held together.
+        for (Json::Value& item : list) {
             doc.records.push_back(r.element(item));
+            item = Json::Value();
+        }
         for (const ImportRecord& record : doc.records) {
             if (!referencesAreSafe(record)) {
                 qDebug() << texts::jsonUnparsable() << "unsafe entry name in" << record.id;
@@ -207,6 +216,19 @@ std::optional<ParsedDocument> parseDocument(const QByteArray& text)
         qDebug() << texts::jsonUnparsable() << e.what();
         return std::nullopt;
     }
+}
+
+} // namespace
+
+std::optional<ParsedDocument> parseDocument(const QByteArray& text)
+{
+    return parse(text, nullptr);
+}
+
+std::optional<ParsedDocument> parseDocument(QByteArray&& text)
+{
+    QByteArray owned = std::move(text);
+    return parse(owned, &owned);
 }
 
 QString ImportRecord::value(const QString& name) const
