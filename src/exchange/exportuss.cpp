@@ -9,9 +9,11 @@
 #include <catalog/catalog_tree.h>
 #include <catalog/notify.h>
 
+#include <QDateTime>
 #include <QDebug>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QTemporaryDir>
 
 #include <filesystem>
 #include <functional>
@@ -92,10 +94,19 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
     progress.begin(texts::exportCaption(), range);
     ExportSession session(progress);
 
-    // A folder left by an export that was killed is taken over and emptied.
-    const QString folder = workingFolder();
-    QDir(folder).removeRecursively();
-    QDir().mkpath(folder);
+    // Each export works in a folder of its own under the shared parent, so exports running
+    // at the same time (other threads, other processes) never touch each other's files.
+    const QString parent = workingFolder();
+    QDir().mkpath(parent);
+    QTemporaryDir own(QDir(parent).filePath(QStringLiteral("export-XXXXXX")));
+    if (!own.isValid()) {
+        qDebug() << "export working folder:" << own.errorString();
+        edw::messenger().critical(QString(), texts::jsonFailed());
+        return false;
+    }
+    // The session removes it however the export ends, after the archive has been written.
+    own.setAutoRemove(false);
+    const QString folder = own.path();
     session.setFolder(folder);
 
     FileRegistry registry(key, previousVersion, folder);
@@ -108,6 +119,17 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
             sinceKeepAlive.restart();
         }
     };
+
+    // One moment for the whole export: the document's header and every entry's time, so
+    // that exports of the same catalog at the same moment are byte-identical.
+    const QString dateFormat = QStringLiteral("yyyy.MM.dd HH:mm:ss");
+    QDateTime moment = QDateTime::currentDateTimeUtc();
+    QString exportDate = moment.toString(dateFormat);
+    if (!options.exportDate.isEmpty()) {
+        exportDate = options.exportDate;
+        const QDateTime given = QDateTime::fromString(exportDate, dateFormat);
+        if (given.isValid()) moment = QDateTime(given.date(), given.time(), Qt::UTC);
+    }
 
     double position = 0.0;
     // The document goes to a file of the working folder and is streamed into the archive
@@ -122,7 +144,7 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
             progress.setValue(int(position));
             keepAlive();
         },
-        options.exportDate);
+        exportDate);
     if (!written) {
         edw::messenger().critical(QString(), texts::jsonFailed());
         return false;
@@ -132,6 +154,7 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
     try {
         archive = std::make_unique<zipper::zip>(path);
         archive->setCompressionLevel(options.compressionLevel);
+        archive->setEntryTime(moment.toSecsSinceEpoch());
     } catch (const std::exception& e) {
         qDebug() << e.what();
         edw::messenger().critical(QString(), texts::archiveFailed());
@@ -156,7 +179,9 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
                 archive->addBytes(record.content, record.entry);
             position += step;
             progress.setValue(int(position));
-            if (!record.icon.isEmpty()) archive->addBytes(record.icon, record.iconEntry);
+            // Icons are PNG pictures, compressed already.
+            if (!record.icon.isEmpty())
+                archive->addBytes(record.icon, record.iconEntry, zipper::zip::Content::Store);
             position += step;
             progress.setValue(int(position));
             keepAlive();

@@ -51,6 +51,7 @@ public:
                        bool previousVersion, edw::IProgress& progress,
                        const Options& options = Options());
 
-    // The working folder of an export ("uss_export" in the system temporary folder).
+    // The parent of the exports' working folders ("uss_export" in the system temporary
+    // folder). Each export works in a unique folder inside it, removed when it ends.
     static QString workingFolder();
 };

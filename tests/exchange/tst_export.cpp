@@ -8,7 +8,10 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSemaphore>
+
 #include <QTest>
+#include <future>
 
 using namespace testing;
 
@@ -19,6 +22,7 @@ class TestExport : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void init();
     void extensionFollowsDatabaseKind_data();
     void extensionFollowsDatabaseKind();
@@ -37,15 +41,32 @@ private slots:
     void previousVersionStoresConvertedFilesWithTheirDigest();
     void previousVersionFailureKeepsSourceAndDigest();
     void unknownDatabaseKindThrows();
+    void concurrentExportsKeepTheirOwnDocuments();
+    void sameCatalogAtSameDateGivesSameBytes();
     void streamedDocumentEqualsStyledWriter_data();
     void streamedDocumentEqualsStyledWriter();
 
 private:
+    QStringList workingFoldersLeft() const;
     QJsonObject document(const QString& archive, const QString& key = QStringLiteral("TX"));
     QStringList entries(const QString& archive);
     std::unique_ptr<TempCatalog> m_catalog;
     std::unique_ptr<QTemporaryDir> m_out;
+    QTemporaryDir m_temp;
 };
+
+void TestExport::initTestCase()
+{
+    // A temporary folder of this test alone: other programs' exports never show up in it.
+    QVERIFY(m_temp.isValid());
+    qputenv("TMPDIR", QFile::encodeName(m_temp.path()));
+    QCOMPARE(ExportUss::workingFolder(), QDir(m_temp.path()).filePath("uss_export"));
+}
+
+QStringList TestExport::workingFoldersLeft() const
+{
+    return QDir(ExportUss::workingFolder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+}
 
 void TestExport::init()
 {
@@ -335,7 +356,7 @@ void TestExport::progressRunsOverTwiceTheElements()
     // Document phase: only odd indexes advance (0, 1, 1); then three records of two steps
     // of (6 - 1) / 6 + 0.001 each.
     QCOMPARE(progress.values, (QList<int>{0, 1, 1, 1, 2, 3, 4, 5, 6}));
-    QVERIFY(!QFileInfo::exists(ExportUss::workingFolder()));
+    QVERIFY(workingFoldersLeft().isEmpty());
 }
 
 void TestExport::failedExportLeavesExistingTargetUnchanged()
@@ -352,7 +373,7 @@ void TestExport::failedExportLeavesExistingTargetUnchanged()
     QCOMPARE(ziptest::readFile(path), QByteArray("the previous export"));
     QCOMPARE(QDir(m_out->path()).entryList(QDir::Files), QStringList{"a.uss"});
     QCOMPARE(progress.ended, 1);
-    QVERIFY(!QFileInfo::exists(ExportUss::workingFolder()));
+    QVERIFY(workingFoldersLeft().isEmpty());
 
     // A target in a folder that does not exist cannot be created.
     QVERIFY(!ExportUss::Export(m_out->filePath("no/such/folder/a.uss"), {e}, false));
@@ -377,8 +398,11 @@ void TestExport::previousVersionStoresConvertedFilesWithTheirDigest()
     QCOMPARE(host.saved.size(), 2);
     QCOMPARE(QFileInfo(host.saved[0]).fileName(), "file_1.m3d");
     QCOMPARE(QFileInfo(host.saved[1]).fileName(), "file_2.frw");
-    QCOMPARE(QFileInfo(host.saved[0]).absolutePath(), ExportUss::workingFolder());
-    QVERIFY(!QFileInfo::exists(ExportUss::workingFolder()));
+    // Converted copies wait in the export's own folder under the shared parent.
+    const QFileInfo ownFolder(QFileInfo(host.saved[0]).absolutePath());
+    QCOMPARE(ownFolder.absolutePath(), ExportUss::workingFolder());
+    QVERIFY(!ownFolder.exists());
+    QVERIFY(workingFoldersLeft().isEmpty());
 }
 
 void TestExport::previousVersionFailureKeepsSourceAndDigest()
@@ -408,6 +432,102 @@ void TestExport::unknownDatabaseKindThrows()
         QCOMPARE(QString(error.what()), "Unknown user database");
     }
     QVERIFY(!QFileInfo::exists(m_out->filePath("a.uss")));
+}
+
+namespace {
+
+// Holds an export on its first value of the file phase until the other export has got as
+// far: both documents are written before either archive is.
+class MeetingProgress : public edw::IProgress
+{
+public:
+    MeetingProgress(QSemaphore& mine, QSemaphore& theirs) : m_mine(mine), m_theirs(theirs) {}
+    void begin(const QString&, int) override {}
+    void setValue(int) override
+    {
+        // One element: the document phase gives one value, the file phase follows.
+        if (++m_calls != 2) return;
+        m_mine.release();
+        met = m_theirs.tryAcquire(1, 20000);
+    }
+    void keepAlive() override {}
+    void end() override {}
+    bool met = false;
+
+private:
+    QSemaphore& m_mine;
+    QSemaphore& m_theirs;
+    int m_calls = 0;
+};
+
+} // namespace
+
+void TestExport::concurrentExportsKeepTheirOwnDocuments()
+{
+    TempCatalog other;
+    QVERIFY(other.provider);
+    es_stdsize_t* first = m_catalog->addElement("P", "F", "FIRST");
+    QVERIFY(setModel(first, m_catalog->writeFile("1.m3d", "first model"), {}, "one", 1));
+    es_stdsize_t* second = other.addElement("Q", "G", "SECOND");
+    QVERIFY(setModel(second, other.writeFile("2.m3d", "second model"), {}, "two", 1));
+
+    QSemaphore firstReady;
+    QSemaphore secondReady;
+    MeetingProgress firstProgress(firstReady, secondReady);
+    MeetingProgress secondProgress(secondReady, firstReady);
+    const QString firstPath = m_out->filePath("first.uss");
+    const QString secondPath = m_out->filePath("second.uss");
+    std::future<bool> a = std::async(std::launch::async, [&] {
+        return ExportUss::Export(firstPath, {first}, false, firstProgress);
+    });
+    std::future<bool> b = std::async(std::launch::async, [&] {
+        return ExportUss::Export(secondPath, {second}, false, secondProgress);
+    });
+    QVERIFY(a.get());
+    QVERIFY(b.get());
+    QVERIFY(firstProgress.met);
+    QVERIFY(secondProgress.met);
+
+    const QJsonObject firstItem = document(firstPath)["std-size"].toArray()[0].toObject();
+    const QJsonObject secondItem = document(secondPath)["std-size"].toArray()[0].toObject();
+    QCOMPARE(firstItem["id"].toString(), "FIRST");
+    QCOMPARE(firstItem["packet"].toString(), "P");
+    QCOMPARE(secondItem["id"].toString(), "SECOND");
+    QCOMPARE(secondItem["packet"].toString(), "Q");
+    QCOMPARE(zipper::unzip(firstPath).readAll("TX\\model\\1.m3d", 100), QByteArray("first model"));
+    QCOMPARE(zipper::unzip(secondPath).readAll("TX\\model\\1.m3d", 100),
+             QByteArray("second model"));
+    QVERIFY(workingFoldersLeft().isEmpty());
+}
+
+void TestExport::sameCatalogAtSameDateGivesSameBytes()
+{
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    addAttribute(e, {"Name", 3, "Труба"});
+    const QString model = m_catalog->writeFile("1.m3d", QByteArray("model ").repeated(100));
+    QVERIFY(setModel(e, model, m_catalog->writeFile("1.png", "icon"), "M", 1));
+    auto exportAt = [&](const QString& name, const QString& date, int daysBack) {
+        // The model file's own time changes between exports; the archive must not show it.
+        QFile file(model);
+        if (!file.open(QIODevice::ReadWrite) ||
+            !file.setFileTime(QDateTime::currentDateTimeUtc().addDays(-daysBack),
+                              QFileDevice::FileModificationTime))
+            return QByteArray();
+        ExportUss::Options options;
+        options.exportDate = date;
+        RecordingProgress progress;
+        const QString path = m_out->filePath(name);
+        return ExportUss::Export(path, {e}, false, progress, options) ? ziptest::readFile(path)
+                                                                      : QByteArray();
+    };
+    const QByteArray first = exportAt("1.uss", "2024.03.05 14:07:30", 0);
+    const QByteArray second = exportAt("2.uss", "2024.03.05 14:07:30", 3);
+    const QByteArray later = exportAt("3.uss", "2024.03.06 09:00:00", 5);
+    QVERIFY(!first.isEmpty());
+    QCOMPARE(second, first);
+    QVERIFY(later != first);
+    QCOMPARE(document(m_out->filePath("2.uss"))["comment"].toObject()["export-date"].toString(),
+             "2024.03.05 14:07:30");
 }
 
 void TestExport::streamedDocumentEqualsStyledWriter_data()

@@ -3,11 +3,14 @@
 #include "Libs/zipper/ziperror.h"
 #include "ziptestsupport.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
+#include <optional>
 
 // The archive layer: what it writes, what it refuses to read, and what it leaves behind.
 class TestZipper : public QObject
@@ -23,6 +26,9 @@ private slots:
 
     void writtenEntriesReadBackWithEitherSeparator_data();
     void writtenEntriesReadBackWithEitherSeparator();
+    void entriesKeepTheirMethodAndFixedTime_data();
+    void entriesKeepTheirMethodAndFixedTime();
+    void sameContentAtSameTimeGivesSameBytes();
     void uncommittedArchiveLeavesTargetUnchanged();
     void failedCommitLeavesTargetUnchanged();
     void errorTextNamesCallFileAndCodes();
@@ -34,6 +40,13 @@ private slots:
     void notAnArchiveIsRefused();
 
 private:
+    struct Stamp
+    {
+        int method;
+        QDateTime time;
+    };
+    // The method and modification time of the central directory's record of name.
+    static std::optional<Stamp> stamp(const QByteArray& archive, const QByteArray& name);
     QString path(const QString& name) const { return m_dir->filePath(name); }
     std::unique_ptr<QTemporaryDir> m_dir;
 };
@@ -75,6 +88,87 @@ void TestZipper::writtenEntriesReadBackWithEitherSeparator()
     u.extract(lookedUp, path("out.bin"));
     QCOMPARE(ziptest::readFile(path("out.bin")), content);
     QCOMPARE(u.readAll("TX.json", 100), QByteArray("{}"));
+}
+
+std::optional<TestZipper::Stamp> TestZipper::stamp(const QByteArray& archive,
+                                                   const QByteArray& name)
+{
+    for (qsizetype i = 0; i + 46 < archive.size(); ++i) {
+        if (ziptest::get32(archive, i) != 0x02014b50) continue;
+        if (archive.mid(i + 46, ziptest::get16(archive, i + 28)) != name) continue;
+        const quint16 time = ziptest::get16(archive, i + 12);
+        const quint16 date = ziptest::get16(archive, i + 14);
+        return Stamp{ziptest::get16(archive, i + 10),
+                     QDateTime(QDate(1980 + (date >> 9), (date >> 5) & 15, date & 31),
+                               QTime(time >> 11, (time >> 5) & 63, (time & 31) * 2))};
+    }
+    return std::nullopt;
+}
+
+void TestZipper::entriesKeepTheirMethodAndFixedTime_data()
+{
+    QTest::addColumn<int>("level");
+    QTest::addColumn<bool>("store");
+    QTest::addColumn<int>("method");
+    QTest::newRow("deflated at the default level") << 6 << false << 8;
+    QTest::newRow("stored on request") << 6 << true << 0;
+    QTest::newRow("stored at level 0") << 0 << false << 0;
+}
+
+void TestZipper::entriesKeepTheirMethodAndFixedTime()
+{
+    QFETCH(int, level);
+    QFETCH(bool, store);
+    QFETCH(int, method);
+    const auto content = store ? zipper::zip::Content::Store : zipper::zip::Content::Compress;
+    const QByteArray bytes = QByteArray("repeated text ").repeated(500);
+    ziptest::writeFile(path("source.bin"), bytes);
+    // Even seconds: the archive keeps two-second steps.
+    const QDateTime when(QDate(2024, 3, 5), QTime(14, 7, 30), Qt::UTC);
+    {
+        zipper::zip z(path("a.zip"));
+        z.setCompressionLevel(level);
+        z.setEntryTime(when.toSecsSinceEpoch());
+        z.addFile(path("source.bin"), "TX\\model\\1.m3d", content);
+        z.addBytes(bytes, "TX\\model\\1.png", content);
+        z.commit();
+    }
+    const QByteArray archive = ziptest::readFile(path("a.zip"));
+    // Entry times are local times of the moment.
+    const QDateTime local = when.toLocalTime();
+    for (const QByteArray name : {QByteArray("TX\\model\\1.m3d"), QByteArray("TX\\model\\1.png")}) {
+        const auto found = stamp(archive, name);
+        QVERIFY2(found, name.constData());
+        QCOMPARE(found->method, method);
+        QCOMPARE(found->time, QDateTime(local.date(), local.time()));
+    }
+    zipper::unzip u(path("a.zip"));
+    QCOMPARE(u.readAll("TX\\model\\1.m3d", 1 << 20), bytes);
+    QCOMPARE(u.readAll("TX\\model\\1.png", 1 << 20), bytes);
+}
+
+void TestZipper::sameContentAtSameTimeGivesSameBytes()
+{
+    const qint64 when = QDateTime(QDate(2023, 1, 2), QTime(3, 4, 6), Qt::UTC).toSecsSinceEpoch();
+    QList<QByteArray> archives;
+    for (int round = 0; round < 2; ++round) {
+        // The source file is written anew each round: its own time differs.
+        ziptest::writeFile(path("source.bin"), "model content");
+        QFile source(path("source.bin"));
+        QVERIFY(source.open(QIODevice::ReadWrite));
+        QVERIFY(source.setFileTime(QDateTime::currentDateTimeUtc().addDays(-round),
+                                   QFileDevice::FileModificationTime));
+        source.close();
+        const QString target = path(QString("round%1.zip").arg(round));
+        zipper::zip z(target);
+        z.setEntryTime(when);
+        z.addBytes("{}", "TX.json");
+        z.addFile(path("source.bin"), "TX\\model\\1.m3d");
+        z.commit();
+        archives << ziptest::readFile(target);
+    }
+    QVERIFY(!archives[0].isEmpty());
+    QCOMPARE(archives[0], archives[1]);
 }
 
 void TestZipper::uncommittedArchiveLeavesTargetUnchanged()

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 #include <zip.h>
 
@@ -38,16 +39,20 @@ zip::~zip()
     discard();
 }
 
-void zip::setCompression(long long index)
+void zip::finishEntry(long long index, Content content, const QString& entryName)
 {
+    const zip_uint64_t at = zip_uint64_t(index);
     // libzip's own default is the slowest level; match what zip(1) writes by default.
-    if (m_level <= 0)
-        zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_STORE, 0);
-    else
-        zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_DEFLATE, zip_uint32_t(m_level));
+    const bool stored = m_level <= 0 || content == Content::Store;
+    const int set =
+        stored ? zip_set_file_compression(m_zip, at, ZIP_CM_STORE, 0)
+               : zip_set_file_compression(m_zip, at, ZIP_CM_DEFLATE, zip_uint32_t(m_level));
+    if (set != 0) fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
+    if (m_entryTime >= 0 && zip_file_set_mtime(m_zip, at, time_t(m_entryTime), 0) != 0)
+        fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
 }
 
-void zip::addFile(const QString& sourcePath, const QString& entryName)
+void zip::addFile(const QString& sourcePath, const QString& entryName, Content content)
 {
     if (!m_zip)
         throw error("Failed to add file to archive", entryName.toStdString(), ZIP_ER_INVAL, 0);
@@ -59,10 +64,10 @@ void zip::addFile(const QString& sourcePath, const QString& entryName)
         zip_source_free(source);
         fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
     }
-    setCompression(index);
+    finishEntry(index, content, entryName);
 }
 
-void zip::addBytes(const QByteArray& bytes, const QString& entryName)
+void zip::addBytes(const QByteArray& bytes, const QString& entryName, Content content)
 {
     if (!m_zip)
         throw error("Failed to add file to archive", entryName.toStdString(), ZIP_ER_INVAL, 0);
@@ -85,7 +90,7 @@ void zip::addBytes(const QByteArray& bytes, const QString& entryName)
         zip_source_free(source);
         fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
     }
-    setCompression(index);
+    finishEntry(index, content, entryName);
 }
 
 void zip::setCommitProgress(std::function<void(double)> callback)

@@ -25,10 +25,25 @@ public:
     zip(const zip&) = delete;
     zip& operator=(const zip&) = delete;
 
+    // How an entry's content is kept: deflated at the archive's level, or stored as it is
+    // (content that is compressed already gains nothing from deflate but its cost).
+    enum class Content
+    {
+        Compress,
+        Store
+    };
+
     // Adds the file at sourcePath under entryName. Throws "Failed to add file to archive".
-    void addFile(const QString& sourcePath, const QString& entryName);
+    void addFile(const QString& sourcePath, const QString& entryName,
+                 Content content = Content::Compress);
     // Adds a copy of bytes under entryName. Throws "Failed to add file to archive".
-    void addBytes(const QByteArray& bytes, const QString& entryName);
+    void addBytes(const QByteArray& bytes, const QString& entryName,
+                  Content content = Content::Compress);
+
+    // The modification time (seconds since the epoch) given to entries added from now on;
+    // without it an entry carries its file's time, or the time it was added. A fixed time
+    // makes archives of the same content byte-identical.
+    void setEntryTime(qint64 secondsSinceEpoch) { m_entryTime = secondsSinceEpoch; }
 
     // Deflate level 1..9 for entries added from now on (6 when not set, as zip(1) does);
     // 0 stores them uncompressed.
@@ -46,11 +61,12 @@ public:
     bool isOpen() const { return m_zip != nullptr; }
 
 private:
-    void setCompression(long long index);
+    void finishEntry(long long index, Content content, const QString& entryName);
 
     struct ::zip* m_zip = nullptr;
     QString m_path;
     int m_level = 6;
+    qint64 m_entryTime = -1;
     std::function<void(double)> m_commitProgress;
 };
 
