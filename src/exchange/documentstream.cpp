@@ -11,11 +11,77 @@
 
 #include <json/json.h>
 
+#include <charconv>
 #include <string>
+#include <string_view>
 
 namespace exchange {
 
 namespace {
+
+// Appends text as a JSON string exactly as JsonCpp's writer quotes UTF-8 text: quote,
+// backslash and the controls with a short form escaped as such, other controls and everything
+// beyond ASCII as lower-case \u escapes of the UTF-16 units (pairs for characters beyond
+// the basic plane). False, with out unchanged, for a lone surrogate or a NUL, whose UTF-8
+// form JsonCpp treats its own way: the caller hands those to JsonCpp.
+bool appendQuoted(std::string& out, const char16_t* text, size_t length)
+{
+    static const char hex[] = "0123456789abcdef";
+    const size_t start = out.size();
+    out.reserve(start + length + 2);
+    out.push_back('"');
+    auto escaped = [&](unsigned unit) {
+        const char e[6] = {'\\',
+                           'u',
+                           hex[(unit >> 12) & 15],
+                           hex[(unit >> 8) & 15],
+                           hex[(unit >> 4) & 15],
+                           hex[unit & 15]};
+        out.append(e, 6);
+    };
+    for (size_t i = 0; i < length; ++i) {
+        const char16_t c = text[i];
+        if (c >= 0x20 && c < 0x80) {
+            if (c == '"' || c == '\\') out.push_back('\\');
+            out.push_back(char(c));
+            continue;
+        }
+        switch (c) {
+        case 0:
+            out.resize(start);
+            return false;
+        case '\b':
+            out.append("\\b", 2);
+            continue;
+        case '\f':
+            out.append("\\f", 2);
+            continue;
+        case '\n':
+            out.append("\\n", 2);
+            continue;
+        case '\r':
+            out.append("\\r", 2);
+            continue;
+        case '\t':
+            out.append("\\t", 2);
+            continue;
+        default:
+            break;
+        }
+        if (c >= 0xD800 && c <= 0xDFFF) {
+            if (c > 0xDBFF || i + 1 == length || text[i + 1] < 0xDC00 || text[i + 1] > 0xDFFF) {
+                out.resize(start);
+                return false;
+            }
+            escaped(c);
+            escaped(text[++i]);
+            continue;
+        }
+        escaped(c);
+    }
+    out.push_back('"');
+    return true;
+}
 
 // Prints the exchange document element by element with exactly the layout of JsonCpp's
 // styled writer (three-space indent, " : " after names, members in byte order, every
@@ -39,12 +105,16 @@ public:
         m_first = false;
     }
     // The name of the next member; members must come in byte order of their names.
+    // Names are plain ASCII identifiers that need no escaping.
     void name(const char* name)
     {
         if (!m_first) put(',');
         m_first = false;
-        withIndent(Json::valueToQuotedString(name));
-        put(" : ");
+        indent();
+        m_buffer.push_back('"');
+        m_buffer.append(name);
+        m_buffer.append("\" : ");
+        m_last = ' ';
     }
     void beginArray()
     {
@@ -68,10 +138,24 @@ public:
     void emptyArray() { put("[]"); }
     void null() { put("null"); }
     void value(const std::string& text) { put(Json::valueToQuotedString(text.c_str())); }
-    void value(const QString& text) { value(text.toStdString()); }
-    void value(const char16_t* text) { value(edw::fromEs(text).toStdString()); }
-    void value(int number) { put(Json::valueToString(Json::Int(number))); }
-    void value(unsigned number) { put(Json::valueToString(Json::UInt(number))); }
+    void value(const QString& text)
+    {
+        value(std::u16string_view(reinterpret_cast<const char16_t*>(text.utf16()),
+                                  size_t(text.size())));
+    }
+    void value(const char16_t* text) { value(text ? std::u16string_view(text) : u""); }
+    void value(std::u16string_view text)
+    {
+        if (appendQuoted(m_buffer, text.data(), text.size())) {
+            m_last = '"';
+            return;
+        }
+        value(QString::fromUtf16(text.data(), qsizetype(text.size())).toStdString());
+    }
+    void value(int number) { integer(number, false); }
+    void value(unsigned number) { integer(number, false); }
+    // A whole number written as a JSON string, as its decimal text would be quoted.
+    void quotedInteger(long long number) { integer(number, true); }
 
     void finish()
     {
@@ -105,6 +189,16 @@ private:
         indent();
         put(text);
     }
+    void integer(long long number, bool quoted)
+    {
+        char digits[24];
+        const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        if (quoted) m_buffer.push_back('"');
+        m_buffer.append(digits, size_t(end - digits));
+        if (quoted) m_buffer.push_back('"');
+        m_last = end[-1];
+        if (quoted) m_last = '"';
+    }
     void put(char c)
     {
         m_buffer.push_back(c);
@@ -125,14 +219,20 @@ private:
     bool m_ok = true;
 };
 
+std::u16string_view esView(const char16_t* text)
+{
+    return text ? std::u16string_view(text) : std::u16string_view();
+}
+
+// The catalog's texts are written straight from its UTF-16 strings, without copies.
 void attribute(StyledStream& out, es_stdsize_t* element, es_attribute_t* a)
 {
-    const std::string name = edw::fromEs(attribute_GetName(a)).toStdString();
+    const std::u16string_view name = esView(attribute_GetName(a));
     const int num = attribute_GetNumber(a);
-    const std::string desc = edw::fromEs(attribute_GetDescription(a)).toStdString();
-    const std::string formula = edw::fromEs(attribute_GetFormula(a)).toStdString();
-    const std::string measure = edw::fromEs(attribute_GetMeasure(a)).toStdString();
-    const std::string var = edw::fromEs(attribute_GetVarName(a)).toStdString();
+    const std::u16string_view desc = esView(attribute_GetDescription(a));
+    const std::u16string_view formula = esView(attribute_GetFormula(a));
+    const std::u16string_view measure = esView(attribute_GetMeasure(a));
+    const std::u16string_view var = esView(attribute_GetVarName(a));
     const int oldNum = attribute_GetOldNumber(a);
 
     out.beginObject();
@@ -162,7 +262,17 @@ void attribute(StyledStream& out, es_stdsize_t* element, es_attribute_t* a)
         es_value value{};
         stdsize_GetValue(element, a, &value);
         out.name("val");
-        out.value(edw::valueToText(value));
+        switch (value.kind) {
+        case ES_VALUE_INT:
+            out.quotedInteger(value.i);
+            break;
+        case ES_VALUE_TEXT:
+            out.value(esView(value.s));
+            break;
+        default:
+            out.value(edw::valueToText(value));
+            break;
+        }
     }
     if (!var.empty()) {
         out.name("var");
