@@ -13,6 +13,7 @@
 #include <QDebug>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <filesystem>
@@ -67,6 +68,18 @@ private:
     edw::IProgress& m_progress;
     QString m_folder;
 };
+
+} // namespace
+
+namespace {
+
+// Entries below this size are stored uncompressed.
+constexpr qint64 smallEntry = 512;
+
+zipper::zip::Content contentOf(qint64 size)
+{
+    return size < smallEntry ? zipper::zip::Content::Store : zipper::zip::Content::Compress;
+}
 
 } // namespace
 
@@ -173,10 +186,13 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
         records.empty() ? 0.0 : (range - position) / (2.0 * double(records.size())) + 0.001;
     try {
         for (const auto& [digest, record] : records) {
+            // Deflating a few hundred bytes saves a few dozen and costs a whole compressor
+            // setup: small entries, such as the representations, are stored as they are.
             if (!record.sourcePath.isEmpty())
-                archive->addFile(record.sourcePath, record.entry);
+                archive->addFile(record.sourcePath, record.entry,
+                                 contentOf(QFileInfo(record.sourcePath).size()));
             else
-                archive->addBytes(record.content, record.entry);
+                archive->addBytes(record.content, record.entry, contentOf(record.content.size()));
             position += step;
             progress.setValue(int(position));
             // Icons are PNG pictures, compressed already.

@@ -43,6 +43,8 @@ private slots:
     void unknownDatabaseKindThrows();
     void concurrentExportsKeepTheirOwnDocuments();
     void sameCatalogAtSameDateGivesSameBytes();
+    void entryMethodFollowsKindAndSize_data();
+    void entryMethodFollowsKindAndSize();
     void streamedDocumentEqualsStyledWriter_data();
     void streamedDocumentEqualsStyledWriter();
 
@@ -528,6 +530,44 @@ void TestExport::sameCatalogAtSameDateGivesSameBytes()
     QVERIFY(later != first);
     QCOMPARE(document(m_out->filePath("2.uss"))["comment"].toObject()["export-date"].toString(),
              "2024.03.05 14:07:30");
+}
+
+void TestExport::entryMethodFollowsKindAndSize_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<int>("method"); // 0 stored, 8 deflated
+    QTest::newRow("document") << "TX.json" << 8;
+    QTest::newRow("large model") << "TX\\model\\1.m3d" << 8;
+    QTest::newRow("icon of the model") << "TX\\model\\1.png" << 0;
+    QTest::newRow("small fragment") << "TX\\prj\\2.frw" << 0;
+    QTest::newRow("small representation") << "TX\\repr\\3.xml" << 0;
+}
+
+void TestExport::entryMethodFollowsKindAndSize()
+{
+    QFETCH(QString, entry);
+    QFETCH(int, method);
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    const QByteArray icon = QByteArray("icon ").repeated(400);
+    QVERIFY(setModel(e, m_catalog->writeFile("m.m3d", QByteArray("model ").repeated(400)),
+                     m_catalog->writeFile("m.png", icon), "M", 1));
+    QVERIFY(addProjection(e, "top", m_catalog->writeFile("t.frw", "fragment"), {}, 1, 0));
+    const QByteArray repr = "<repr/>";
+    QVERIFY(stdsize_SetRepresentationData(e, repr.constData(), size_t(repr.size())));
+    const QString path = m_out->filePath("a.uss");
+    QVERIFY(ExportUss::Export(path, {e}, false));
+
+    const QByteArray bytes = ziptest::readFile(path);
+    int found = -1;
+    for (qsizetype i = 0; i + 46 < bytes.size(); ++i)
+        if (ziptest::get32(bytes, i) == 0x02014b50 &&
+            bytes.mid(i + 46, ziptest::get16(bytes, i + 28)) == entry.toUtf8())
+            found = ziptest::get16(bytes, i + 10);
+    QCOMPARE(found, method);
+    // Stored or not, every entry reads back whole.
+    zipper::unzip u(path);
+    QCOMPARE(u.readAll("TX\\model\\1.png", 1 << 20), icon);
+    QCOMPARE(u.readAll("TX\\repr\\3.xml", 100), repr);
 }
 
 void TestExport::streamedDocumentEqualsStyledWriter_data()
