@@ -913,8 +913,10 @@ es_stdsize* Catalog::addElement(es_table* table, std::u16string_view ident)
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
     es_stdsize* e = makeElement(id, folder, folder->packetId, std::u16string(ident), {});
-    // A new element has nothing yet: no query is needed to know it.
-    e->valuesGen = e->reprGen = e->specsGen = m_gen;
+    // A new element has nothing yet: no query is needed to know it. Its values are not
+    // cached as they are written, though: an import writes thousands of elements that nobody
+    // reads back, and their handles live until the catalog closes.
+    e->reprGen = e->specsGen = m_gen;
     e->model.gen = e->projections.gen = m_gen;
     created(Kind::Element, e);
     if (fresh(table->elementsGen)) table->elements.push_back(e);
@@ -1016,9 +1018,9 @@ bool Catalog::setRepresentation(es_stdsize* e, const void* data, size_t size)
         q.bindBlob(1, data, size).bind(2, e->id).run();
         return true;
     });
-    auto p = static_cast<const uint8_t*>(data);
-    e->repr.assign(p, p + size);
-    e->reprGen = m_gen;
+    // Read back from the catalog when asked for: the handle keeps no copy of the bytes.
+    std::vector<uint8_t>().swap(e->repr);
+    e->reprGen = kStale;
     return true;
 }
 

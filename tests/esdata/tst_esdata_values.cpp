@@ -18,6 +18,8 @@ private slots:
     void valuesAreTaggedAndPersist_data();
     void valuesAreTaggedAndPersist();
     void valueOfAnotherTableIsRefused();
+    void newElementReadsBackWhatWasWritten_data();
+    void newElementReadsBackWhatWasWritten();
     void uniqueValuesAreSortedAndJoined_data();
     void uniqueValuesAreSortedAndJoined();
     void objectStartsAsElementAndKeepsItsWrites();
@@ -96,6 +98,56 @@ void TstEsdataValues::valuesAreTaggedAndPersist()
     QVERIFY(stdsize_GetValue(
         m_e, table_FindAttribute(stdsize_GetTable(m_e), u16(attribute).c_str()), &byHandle));
     QCOMPARE(byHandle.kind, v.kind);
+}
+
+void TstEsdataValues::newElementReadsBackWhatWasWritten_data()
+{
+    QTest::addColumn<bool>("inScope");
+    QTest::addColumn<bool>("rollBack");
+    QTest::newRow("plain") << false << false;
+    QTest::newRow("in a scope") << true << false;
+    QTest::newRow("rolled back scope") << true << true;
+}
+
+// Written values and representation data of a new element come back through the same
+// handles, before and after the scope they were written in ends.
+void TstEsdataValues::newElementReadsBackWhatWasWritten()
+{
+    QFETCH(bool, inScope);
+    QFETCH(bool, rollBack);
+    es_table_t* t = stdsize_GetTable(m_e);
+    es_attribute_t* dn = table_FindAttribute(t, u"DN");
+    es_attribute_t* name = table_FindAttribute(t, u"NAME_VALUE");
+    QVERIFY(dn && name);
+    if (inScope) QVERIFY(esx_Begin(m_p));
+    const std::u16string id = u16(QString("R_%1").arg(QTest::currentDataTag()));
+    es_stdsize_t* e = table_AddStdSize(t, id.c_str());
+    QVERIFY(e);
+    QVERIFY(stdsize_SetValueI(e, dn, 65));
+    QVERIFY(stdsize_SetValueS(e, name, u"Кран"));
+    const QByteArray repr = "<repr n=\"1\"/>";
+    QVERIFY(stdsize_SetRepresentationData(e, repr.constData(), size_t(repr.size())));
+    auto check = [&] {
+        es_value v;
+        QVERIFY(stdsize_GetValue(e, dn, &v));
+        QCOMPARE(int(v.kind), int(ES_VALUE_INT));
+        QCOMPARE(v.i, 65);
+        QVERIFY(stdsize_GetValueByName(e, u"NAME_VALUE", &v));
+        QCOMPARE(qs(v.s), QString("Кран"));
+        const void* data = nullptr;
+        const size_t size = stdsize_GetRepresentationData(e, &data);
+        QCOMPARE(QByteArray(static_cast<const char*>(data), qsizetype(size)), repr);
+    };
+    check();
+    if (QTest::currentTestFailed()) return;
+    if (!inScope) return;
+    if (rollBack) {
+        QVERIFY(esx_Rollback(m_p));
+        QVERIFY(!packet_FindStdSize(provider_GetPacket(m_p, 0), id.c_str()));
+        return;
+    }
+    QVERIFY(esx_Commit(m_p));
+    check();
 }
 
 void TstEsdataValues::valueOfAnotherTableIsRefused()
