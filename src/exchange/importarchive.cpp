@@ -149,6 +149,17 @@ QString ImportArchive::extract(const QString& entryName)
     return path;
 }
 
+// An entry read into memory is held whole: bounded like the document itself.
+constexpr qint64 maxEntryBytes = maxDocumentSize;
+
+std::optional<QByteArray> ImportArchive::read(const QString& entryName)
+{
+    if (entryName.isEmpty() || !d->zip) return std::nullopt;
+    const QString key = zipper::unzip::normalized(entryName);
+    if (!isSafeEntryName(key) || !d->zip->contains(key)) return std::nullopt;
+    return d->zip->readAll(key, maxEntryBytes);
+}
+
 int ImportArchive::extractedCount() const
 {
     return int(d->extracted.size());

@@ -4,9 +4,11 @@
 
 #include <esdata/esdata.h>
 
+#include <QByteArray>
 #include <QString>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace exchange {
@@ -55,6 +57,10 @@ public:
     // archive does not hold. Throws zipper::error when the entry is damaged (CRC, size,
     // limits); nothing of it is left behind then.
     QString extract(const QString& entryName);
+    // The bytes of the entry, read into memory without a file of their own (for data that
+    // ends up in memory anyway). Nothing for an empty name or a name that the archive does
+    // not hold. Throws zipper::error when the entry is damaged, as extract does.
+    std::optional<QByteArray> read(const QString& entryName);
     // How many entries were actually extracted so far.
     int extractedCount() const;
     // The temporary folder of this import; empty before the first extraction.

@@ -347,14 +347,11 @@ bool ImportWorker::writeRecord(const ImportRecord& record)
                                         es(icon).c_str(), uint32_t(p.type), u"", uint32_t(p.view));
         }
 
+        // Representation data go to the store from memory: a file per element would cost
+        // more to create than the data are worth.
         if (record.repPath) {
-            const QString path = m_archive.extract(*record.repPath);
-            if (!path.isEmpty()) {
-                QFile file(path);
-                if (!file.open(QIODevice::ReadOnly)) return false;
-                const QByteArray bytes = file.readAll();
-                stdsize_SetRepresentationData(element, bytes.constData(), size_t(bytes.size()));
-            }
+            if (const std::optional<QByteArray> bytes = m_archive.read(*record.repPath))
+                stdsize_SetRepresentationData(element, bytes->constData(), size_t(bytes->size()));
         }
 
         if (!record.spc.empty()) {
