@@ -16,8 +16,12 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <functional>
+#include <future>
+#include <map>
 #include <memory>
 
 namespace exchange {
@@ -79,6 +83,33 @@ constexpr qint64 smallEntry = 512;
 zipper::zip::Content contentOf(qint64 size)
 {
     return size < smallEntry ? zipper::zip::Content::Store : zipper::zip::Content::Compress;
+}
+
+// A file deflated into one of the part archives.
+struct PartEntry
+{
+    QString source;
+    QString entry;
+    qint64 size = 0;
+};
+
+// Two lists of about the same bytes: the largest first, each to the lighter list. The same
+// entries always give the same split, so the archive stays reproducible.
+std::array<std::vector<const PartEntry*>, 2> splitInTwo(const std::vector<PartEntry>& entries)
+{
+    std::vector<const PartEntry*> order;
+    for (const PartEntry& entry : entries)
+        order.push_back(&entry);
+    std::stable_sort(order.begin(), order.end(),
+                     [](const PartEntry* a, const PartEntry* b) { return a->size > b->size; });
+    std::array<std::vector<const PartEntry*>, 2> split;
+    std::array<qint64, 2> bytes{0, 0};
+    for (const PartEntry* entry : order) {
+        const int p = bytes[1] < bytes[0] ? 1 : 0;
+        split[p].push_back(entry);
+        bytes[p] += entry->size;
+    }
+    return split;
 }
 
 } // namespace
@@ -173,22 +204,70 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
         edw::messenger().critical(QString(), texts::archiveFailed());
         return false;
     }
+    const QString documentEntry = key + QStringLiteral(".json");
+    const auto& records = registry.records();
+
+    // The large entries are deflated on two threads into two part archives of the working
+    // folder; the archive then takes their compressed data as they are. Deflate is most of
+    // an export's time and the parts keep both processors busy.
+    std::map<QString, QString> partOf; // entry name -> part archive
+    if (options.compressionLevel > 0) {
+        std::vector<PartEntry> large{{documentPath, documentEntry, QFileInfo(documentPath).size()}};
+        for (const auto& [digest, record] : records) {
+            if (record.sourcePath.isEmpty()) continue;
+            const qint64 size = QFileInfo(record.sourcePath).size();
+            if (contentOf(size) == zipper::zip::Content::Compress)
+                large.push_back({record.sourcePath, record.entry, size});
+        }
+        const std::array<QString, 2> parts{QDir(folder).filePath(QStringLiteral("part1.zip")),
+                                           QDir(folder).filePath(QStringLiteral("part2.zip"))};
+        const auto split = splitInTwo(large);
+        try {
+            auto writePart = [&](int p, bool keepingAlive) {
+                zipper::zip part(parts[p]);
+                part.setCompressionLevel(options.compressionLevel);
+                for (const PartEntry* entry : split[p])
+                    part.addFile(entry->source, entry->entry);
+                if (keepingAlive) part.setCommitProgress([&](double) { keepAlive(); });
+                part.commit();
+            };
+            std::future<void> second = std::async(std::launch::async, [&] { writePart(1, false); });
+            try {
+                writePart(0, true);
+            } catch (...) {
+                second.wait();
+                throw;
+            }
+            second.get();
+        } catch (const std::exception& e) {
+            qDebug() << e.what();
+            return false;
+        }
+        for (int p = 0; p < 2; ++p)
+            for (const PartEntry* entry : split[p])
+                partOf[entry->entry] = parts[p];
+    }
+
     try {
-        archive->addFile(documentPath, key + QStringLiteral(".json"));
+        if (partOf.count(documentEntry))
+            archive->addCompressedFrom(partOf[documentEntry], documentEntry, documentEntry);
+        else
+            archive->addFile(documentPath, documentEntry);
     } catch (const std::exception& e) {
         qDebug() << e.what();
         edw::messenger().critical(QString(), texts::jsonAddFailed());
         return false;
     }
 
-    const auto& records = registry.records();
     const double step =
         records.empty() ? 0.0 : (range - position) / (2.0 * double(records.size())) + 0.001;
     try {
         for (const auto& [digest, record] : records) {
             // Deflating a few hundred bytes saves a few dozen and costs a whole compressor
             // setup: small entries, such as the representations, are stored as they are.
-            if (!record.sourcePath.isEmpty())
+            if (const auto part = partOf.find(record.entry); part != partOf.end())
+                archive->addCompressedFrom(part->second, record.entry, record.entry);
+            else if (!record.sourcePath.isEmpty())
                 archive->addFile(record.sourcePath, record.entry,
                                  contentOf(QFileInfo(record.sourcePath).size()));
             else

@@ -48,8 +48,55 @@ void zip::finishEntry(long long index, Content content, const QString& entryName
         stored ? zip_set_file_compression(m_zip, at, ZIP_CM_STORE, 0)
                : zip_set_file_compression(m_zip, at, ZIP_CM_DEFLATE, zip_uint32_t(m_level));
     if (set != 0) fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
-    if (m_entryTime >= 0 && zip_file_set_mtime(m_zip, at, time_t(m_entryTime), 0) != 0)
+    setEntryTimeOf(index, entryName);
+}
+
+void zip::setEntryTimeOf(long long index, const QString& entryName)
+{
+    if (m_entryTime >= 0 &&
+        zip_file_set_mtime(m_zip, zip_uint64_t(index), time_t(m_entryTime), 0) != 0)
         fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
+}
+
+void zip::addCompressedFrom(const QString& archivePath, const QString& sourceEntry,
+                            const QString& entryName)
+{
+    if (!m_zip)
+        throw error("Failed to add file to archive", entryName.toStdString(), ZIP_ER_INVAL, 0);
+    struct ::zip*& from = m_sources[archivePath];
+    if (!from) {
+        int code = 0;
+        from = zip_open(QFile::encodeName(archivePath).constData(), ZIP_RDONLY, &code);
+        if (!from) {
+            m_sources.erase(archivePath);
+            throw error("Failed to add file to archive", archivePath.toStdString(), code, 0);
+        }
+    }
+    const QByteArray sourceName = unzip::normalized(sourceEntry).toUtf8();
+    const zip_int64_t at = zip_name_locate(from, sourceName.constData(), 0);
+    if (at < 0) fail("Failed to add file to archive", sourceEntry, zip_get_error(from));
+    zip_source_t* source = zip_source_zip(m_zip, from, zip_uint64_t(at), ZIP_FL_COMPRESSED, 0, -1);
+    if (!source) fail("Failed to add file to archive", sourceEntry, zip_get_error(m_zip));
+    const QByteArray name = unzip::normalized(entryName).toUtf8();
+    const zip_int64_t index = zip_file_add(m_zip, name.constData(), source, ZIP_FL_ENC_UTF_8);
+    if (index < 0) {
+        zip_source_free(source);
+        fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
+    }
+    // The entry keeps the method its data were written with, so nothing is recompressed.
+    zip_stat_t st;
+    zip_stat_init(&st);
+    if (zip_stat_index(from, zip_uint64_t(at), 0, &st) != 0 || !(st.valid & ZIP_STAT_COMP_METHOD) ||
+        zip_set_file_compression(m_zip, zip_uint64_t(index), zip_int32_t(st.comp_method), 0) != 0)
+        fail("Failed to add file to archive", entryName, zip_get_error(m_zip));
+    setEntryTimeOf(index, entryName);
+}
+
+void zip::closeSources()
+{
+    for (auto& [path, from] : m_sources)
+        zip_discard(from);
+    m_sources.clear();
 }
 
 void zip::addFile(const QString& sourcePath, const QString& entryName, Content content)
@@ -119,6 +166,7 @@ void zip::commit()
         throw error("Failed to write archive", m_path.toStdString(), ze, se);
     }
     m_zip = nullptr;
+    closeSources();
 }
 
 void zip::discard()
@@ -127,6 +175,7 @@ void zip::discard()
         zip_discard(m_zip);
         m_zip = nullptr;
     }
+    closeSources();
 }
 
 } // namespace zipper

@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <functional>
+#include <map>
 
 struct zip;
 
@@ -40,6 +41,12 @@ public:
     void addBytes(const QByteArray& bytes, const QString& entryName,
                   Content content = Content::Compress);
 
+    // Adds the entry sourceEntry of the committed archive at archivePath under entryName,
+    // taking its compressed data as they are: no second deflate. The source archive stays
+    // open until this one is committed or discarded. Throws "Failed to add file to archive".
+    void addCompressedFrom(const QString& archivePath, const QString& sourceEntry,
+                           const QString& entryName);
+
     // The modification time (seconds since the epoch) given to entries added from now on;
     // without it an entry carries its file's time, or the time it was added. A fixed time
     // makes archives of the same content byte-identical.
@@ -62,11 +69,14 @@ public:
 
 private:
     void finishEntry(long long index, Content content, const QString& entryName);
+    void setEntryTimeOf(long long index, const QString& entryName);
+    void closeSources();
 
     struct ::zip* m_zip = nullptr;
     QString m_path;
     int m_level = 6;
     qint64 m_entryTime = -1;
+    std::map<QString, struct ::zip*> m_sources;
     std::function<void(double)> m_commitProgress;
 };
 
