@@ -34,7 +34,9 @@ struct ExportOptions
 //
 // The archive is written to a temporary file beside path and renamed over it only when
 // complete, so a failure leaves an existing file at path as it was. Files are streamed from
-// the catalog's folder into the archive; no file is held in memory whole.
+// the catalog's folder; no file is held in memory whole. The document and the large files
+// are deflated on two threads into part archives of the export's own working folder first,
+// so the temporary folder needs about the archive's size while an export runs.
 class ExportUss
 {
 public:
