@@ -1,10 +1,10 @@
 #include "filestore.h"
 
 #include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QDateTime>
 #include <QHash>
 #include <QSaveFile>
 

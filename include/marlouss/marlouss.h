@@ -47,7 +47,8 @@ typedef uint64_t marlouss_window_t;
  * to sizeof(marlouss_edit_request_t) of the header it was built with, so that a caller and a
  * library of different ages still agree on the fields that both know. The fields after size
  * belong to the element editor. */
-typedef struct marlouss_edit_request {
+typedef struct marlouss_edit_request
+{
     uint32_t size;
 } marlouss_edit_request_t;
 

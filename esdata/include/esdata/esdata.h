@@ -59,22 +59,29 @@ typedef struct es_spec es_spec_t;
 typedef struct es_object es_object_t;
 
 /* Attribute type codes. */
-enum { ES_ATTR_INT = 1, ES_ATTR_REAL = 2, ES_ATTR_TEXT = 3 };
+enum
+{
+    ES_ATTR_INT = 1,
+    ES_ATTR_REAL = 2,
+    ES_ATTR_TEXT = 3
+};
 
 /* The tagged value of an attribute in an element or an object. */
-typedef enum es_value_kind {
+typedef enum es_value_kind
+{
     ES_VALUE_EMPTY = 0,
     ES_VALUE_INT = 1,
     ES_VALUE_REAL = 2,
     ES_VALUE_TEXT = 3
 } es_value_kind;
 
-typedef struct es_value {
+typedef struct es_value
+{
     es_value_kind kind;
-    int32_t i;          /* ES_VALUE_INT */
-    double d;           /* ES_VALUE_REAL */
-    const char16_t* s;  /* ES_VALUE_TEXT; owned by the element (or object) asked, valid until
-                           its next value read */
+    int32_t i;         /* ES_VALUE_INT */
+    double d;          /* ES_VALUE_REAL */
+    const char16_t* s; /* ES_VALUE_TEXT; owned by the element (or object) asked, valid until
+                          its next value read */
 } es_value;
 
 /* ---- pool ------------------------------------------------------------------------------
@@ -141,14 +148,10 @@ ESDATA_API bool stdsize_SetType(es_stdsize_t* element, const char16_t* type);
 ESDATA_API es_table_t* stdsize_GetTable(es_stdsize_t* element);
 /* Reads the value of attribute (of the element's table); false and an empty value when the
  * attribute is not of this element's table. */
-ESDATA_API bool stdsize_GetValue(es_stdsize_t* element, es_attribute_t* attribute,
-                                 es_value* out);
-ESDATA_API bool stdsize_GetValueByName(es_stdsize_t* element, const char16_t* name,
-                                       es_value* out);
-ESDATA_API bool stdsize_SetValueI(es_stdsize_t* element, es_attribute_t* attribute,
-                                  int32_t value);
-ESDATA_API bool stdsize_SetValueD(es_stdsize_t* element, es_attribute_t* attribute,
-                                  double value);
+ESDATA_API bool stdsize_GetValue(es_stdsize_t* element, es_attribute_t* attribute, es_value* out);
+ESDATA_API bool stdsize_GetValueByName(es_stdsize_t* element, const char16_t* name, es_value* out);
+ESDATA_API bool stdsize_SetValueI(es_stdsize_t* element, es_attribute_t* attribute, int32_t value);
+ESDATA_API bool stdsize_SetValueD(es_stdsize_t* element, es_attribute_t* attribute, double value);
 ESDATA_API bool stdsize_SetValueS(es_stdsize_t* element, es_attribute_t* attribute,
                                   const char16_t* value);
 ESDATA_API es_model_t* stdsize_GetModel(es_stdsize_t* element);
@@ -159,8 +162,7 @@ ESDATA_API es_spec_t* stdsize_GetSpecification(es_stdsize_t* element, uint32_t i
  * next call of this function or of the setter on it. Returns the size (0: none). */
 ESDATA_API size_t stdsize_GetRepresentationData(es_stdsize_t* element, const void** data);
 /* Replaces the blob with a copy of size bytes at data (size 0 removes it). */
-ESDATA_API bool stdsize_SetRepresentationData(es_stdsize_t* element, const void* data,
-                                              size_t size);
+ESDATA_API bool stdsize_SetRepresentationData(es_stdsize_t* element, const void* data, size_t size);
 
 /* ---- attribute ------------------------------------------------------------------------- */
 ESDATA_API int32_t attribute_GetNumber(es_attribute_t* attribute);
@@ -193,8 +195,7 @@ ESDATA_API int32_t model_GetVersion(es_model_t* model);
 /* Stores a copy of modelFile (and the bytes of iconFile as the icon, when it names a
  * readable file) and sets name and version. False when modelFile cannot be read. */
 ESDATA_API bool model_SetModelEx(es_model_t* model, const char16_t* modelFile,
-                                 const char16_t* iconFile, const char16_t* name,
-                                 int32_t version);
+                                 const char16_t* iconFile, const char16_t* name, int32_t version);
 
 /* ---- projections / projection ---------------------------------------------------------- */
 ESDATA_API uint32_t projections_GetProjectioCount(es_projections_t* list);
@@ -202,14 +203,11 @@ ESDATA_API es_projection_t* projections_GetProjection(es_projections_t* list, ui
 /* Appends a projection: a stored copy of fragmentFile, the bytes of iconFile as its icon
  * (when readable), name, description, projection type and view type. Null when fragmentFile
  * cannot be read. */
-ESDATA_API es_projection_t* projections_AddProjectionEx(es_projections_t* list,
-                                                        const char16_t* name,
-                                                        const char16_t* fragmentFile,
-                                                        const char16_t* iconFile, uint32_t type,
-                                                        const char16_t* description,
-                                                        uint32_t viewType);
-ESDATA_API bool projections_DeleteProjection(es_projections_t* list,
-                                             es_projection_t* projection);
+ESDATA_API es_projection_t*
+projections_AddProjectionEx(es_projections_t* list, const char16_t* name,
+                            const char16_t* fragmentFile, const char16_t* iconFile, uint32_t type,
+                            const char16_t* description, uint32_t viewType);
+ESDATA_API bool projections_DeleteProjection(es_projections_t* list, es_projection_t* projection);
 ESDATA_API const char16_t* projection_GetName(es_projection_t* projection);
 ESDATA_API const char16_t* projection_GetDescription(es_projection_t* projection);
 ESDATA_API uint32_t projection_GetType(es_projection_t* projection);
@@ -230,8 +228,7 @@ ESDATA_API const char16_t* spec_ColumnFormula(es_spec_t* spec, uint32_t i);
 /* ---- object ---------------------------------------------------------------------------- */
 ESDATA_API es_stdsize_t* object_GetStdSize(es_object_t* object);
 /* An object starts with the values of its element; its own writes stay in the object. */
-ESDATA_API bool object_GetValueByName(es_object_t* object, const char16_t* name,
-                                      es_value* out);
+ESDATA_API bool object_GetValueByName(es_object_t* object, const char16_t* name, es_value* out);
 ESDATA_API bool object_SetValueI(es_object_t* object, es_attribute_t* attribute, int32_t value);
 ESDATA_API bool object_SetValueD(es_object_t* object, es_attribute_t* attribute, double value);
 ESDATA_API bool object_SetValueS(es_object_t* object, es_attribute_t* attribute,
