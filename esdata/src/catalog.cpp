@@ -949,6 +949,9 @@ bool Catalog::setType(es_stdsize* e, std::u16string_view type)
     return true;
 }
 
+// How many elements keep their values and model cached at once.
+constexpr size_t kCachedValueElements = 256;
+
 void Catalog::loadValues(es_stdsize* e)
 {
     es_table* table = &e->folder->table;
@@ -962,6 +965,27 @@ void Catalog::loadValues(es_stdsize* e)
     for (; i < n; ++i)
         e->values[i] = Value();
     e->valuesGen = m_gen;
+    keepCached(e);
+}
+
+void Catalog::keepCached(es_stdsize* e)
+{
+    e->valuesLoad = ++m_valueLoads;
+    m_valueCache.emplace_back(e, e->valuesLoad);
+    while (m_valueCache.size() > kCachedValueElements) {
+        auto [old, load] = m_valueCache.front();
+        m_valueCache.pop_front();
+        if (old == e || old->valuesLoad != load) continue;
+        // Read again from the catalog when asked for.
+        std::vector<Value>().swap(old->values);
+        old->valuesGen = kStale;
+        es_model& m = old->model;
+        std::u16string().swap(m.file);
+        std::u16string().swap(m.digest);
+        std::u16string().swap(m.name);
+        std::vector<uint8_t>().swap(m.icon);
+        m.gen = kStale;
+    }
 }
 
 const Value* Catalog::value(es_stdsize* e, es_attribute* a)
@@ -1045,6 +1069,7 @@ es_model* Catalog::model(es_stdsize* e)
             m->icon.clear();
         }
         m->gen = m_gen;
+        keepCached(e);
     }
     return m;
 }

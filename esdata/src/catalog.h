@@ -149,6 +149,7 @@ private:
                             std::u16string type);
     es_stdsize* elementById(int64_t id);
     void loadValues(es_stdsize* e);
+    void keepCached(es_stdsize* e);
     void loadPacketFolders(es_packet* packet);
     void loadPacketElements(es_packet* packet);
     void markNewFolder(es_folder* f);
@@ -162,6 +163,10 @@ private:
     std::vector<sqlite3_stmt*> m_stmts;
     std::u16string m_path, m_dbName, m_filesDir;
     uint64_t m_gen = 1;
+    // Elements whose values and model are cached, oldest first, with the load they were cached by:
+    // a walk over a large catalog keeps only the most recent ones.
+    std::deque<std::pair<es_stdsize*, uint64_t>> m_valueCache;
+    uint64_t m_valueLoads = 0;
     bool m_filesDirReady = false;
     std::unordered_set<std::u16string> m_strings;
     std::u16string m_scratch;

@@ -143,6 +143,7 @@ struct es_stdsize : esdata::Handle
     std::u16string ident, type;
     uint64_t valuesGen = esdata::kStale;
     std::vector<esdata::Value> values; // by attribute index of the table
+    uint64_t valuesLoad = 0;           // the last caching of values or model
     uint64_t reprGen = esdata::kStale;
     std::vector<uint8_t> repr;
     es_model model;

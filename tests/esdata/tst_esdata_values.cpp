@@ -26,6 +26,7 @@ private slots:
     void badInputGivesEmptyResults_data();
     void badInputGivesEmptyResults();
     void updatedItemsAreRegistered();
+    void elementReadLongAgoAnswersAsBefore();
 
 private:
     QTemporaryDir m_dir;
@@ -364,6 +365,56 @@ void TstEsdataValues::updatedItemsAreRegistered()
     QVERIFY(esUpdateRtw(u"Трубы\\Отвод"));
     QVERIFY(esUpdateRtw(u"Арматура\\Кран"));
     QCOMPARE(qs(esx_UpdatedRtw()), QString("Арматура\\Кран|Трубы\\Отвод"));
+}
+
+// A walk keeps only the elements read last in memory; one read long ago is read again from the
+// catalog and answers as it did, also after a write made while it was out of memory.
+void TstEsdataValues::elementReadLongAgoAnswersAsBefore()
+{
+    QTemporaryDir dir;
+    CatalogGuard cat(openCatalog(dir.filePath("walk.db")));
+    QVERIFY(cat.get());
+    const QString model = dir.filePath("m.m3d");
+    const QString icon = dir.filePath("m.png");
+    QVERIFY(writeFile(model, "model content"));
+    QVERIFY(writeFile(icon, "icon bytes"));
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 400; ++i) {
+        const std::u16string id = u16(QString("E%1").arg(i));
+        es_stdsize_t* e = addElement(cat.get(), u"Walk", (u"folder " + id).c_str(), id.c_str());
+        QVERIFY(e);
+        es_attribute_t* a = table_AddAttribute(stdsize_GetTable(e), u"N", u"Номер", ES_ATTR_TEXT);
+        QVERIFY(stdsize_SetValueS(e, a, u16(QString("значение %1").arg(i)).c_str()));
+        QVERIFY(model_SetModelEx(stdsize_GetModel(e), u16(model).c_str(), u16(icon).c_str(),
+                                 u"Модель", i));
+        elements.push_back(e);
+    }
+    auto text = [](es_stdsize_t* e) {
+        es_value v;
+        return stdsize_GetValueByName(e, u"N", &v) ? qs(v.s) : QString("<none>");
+    };
+    const QString firstFile = qs(model_GetModelFile(stdsize_GetModel(elements[0])));
+    QVERIFY(!firstFile.isEmpty());
+    for (es_stdsize_t* e : elements) {
+        text(e);
+        model_GetVersion(stdsize_GetModel(e));
+    }
+    QCOMPARE(text(elements[0]), QString("значение 0"));
+    es_model_t* m = stdsize_GetModel(elements[0]);
+    QCOMPARE(qs(model_GetModelFile(m)), firstFile);
+    QCOMPARE(qs(model_GetModelName(m)), QString("Модель"));
+    const void* bytes = nullptr;
+    const size_t size = model_GetIconData(m, &bytes);
+    QCOMPARE(QByteArray(static_cast<const char*>(bytes), int(size)), QByteArray("icon bytes"));
+
+    es_stdsize_t* early = elements[1];
+    for (size_t i = 2; i < elements.size(); ++i)
+        text(elements[i]);
+    QVERIFY(stdsize_SetValueS(early, table_FindAttribute(stdsize_GetTable(early), u"N"), u"новое"));
+    for (size_t i = 2; i < elements.size(); ++i)
+        text(elements[i]);
+    QCOMPARE(text(early), QString("новое"));
+    QCOMPARE(model_GetVersion(stdsize_GetModel(early)), 1);
 }
 
 QTEST_GUILESS_MAIN(TstEsdataValues)

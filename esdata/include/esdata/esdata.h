@@ -12,7 +12,9 @@
  *   a null handle makes the call return 0, false, a null handle or an empty value.
  * - Texts are NUL-terminated UTF-16 (char16_t). A text returned by a getter belongs to the
  *   handle it was asked of and stays valid until the same getter is called again on the same
- *   handle, or until the handle dies. Copy it before asking again.
+ *   handle, or until the handle dies. Copy it before asking again. The values and the model
+ *   of an element are cached for the 256 elements read last: their texts and bytes also lapse
+ *   once 256 other elements have had their values or model read.
  * - A provider (and everything below it) may be used from one thread at a time; calls on one
  *   catalog from several threads are serialised inside the store, so a worker thread may
  *   write while the GUI thread waits.
