@@ -74,6 +74,40 @@ void utf8To16(const unsigned char* p, int n, std::u16string& out)
     out.resize(static_cast<size_t>(d - out.data()));
 }
 
+void utf16To8(std::u16string_view in, std::string& out)
+{
+    out.resize(in.size() * 3);
+    char* d = out.data();
+    for (size_t i = 0; i < in.size(); ++i) {
+        unsigned c = in[i];
+        if (c < 0x80) {
+            *d++ = char(c);
+            continue;
+        }
+        if (c < 0x800) {
+            *d++ = char(0xc0 | (c >> 6));
+            *d++ = char(0x80 | (c & 0x3f));
+            continue;
+        }
+        if (c >= 0xd800 && c < 0xdc00 && i + 1 < in.size() && in[i + 1] >= 0xdc00 &&
+            in[i + 1] < 0xe000) {
+            const unsigned cp = 0x10000 + ((c - 0xd800) << 10) + (in[i + 1] - 0xdc00);
+            ++i;
+            *d++ = char(0xf0 | (cp >> 18));
+            *d++ = char(0x80 | ((cp >> 12) & 0x3f));
+            *d++ = char(0x80 | ((cp >> 6) & 0x3f));
+            *d++ = char(0x80 | (cp & 0x3f));
+            continue;
+        }
+        // A lone surrogate cannot be encoded: it is stored as the replacement character.
+        if (c >= 0xd800 && c < 0xe000) c = 0xfffd;
+        *d++ = char(0xe0 | (c >> 12));
+        *d++ = char(0x80 | ((c >> 6) & 0x3f));
+        *d++ = char(0x80 | (c & 0x3f));
+    }
+    out.resize(size_t(d - out.data()));
+}
+
 static std::u16string widen(const char* b, const char* e)
 {
     return std::u16string(b, e);

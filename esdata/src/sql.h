@@ -20,6 +20,7 @@ public:
 
 [[noreturn]] void throwSql(sqlite3* db, const char* what);
 void utf8To16(const unsigned char* p, int n, std::u16string& out);
+void utf16To8(std::u16string_view in, std::string& out);
 
 // One execution of a cached prepared statement; resets it when done.
 class Query
@@ -49,10 +50,19 @@ public:
         check(sqlite3_bind_double(m_stmt, i, v));
         return *this;
     }
+    // Encoded here into a buffer that lives as long as the query: SQLite would otherwise
+    // translate and copy every text with an allocation of its own.
     Query& bind(int i, std::u16string_view v)
     {
-        check(sqlite3_bind_text16(m_stmt, i, v.data() ? v.data() : u"",
-                                  static_cast<int>(v.size() * 2), SQLITE_TRANSIENT));
+        if (i < 1 || i > kTextSlots) {
+            check(sqlite3_bind_text16(m_stmt, i, v.data() ? v.data() : u"",
+                                      static_cast<int>(v.size() * 2), SQLITE_TRANSIENT));
+            return *this;
+        }
+        std::string& text = m_texts[i - 1];
+        utf16To8(v, text);
+        check(sqlite3_bind_text(m_stmt, i, text.c_str(), static_cast<int>(text.size()),
+                                SQLITE_STATIC));
         return *this;
     }
     Query& bindBlob(int i, const void* data, size_t size)
@@ -109,8 +119,11 @@ private:
     {
         if (rc != SQLITE_OK) throwSql(m_db, "bind");
     }
+    static constexpr int kTextSlots = 10;
     sqlite3* m_db;
     sqlite3_stmt* m_stmt;
+    // Declared last: destroyed after the destructor has cleared the bindings that point here.
+    std::string m_texts[kTextSlots];
 };
 
 void exec(sqlite3* db, const char* sql);
