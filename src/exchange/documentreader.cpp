@@ -1,13 +1,18 @@
 #include "document.h"
 
+#include "documentsplit.h"
 #include "exchangetexts.h"
 
 #include <QDebug>
+#include <QtConcurrent/QtConcurrentMap>
 
 #include <json/json.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <memory>
+#include <numeric>
 #include <stdexcept>
 
 namespace exchange {
@@ -167,43 +172,135 @@ bool isSafeEntryName(const QString& name)
 
 namespace {
 
-// owned, when given, is text itself, released as soon as the tree holds the document.
+std::unique_ptr<Json::CharReader> jsonReader(int depth)
+{
+    Json::CharReaderBuilder builder;
+    // A worker thread of the pool has a small stack: deep nesting is refused, not followed.
+    builder["stackLimit"] = depth;
+    builder["failIfExtra"] = true;
+    return std::unique_ptr<Json::CharReader>(builder.newCharReader());
+}
+
+constexpr int maxDepth = 64;
+
+// Reads the header into doc and gives the reader for the elements.
+Reader header(const Json::Value& root, DocumentHeader& header)
+{
+    Reader r;
+    r.object(root);
+    const Json::Value& comment = r.object(root["comment"]);
+    const Json::Value& encoding = comment["encoding"];
+    r.utf8 = encoding.isString() && encoding.asString() == "utf8";
+    header.encoding = encoding.isString() ? r.string(encoding) : QString();
+    header.libName = r.string(comment["lib-name"]);
+    header.exportDate = r.string(comment["export-date"]);
+    return r;
+}
+
+// The whole document as one tree: for documents that cannot be split.
+bool parseWhole(const QByteArray& text, QByteArray* owned, ParsedDocument& doc)
+{
+    Json::Value root;
+    std::string errors;
+    if (!jsonReader(maxDepth)->parse(text.constData(), text.constData() + text.size(), &root,
+                                     &errors)) {
+        qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
+        return false;
+    }
+    if (owned) *owned = QByteArray();
+    const Reader r = header(root, doc.header);
+    Json::Value& list = root["std-size"];
+    r.array(list);
+    doc.records.reserve(list.size());
+    // Each element's branch of the tree is freed once it is a record: the tree and all
+    // the records of a large document are never held together.
+    for (Json::Value& item : list) {
+        doc.records.push_back(r.element(item));
+        item = Json::Value();
+    }
+    return true;
+}
+
+// Elements per task of the pool: enough to make a task worth scheduling.
+constexpr size_t elementsPerTask = 64;
+
+// The header from the document without its elements, then each element parsed on its own,
+// spread over the pool: only one element's tree per thread exists at a time.
+bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocument& doc)
+{
+    const char* data = text.constData();
+    std::string skeleton;
+    skeleton.reserve(size_t(text.size()) - (layout.list.end - layout.list.begin) + 2);
+    skeleton.append(data, layout.list.begin)
+        .append("[]")
+        .append(data + layout.list.end, size_t(text.size()) - layout.list.end);
+    Json::Value root;
+    std::string errors;
+    if (!jsonReader(maxDepth)->parse(skeleton.data(), skeleton.data() + skeleton.size(), &root,
+                                     &errors)) {
+        qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
+        return false;
+    }
+    const Reader r = header(root, doc.header);
+    r.array(root["std-size"]);
+
+    const size_t count = layout.elements.size();
+    doc.records.resize(count);
+    const size_t tasks = (count + elementsPerTask - 1) / elementsPerTask;
+    // The first failure in document order is the one reported.
+    std::vector<QString> failures(tasks);
+    std::atomic<bool> failed = false;
+    std::vector<size_t> taskIndexes(tasks);
+    std::iota(taskIndexes.begin(), taskIndexes.end(), size_t(0));
+    QtConcurrent::blockingMap(taskIndexes, [&](size_t task) {
+        if (failed.load()) return;
+        // Elements sit two levels down in the document.
+        const std::unique_ptr<Json::CharReader> reader = jsonReader(maxDepth - 2);
+        const size_t last = std::min(count, (task + 1) * elementsPerTask);
+        for (size_t i = task * elementsPerTask; i < last; ++i) {
+            const DocumentLayout::Span& span = layout.elements[i];
+            Json::Value item;
+            std::string itemErrors;
+            try {
+                if (!reader->parse(data + span.begin, data + span.end, &item, &itemErrors)) {
+                    failures[task] = QString::fromStdString(itemErrors);
+                } else {
+                    doc.records[i] = r.element(item);
+                    continue;
+                }
+            } catch (const std::exception& e) {
+                failures[task] = QString::fromUtf8(e.what());
+            }
+            failed = true;
+            return;
+        }
+    });
+    if (failed.load()) {
+        for (const QString& failure : failures) {
+            if (failure.isEmpty()) continue;
+            qDebug() << texts::jsonUnparsable() << failure;
+            break;
+        }
+        return false;
+    }
+    return true;
+}
+
+// owned, when given, is text itself, released as soon as the records are made.
 std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
 {
     if (text.size() > maxDocumentSize) {
         qDebug() << texts::jsonUnparsable() << "document too large";
         return std::nullopt;
     }
-    Json::CharReaderBuilder builder;
-    // A worker thread of the pool has a small stack: deep nesting is refused, not followed.
-    builder["stackLimit"] = 64;
-    builder["failIfExtra"] = true;
-    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    Json::Value root;
-    std::string errors;
     try {
-        if (!reader->parse(text.constData(), text.constData() + text.size(), &root, &errors)) {
-            qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
-            return std::nullopt;
-        }
-        if (owned) *owned = QByteArray();
-        Reader r;
         ParsedDocument doc;
-        r.object(root);
-        const Json::Value& comment = r.object(root["comment"]);
-        const Json::Value& encoding = comment["encoding"];
-        r.utf8 = encoding.isString() && encoding.asString() == "utf8";
-        doc.header.encoding = encoding.isString() ? r.string(encoding) : QString();
-        doc.header.libName = r.string(comment["lib-name"]);
-        doc.header.exportDate = r.string(comment["export-date"]);
-        Json::Value& list = root["std-size"];
-        r.array(list);
-        doc.records.reserve(list.size());
-        // Each element's branch of the tree is freed once it is a record: the tree and all
-        // the records of a large document are never held together.
-        for (Json::Value& item : list) {
-            doc.records.push_back(r.element(item));
-            item = Json::Value();
+        DocumentLayout layout;
+        if (splitDocument(text.constData(), size_t(text.size()), layout)) {
+            if (!parseSplit(text, layout, doc)) return std::nullopt;
+            if (owned) *owned = QByteArray();
+        } else if (!parseWhole(text, owned, doc)) {
+            return std::nullopt;
         }
         for (const ImportRecord& record : doc.records) {
             if (!referencesAreSafe(record)) {
