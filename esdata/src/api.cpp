@@ -860,6 +860,26 @@ bool esx_Rollback(es_provider_t* provider)
     });
 }
 
+const char16_t* esx_StoreFileAhead(es_provider_t* provider, const char16_t* path, bool move)
+{
+    esdata::clearLastError();
+    if (!provider || !path) {
+        esdata::setLastError(std::string("null handle"));
+        return nullptr;
+    }
+    // No lock: the catalog may be held by a transaction scope of the thread that will write.
+    try {
+        thread_local std::u16string stored;
+        stored = catalogOf(provider)->storeAhead(view(path), move);
+        return stored.c_str();
+    } catch (const std::exception& e) {
+        esdata::setLastError(std::string(e.what()));
+    } catch (...) {
+        esdata::setLastError(std::string("unexpected failure"));
+    }
+    return nullptr;
+}
+
 const char16_t* esx_UpdatedRtw(void)
 {
     try {

@@ -1085,6 +1085,19 @@ bool Catalog::clearModel(es_model* m)
     return true;
 }
 
+std::u16string Catalog::storeAhead(std::u16string_view file, bool move) const
+{
+    const QString folder = toQString(m_filesDir);
+    StoredFile stored;
+    QString error;
+    if (!QDir().mkpath(folder))
+        throw std::runtime_error("cannot create the folder " + folder.toStdString());
+    const bool done = move ? takeFile(folder, toQString(file), stored, error)
+                           : storeFile(folder, toQString(file), stored, error);
+    if (!done) throw std::runtime_error(error.toStdString());
+    return filePath(fromQString(stored.name));
+}
+
 bool Catalog::storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest)
 {
     StoredFile stored;

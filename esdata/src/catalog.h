@@ -55,6 +55,10 @@ public:
     const std::u16string& path() const { return m_path; }
     const std::u16string& databaseName() const { return m_dbName; }
     uint64_t generation() const { return m_gen; }
+    // Copies (or moves) file into the file folder ahead of the write that will refer to it and
+    // gives the stored file's path. Touches nothing that the mutex guards: callable while
+    // another thread holds the catalog.
+    std::u16string storeAhead(std::u16string_view file, bool move) const;
 
     // packets
     const std::vector<es_packet*>& packets();

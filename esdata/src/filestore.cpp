@@ -8,6 +8,14 @@
 #include <QHash>
 #include <QSaveFile>
 
+#if defined(_WIN32)
+#include <io.h>
+#include <windows.h>
+#else
+#include <unistd.h>
+#endif
+
+#include <filesystem>
 #include <mutex>
 
 namespace esdata {
@@ -28,11 +36,30 @@ QHash<QString, KnownDigest> g_digests;
 
 constexpr qint64 kChunk = 1 << 16;
 
+// The file system's own modification stamp: QFileInfo's local time costs a time zone lookup
+// per call.
+bool stampOf(const QString& path, qint64& stamp)
+{
+    std::error_code failed;
+    const auto time =
+        std::filesystem::last_write_time(std::filesystem::path(path.toStdU16String()), failed);
+    if (failed) return false;
+    stamp = qint64(time.time_since_epoch().count());
+    return true;
+}
+
+void remember(const QString& path, qint64 size, qint64 modified, const QString& digest)
+{
+    std::lock_guard lock(g_digestMutex);
+    g_digests.insert(path, KnownDigest{size, modified, digest});
+}
+
 bool hashFile(const QFileInfo& info, QString& digest)
 {
     const QString path = info.absoluteFilePath();
     const qint64 size = info.size();
-    const qint64 modified = info.lastModified().toMSecsSinceEpoch();
+    qint64 modified = 0;
+    if (!stampOf(path, modified)) return false;
     {
         std::lock_guard lock(g_digestMutex);
         auto it = g_digests.constFind(path);
@@ -46,9 +73,20 @@ bool hashFile(const QFileInfo& info, QString& digest)
     QCryptographicHash hash(QCryptographicHash::Md5);
     if (!hash.addData(&in)) return false;
     digest = QString::fromLatin1(hash.result().toHex());
-    std::lock_guard lock(g_digestMutex);
-    g_digests.insert(path, KnownDigest{size, modified, digest});
+    remember(path, size, modified, digest);
     return true;
+}
+
+// Puts the file's data on the disk before a name in the folder refers to it.
+bool syncFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite)) return false;
+#if defined(_WIN32)
+    return FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(file.handle())));
+#else
+    return ::fdatasync(file.handle()) == 0;
+#endif
 }
 
 // Streams source into target under a temporary name that is renamed at the end, so a crash
@@ -87,6 +125,37 @@ bool storeFile(const QString& folder, const QString& source, StoredFile& out, QS
         error = QStringLiteral("cannot write file: ") + target;
         return false;
     }
+    return true;
+}
+
+bool takeFile(const QString& folder, const QString& source, StoredFile& out, QString& error)
+{
+    QFileInfo info(source);
+    if (source.isEmpty() || !info.isFile() || !hashFile(info, out.digest)) {
+        error = QStringLiteral("cannot read file: ") + source;
+        return false;
+    }
+    const QString suffix = info.suffix();
+    out.name = suffix.isEmpty() ? out.digest : out.digest + QLatin1Char('.') + suffix;
+    const QString target = folder + QLatin1Char('/') + out.name;
+    QFileInfo existing(target);
+    if (!existing.isFile() || existing.size() != info.size()) {
+        qint64 modified = 0;
+        std::error_code failed;
+        if (syncFile(source))
+            std::filesystem::rename(std::filesystem::path(source.toStdU16String()),
+                                    std::filesystem::path(target.toStdU16String()), failed);
+        else
+            failed = std::make_error_code(std::errc::io_error);
+        // Another file system, or a file that cannot be synced: copied the safe way.
+        if (failed && !copyFile(source, target)) {
+            error = QStringLiteral("cannot write file: ") + target;
+            return false;
+        }
+        if (!failed && stampOf(target, modified))
+            remember(QFileInfo(target).absoluteFilePath(), info.size(), modified, out.digest);
+    }
+    QFile::remove(source);
     return true;
 }
 

@@ -20,6 +20,10 @@ struct StoredFile
 // False with a reason when the source cannot be read or the copy cannot be written.
 bool storeFile(const QString& folder, const QString& source, StoredFile& out, QString& error);
 
+// The same, moving source into the folder instead of copying it where the file system allows;
+// source is gone afterwards either way.
+bool takeFile(const QString& folder, const QString& source, StoredFile& out, QString& error);
+
 // The whole content of path; false when it is not a readable file.
 bool readBytes(const QString& path, std::vector<uint8_t>& out);
 

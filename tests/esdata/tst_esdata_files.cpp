@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <thread>
+
 class TstEsdataFiles : public QObject
 {
     Q_OBJECT
@@ -20,6 +22,9 @@ private slots:
     void modelRefusesUnreadableFile();
     void projectionsKeepOrderAndShareContent();
     void representationRoundTrips();
+    void fileStoredAheadIsFoundByTheWrite_data();
+    void fileStoredAheadIsFoundByTheWrite();
+    void storingAheadDoesNotWaitForAnOpenScope();
     void createSpecReplacesRecords_data();
     void createSpecReplacesRecords();
 
@@ -180,6 +185,59 @@ void TstEsdataFiles::representationRoundTrips()
     QCOMPARE(QByteArray(static_cast<const char*>(data), int(n)), xml);
     QVERIFY(stdsize_SetRepresentationData(m_e, nullptr, 0));
     QCOMPARE(stdsize_GetRepresentationData(m_e, &data), size_t(0));
+}
+
+void TstEsdataFiles::fileStoredAheadIsFoundByTheWrite_data()
+{
+    QTest::addColumn<bool>("move");
+    QTest::addColumn<bool>("alreadyStored");
+    QTest::newRow("copied") << false << false;
+    QTest::newRow("moved") << true << false;
+    QTest::newRow("moved onto a stored copy") << true << true;
+}
+
+void TstEsdataFiles::fileStoredAheadIsFoundByTheWrite()
+{
+    QFETCH(bool, move);
+    QFETCH(bool, alreadyStored);
+    const QByteArray content = "ahead-" + QByteArray::number(int(move) * 2 + int(alreadyStored));
+    const QString file = src("ahead.frw");
+    QVERIFY(writeFile(file, content));
+    const QString expected = m_db + ".files/" + md5(content) + ".frw";
+    if (alreadyStored) {
+        QVERIFY(esx_StoreFileAhead(m_p, u16(file).c_str(), false));
+        QVERIFY(QFile::exists(file));
+    }
+
+    const QString stored = qs(esx_StoreFileAhead(m_p, u16(file).c_str(), move));
+    QCOMPARE(QFileInfo(stored).absoluteFilePath(), QFileInfo(expected).absoluteFilePath());
+    QCOMPARE(readFile(stored), content);
+    QCOMPARE(QFile::exists(file), !move);
+    // Nothing of the catalog changed: the element still has no model until the write.
+    es_model_t* m = stdsize_GetModel(m_e);
+    QVERIFY(model_Clear(m));
+    QVERIFY(model_IsEmpty(m));
+
+    QVERIFY(model_SetModelEx(m, u16(stored).c_str(), u"", u"Вперёд", 1));
+    QCOMPARE(qs(model_GetDigest(m)), md5(content));
+    QCOMPARE(readFile(qs(model_GetModelFile(m))), content);
+    QCOMPARE(QDir(m_db + ".files").entryList({"*.frw"}).count(md5(content) + ".frw"), 1);
+}
+
+void TstEsdataFiles::storingAheadDoesNotWaitForAnOpenScope()
+{
+    const QByteArray content = "while a scope is open";
+    const QString file = src("scope.frw");
+    QVERIFY(writeFile(file, content));
+    QVERIFY(esx_Begin(m_p));
+    QString stored;
+    std::thread other([&] { stored = qs(esx_StoreFileAhead(m_p, u16(file).c_str(), true)); });
+    other.join();
+    QVERIFY(esx_Rollback(m_p));
+    QCOMPARE(readFile(stored), content);
+
+    QVERIFY(!esx_StoreFileAhead(m_p, u16(src("missing.frw")).c_str(), true));
+    QVERIFY(qs(esx_LastError()).contains("missing.frw"));
 }
 
 void TstEsdataFiles::createSpecReplacesRecords_data()

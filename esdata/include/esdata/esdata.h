@@ -273,6 +273,17 @@ ESDATA_API es_attribute_t* esx_AddAttributeEx(es_table_t* table, const char16_t*
 ESDATA_API bool esx_Begin(es_provider_t* provider);
 ESDATA_API bool esx_Commit(es_provider_t* provider);
 ESDATA_API bool esx_Rollback(es_provider_t* provider);
+/* Stores the file at path in the catalog's file folder ahead of a write that will name it
+ * (model_SetModelEx, projections_AddProjectionEx and the like) and gives the stored file's
+ * path, which that write may be given instead of path and then finds stored. With move the
+ * file is moved rather than copied where the file system allows, and path is gone afterwards.
+ * The catalog's data do not change; a stored file that no write comes to name stays unused in
+ * the folder. It takes no lock of the catalog: another thread may call it while a transaction
+ * scope holds the catalog. Null when the file cannot be read or stored; the text returned is
+ * owned by the store and valid until the next call on this thread. Other catalog access
+ * implementations do not have it; callers look it up at run time. */
+ESDATA_API const char16_t* esx_StoreFileAhead(es_provider_t* provider, const char16_t* path,
+                                              bool move);
 /* The items recorded by esUpdateRtw in this process, joined with "|" (owned by the store,
  * valid until the next call). */
 ESDATA_API const char16_t* esx_UpdatedRtw(void);
