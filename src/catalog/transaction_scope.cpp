@@ -1,10 +1,6 @@
 #include "transaction_scope.h"
 
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
+#include "store_extension.h"
 
 namespace edw {
 
@@ -21,32 +17,12 @@ struct TransactionFunctions
     bool complete() const { return begin && commit && rollback; }
 };
 
-// Looks the functions up in the module that holds the catalog API the program is linked
-// with, whatever scope the loader put it in.
 TransactionFunctions lookUp()
 {
     TransactionFunctions fns;
-    auto anchor = reinterpret_cast<const void*>(&provider_GetDatabaseName);
-#if defined(_WIN32)
-    HMODULE module = nullptr;
-    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                                GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                            static_cast<LPCWSTR>(anchor), &module))
-        return fns;
-    fns.begin = reinterpret_cast<TransactionFn>(GetProcAddress(module, "esx_Begin"));
-    fns.commit = reinterpret_cast<TransactionFn>(GetProcAddress(module, "esx_Commit"));
-    fns.rollback = reinterpret_cast<TransactionFn>(GetProcAddress(module, "esx_Rollback"));
-#else
-    Dl_info info{};
-    if (!dladdr(anchor, &info) || !info.dli_fname) return fns;
-    void* module = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
-    if (!module) return fns;
-    fns.begin = reinterpret_cast<TransactionFn>(dlsym(module, "esx_Begin"));
-    fns.commit = reinterpret_cast<TransactionFn>(dlsym(module, "esx_Commit"));
-    fns.rollback = reinterpret_cast<TransactionFn>(dlsym(module, "esx_Rollback"));
-    // The library stays loaded: the program is linked with it.
-    dlclose(module);
-#endif
+    fns.begin = storeFunction<TransactionFn>("esx_Begin");
+    fns.commit = storeFunction<TransactionFn>("esx_Commit");
+    fns.rollback = storeFunction<TransactionFn>("esx_Rollback");
     return fns;
 }
 
