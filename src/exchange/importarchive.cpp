@@ -15,6 +15,10 @@
 #include <QSet>
 #include <QTemporaryDir>
 
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
 namespace exchange {
 
 namespace {
@@ -51,13 +55,90 @@ QString safeSuffix(const QString& entryName)
 
 } // namespace
 
+// How many records the prefetch may run ahead of the writes: far enough to keep the writer
+// from ever waiting, near enough that a paused or stopped import leaves little done for
+// nothing.
+constexpr size_t prefetchLead = 256;
+
 struct ImportArchive::Private
 {
+    struct Entry
+    {
+        enum State
+        {
+            Busy,
+            Done,
+            Failed
+        } state = Busy;
+        QString path;
+        int zipError = 0;
+        int systemError = 0;
+    };
+
     std::unique_ptr<zipper::unzip> zip;
     std::unique_ptr<QTemporaryDir> folder;
-    QHash<QString, QString> extracted;
-    QHash<QString, std::pair<int, int>> failed; // entry → libzip and system error codes
+    // Guards everything below; changed is signalled when an entry is finished, the writes
+    // advance or the prefetch is told to stop.
+    std::mutex mutex;
+    std::condition_variable changed;
+    QHash<QString, Entry> entries;
     int counter = 0;
+    int extracted = 0;
+    size_t writesAt = 0;
+    bool stopping = false;
+    std::thread prefetcher;
+    std::function<QString(const QString&)> handOver;
+
+    // Marks key as being extracted and gives the path it goes to. Called locked.
+    QString claim(const QString& key)
+    {
+        if (!folder) {
+            removeStaleFolders();
+            folder = std::make_unique<QTemporaryDir>(
+                QDir(QDir::tempPath())
+                    .filePath(folderPrefix + QString::number(QCoreApplication::applicationPid()) +
+                              QStringLiteral("_XXXXXX")));
+            if (!folder->isValid())
+                throw zipper::error("Failed to create folder", QDir::tempPath().toStdString(), 0,
+                                    0);
+        }
+        entries.insert(key, Entry{});
+        return folder->filePath(QStringLiteral("file") + QString::number(++counter) +
+                                safeSuffix(key));
+    }
+
+    // Extracts key (claimed) with archive into path and records the outcome; rethrows a
+    // damaged entry's error.
+    void run(zipper::unzip& archive, const QString& key, const QString& path, bool handing)
+    {
+        Entry done;
+        try {
+            archive.extract(key, path);
+            done.state = Entry::Done;
+            done.path = path;
+            if (handing && handOver) {
+                const QString moved = handOver(path);
+                if (!moved.isEmpty()) done.path = moved;
+            }
+        } catch (const zipper::error& e) {
+            done.state = Entry::Failed;
+            done.zipError = e.zipError();
+            done.systemError = e.systemError();
+            finish(key, done);
+            throw;
+        }
+        finish(key, done);
+    }
+
+    void finish(const QString& key, const Entry& done)
+    {
+        {
+            std::lock_guard lock(mutex);
+            entries.insert(key, done);
+            if (done.state == Entry::Done) ++extracted;
+        }
+        changed.notify_all();
+    }
 };
 
 ImportArchive::ImportArchive() : d(std::make_unique<Private>())
@@ -65,6 +146,7 @@ ImportArchive::ImportArchive() : d(std::make_unique<Private>())
 
 ImportArchive::~ImportArchive()
 {
+    stopPrefetch();
     d->zip.reset();
     d->folder.reset();
 }
@@ -78,6 +160,7 @@ ImportArchive::Status ImportArchive::open(const QString& path, const QString& ke
 {
     m_records.clear();
     m_header = {};
+    stopPrefetch();
     d = std::make_unique<Private>();
     m_status = Status::NotExportFile;
 
@@ -118,35 +201,98 @@ QString ImportArchive::errorText() const
     return {};
 }
 
-QString ImportArchive::extract(const QString& entryName)
+void ImportArchive::setHandOver(std::function<QString(const QString& path)> handOver)
+{
+    stopPrefetch();
+    d->handOver = std::move(handOver);
+}
+
+QString ImportArchive::extract(const QString& entryName, bool handOver)
 {
     if (entryName.isEmpty() || !d->zip) return {};
     const QString key = zipper::unzip::normalized(entryName);
-    if (const auto it = d->extracted.constFind(key); it != d->extracted.cend()) return *it;
-    if (const auto it = d->failed.constFind(key); it != d->failed.cend())
-        throw zipper::error("Failed to extract entry", key.toStdString(), it->first, it->second);
+    std::unique_lock lock(d->mutex);
+    for (;;) {
+        const auto it = d->entries.constFind(key);
+        if (it == d->entries.cend()) break;
+        if (it->state == Private::Entry::Done) return it->path;
+        if (it->state == Private::Entry::Failed)
+            throw zipper::error("Failed to extract entry", key.toStdString(), it->zipError,
+                                it->systemError);
+        d->changed.wait(lock);
+    }
     // The document's names never decide where a file lands: only names it may refer to are
     // looked up at all, and the file gets a generated name in this import's folder.
     if (!isSafeEntryName(key) || !d->zip->contains(key)) return {};
-    if (!d->folder) {
-        removeStaleFolders();
-        d->folder = std::make_unique<QTemporaryDir>(
-            QDir(QDir::tempPath())
-                .filePath(folderPrefix + QString::number(QCoreApplication::applicationPid()) +
-                          QStringLiteral("_XXXXXX")));
-        if (!d->folder->isValid())
-            throw zipper::error("Failed to create folder", QDir::tempPath().toStdString(), 0, 0);
-    }
-    const QString path = d->folder->filePath(QStringLiteral("file") +
-                                             QString::number(++d->counter) + safeSuffix(key));
+    const QString path = d->claim(key);
+    lock.unlock();
+    d->run(*d->zip, key, path, handOver);
+    lock.lock();
+    return d->entries.value(key).path;
+}
+
+void ImportArchive::prefetch(std::vector<Prefetch> entries)
+{
+    stopPrefetch();
+    if (!d->zip || entries.empty()) return;
+    std::unique_ptr<zipper::unzip> own;
     try {
-        d->zip->extract(key, path);
+        own = d->zip->reopen();
     } catch (const zipper::error& e) {
-        d->failed.insert(key, {e.zipError(), e.systemError()});
-        throw;
+        qDebug() << e.what();
+        return;
     }
-    d->extracted.insert(key, path);
-    return path;
+    {
+        std::lock_guard lock(d->mutex);
+        d->stopping = false;
+        d->writesAt = 0;
+    }
+    d->prefetcher = std::thread([d = d.get(), own = std::move(own), entries = std::move(entries)] {
+        for (const Prefetch& entry : entries) {
+            const QString key = zipper::unzip::normalized(entry.entryName);
+            QString path;
+            {
+                std::unique_lock lock(d->mutex);
+                d->changed.wait(
+                    lock, [&] { return d->stopping || entry.record < d->writesAt + prefetchLead; });
+                if (d->stopping) return;
+                if (key.isEmpty() || d->entries.contains(key) || !isSafeEntryName(key) ||
+                    !own->contains(key))
+                    continue;
+                try {
+                    path = d->claim(key);
+                } catch (const zipper::error& e) {
+                    qDebug() << e.what();
+                    return;
+                }
+            }
+            try {
+                d->run(*own, key, path, entry.handOver);
+            } catch (const zipper::error&) {
+                // Remembered: the write that needs the entry fails with it.
+            }
+        }
+    });
+}
+
+void ImportArchive::advance(size_t record)
+{
+    {
+        std::lock_guard lock(d->mutex);
+        d->writesAt = record;
+    }
+    d->changed.notify_all();
+}
+
+void ImportArchive::stopPrefetch()
+{
+    if (!d || !d->prefetcher.joinable()) return;
+    {
+        std::lock_guard lock(d->mutex);
+        d->stopping = true;
+    }
+    d->changed.notify_all();
+    d->prefetcher.join();
 }
 
 // An entry read into memory is held whole: bounded like the document itself.
@@ -162,11 +308,13 @@ std::optional<QByteArray> ImportArchive::read(const QString& entryName)
 
 int ImportArchive::extractedCount() const
 {
-    return int(d->extracted.size());
+    std::lock_guard lock(d->mutex);
+    return d->extracted;
 }
 
 QString ImportArchive::temporaryFolder() const
 {
+    std::lock_guard lock(d->mutex);
     return d->folder ? d->folder->path() : QString();
 }
 

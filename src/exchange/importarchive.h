@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -56,11 +57,35 @@ public:
     // for the same name gives the same path. Empty for an empty name or a name that the
     // archive does not hold. Throws zipper::error when the entry is damaged (CRC, size,
     // limits); nothing of it is left behind then.
-    QString extract(const QString& entryName);
+    //
+    // handOver passes the extracted file to the hand-over function, when one is set, and the
+    // entry is found from then on at the path that function gives (the file may have moved).
+    QString extract(const QString& entryName, bool handOver = false);
+    // Where extracted files asked for with handOver go: the function gets the extracted file
+    // and gives the path the file is to be found at, or an empty text to leave it where it is.
+    // It runs on the thread that extracted the file.
+    void setHandOver(std::function<QString(const QString& path)> handOver);
     // The bytes of the entry, read into memory without a file of their own (for data that
     // ends up in memory anyway). Nothing for an empty name or a name that the archive does
     // not hold. Throws zipper::error when the entry is damaged, as extract does.
     std::optional<QByteArray> read(const QString& entryName);
+    // An entry that the writes of record `record` will ask for, with or without hand-over.
+    struct Prefetch
+    {
+        size_t record = 0;
+        QString entryName;
+        bool handOver = false;
+    };
+    // Extracts the entries on a thread of its own, in the order given, keeping a bounded
+    // number of records ahead of the record last passed to advance(); extract() then finds
+    // them ready or waits for the one under way. A damaged entry is remembered and fails
+    // extract() as it would have by itself. Replaces a prefetch still running.
+    void prefetch(std::vector<Prefetch> entries);
+    // The writes have reached record `record`.
+    void advance(size_t record);
+    // Stops the prefetch and waits for it; extract() goes on working alone.
+    void stopPrefetch();
+
     // How many entries were actually extracted so far.
     int extractedCount() const;
     // The temporary folder of this import; empty before the first extraction.

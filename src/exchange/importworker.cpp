@@ -6,6 +6,7 @@
 #include <catalog/catalog_tree.h>
 #include <catalog/esconvert.h>
 #include <catalog/spec_description.h>
+#include <catalog/store_extension.h>
 #include <catalog/transaction_scope.h>
 
 #include <QDebug>
@@ -15,12 +16,6 @@
 #include <QThread>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
-
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
 
 #include <optional>
 #include <unordered_map>
@@ -50,29 +45,40 @@ using AddAttributeExFn = es_attribute_t* (*)(es_table_t*, const char16_t*, const
                                              uint32_t, int32_t, int32_t, const char16_t*,
                                              const char16_t*, const char16_t*);
 
-// The embedded store adds an attribute with all its fields in one write; other catalog
-// access modules lack the function, so it is looked up in the module that holds the API the
-// program is linked with, and the setters are used when it is not there.
+using StoreFileAheadFn = const char16_t* (*)(es_provider_t*, const char16_t*, bool);
+
+// The embedded store adds an attribute with all its fields in one write, and takes files
+// into its folder ahead of the writes that name them; other catalog access modules do
+// neither, and the worker then uses the setters and lets each write copy its file.
 AddAttributeExFn lookUpAddAttributeEx()
 {
-    auto anchor = reinterpret_cast<const void*>(&table_AddAttribute);
-#if defined(_WIN32)
-    HMODULE module = nullptr;
-    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                                GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                            static_cast<LPCWSTR>(anchor), &module))
-        return nullptr;
-    return reinterpret_cast<AddAttributeExFn>(GetProcAddress(module, "esx_AddAttributeEx"));
-#else
-    Dl_info info{};
-    if (!dladdr(anchor, &info) || !info.dli_fname) return nullptr;
-    void* module = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
-    if (!module) return nullptr;
-    auto fn = reinterpret_cast<AddAttributeExFn>(dlsym(module, "esx_AddAttributeEx"));
-    // The library stays loaded: the program is linked with it.
-    dlclose(module);
+    return edw::storeFunction<AddAttributeExFn>("esx_AddAttributeEx");
+}
+
+StoreFileAheadFn storeFileAhead()
+{
+    static const StoreFileAheadFn fn = edw::storeFunction<StoreFileAheadFn>("esx_StoreFileAhead");
     return fn;
-#endif
+}
+
+// What the records will ask the archive for, in the order they ask: the files and icons of
+// models and fragments (files are handed over to the store, icons go into the catalog as
+// bytes).
+std::vector<ImportArchive::Prefetch> prefetchList(const std::vector<ImportRecord>& records)
+{
+    std::vector<ImportArchive::Prefetch> list;
+    for (size_t i = 0; i < records.size(); ++i) {
+        const ImportRecord& r = records[i];
+        if (r.model) {
+            list.push_back({i, r.model->file, true});
+            list.push_back({i, r.model->icon, false});
+        }
+        for (const ProjectionRecord& p : r.prj) {
+            list.push_back({i, p.file, true});
+            list.push_back({i, p.icon, false});
+        }
+    }
+    return list;
 }
 
 AddAttributeExFn addAttributeEx()
@@ -254,8 +260,18 @@ void ImportWorker::run()
         batch.reset();
     };
 
+    // Files come out of the archive on a thread of their own, ahead of the writes, and move
+    // straight into the store's folder: the writes then find them stored.
+    if (StoreFileAheadFn fn = storeFileAhead())
+        m_archive.setHandOver([fn, provider = m_provider](const QString& path) {
+            const char16_t* stored = fn(provider, es(path).c_str(), true);
+            return stored ? edw::fromEs(stored) : QString();
+        });
+    m_archive.prefetch(prefetchList(m_records));
+
     size_t i = 0;
     for (; i < count; ++i) {
+        m_archive.advance(i);
         int state = m_stateWord->load();
         if (state != Run) closeBatch(i);
         // The GUI thread pauses while it asks the user whether to stop.
@@ -285,6 +301,7 @@ void ImportWorker::run()
         emit progress(++m_done);
     }
     closeBatch(i);
+    m_archive.stopPrefetch();
     emit finished();
 }
 
@@ -332,7 +349,7 @@ bool ImportWorker::writeRecord(const ImportRecord& record)
 
         // Files that the archive does not hold leave the element without them.
         if (record.model) {
-            const QString file = m_archive.extract(record.model->file);
+            const QString file = m_archive.extract(record.model->file, true);
             const QString icon = m_archive.extract(record.model->icon);
             if (!file.isEmpty())
                 model_SetModelEx(stdsize_GetModel(element), es(file).c_str(), es(icon).c_str(),
@@ -340,7 +357,7 @@ bool ImportWorker::writeRecord(const ImportRecord& record)
         }
         es_projections_t* list = stdsize_GetProjections(element);
         for (const ProjectionRecord& p : record.prj) {
-            const QString file = m_archive.extract(p.file);
+            const QString file = m_archive.extract(p.file, true);
             const QString icon = m_archive.extract(p.icon);
             if (file.isEmpty()) continue;
             projections_AddProjectionEx(list, es(p.name).c_str(), es(file).c_str(),

@@ -4,8 +4,10 @@
 #include "exchange_fixture.h"
 #include "ziptestsupport.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
@@ -35,6 +37,7 @@ private slots:
     void conflictReplacedTakesTheImportedElement();
     void compactionKeepsOrderOfKeptRecords();
     void recordsSharingAModelExtractItOnce();
+    void filesMoveIntoTheStoreOnce();
     void readGivesEntryBytesWithoutAFile_data();
     void readGivesEntryBytesWithoutAFile();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data();
@@ -488,6 +491,47 @@ void TestImport::recordsSharingAModelExtractItOnce()
     QCOMPARE(worker.written(), 2);
     QCOMPARE(archive.extractedCount(), 1);
     QCOMPARE(edw::fromEs(model_GetModelName(stdsize_GetModel(m_target->find("P", "B")))), "b");
+}
+
+void TestImport::filesMoveIntoTheStoreOnce()
+{
+    // Many elements over few files, so that the writes and the extraction ahead of them meet.
+    std::vector<es_stdsize_t*> elements;
+    QSet<QByteArray> contents;
+    for (int i = 0; i < 40; ++i) {
+        es_stdsize_t* e = m_source->addElement("P", "F", QString("E%1").arg(i));
+        const QByteArray model = "MODEL-" + QByteArray::number(i % 3);
+        const QByteArray view = "VIEW-" + QByteArray::number(i % 4);
+        setModel(e, m_source->writeFile(QString("m%1.m3d").arg(i), model),
+                 m_source->writeFile(QString("m%1.png").arg(i), "ICON"), "m", 1);
+        addProjection(e, "Вид", m_source->writeFile(QString("v%1.frw").arg(i), view), {}, 1, 2);
+        contents << model << view;
+        elements.push_back(e);
+    }
+    const QString path = exportElements(elements, "many.uss");
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    worker.run();
+    QCOMPARE(worker.written(), 40);
+
+    const QString store = m_target->path + ".files";
+    QStringList stored = QDir(store).entryList({"*.m3d", "*.frw"}, QDir::Files);
+    QStringList expected;
+    for (const QByteArray& content : contents)
+        expected << QCryptographicHash::hash(content, QCryptographicHash::Md5).toHex() +
+                        (content.startsWith("MODEL") ? ".m3d" : ".frw");
+    stored.sort();
+    expected.sort();
+    QCOMPARE(stored, expected);
+    // Moved, not copied: the import's folder keeps only the icons.
+    const QDir temporary(archive.temporaryFolder());
+    QCOMPARE(temporary.entryList({"*.m3d", "*.frw"}, QDir::Files), QStringList());
+    for (int i = 0; i < 40; ++i) {
+        es_stdsize_t* e = m_target->find("P", QString("E%1").arg(i));
+        QVERIFY(e);
+        QCOMPARE(dump(e), dump(elements[size_t(i)]));
+    }
 }
 
 void TestImport::readGivesEntryBytesWithoutAFile_data()

@@ -139,7 +139,7 @@ void TestZipper::entriesKeepTheirMethodAndFixedTime()
     const QByteArray archive = ziptest::readFile(path("a.zip"));
     // Entry times are local times of the moment.
     const QDateTime local = when.toLocalTime();
-    for (const QByteArray name : {QByteArray("TX\\model\\1.m3d"), QByteArray("TX\\model\\1.png")}) {
+    for (const QByteArray& name : {QByteArray("TX\\model\\1.m3d"), QByteArray("TX\\model\\1.png")}) {
         const auto found = stamp(archive, name);
         QVERIFY2(found, name.constData());
         QCOMPARE(found->method, method);

@@ -57,6 +57,13 @@ unzip::~unzip()
     if (m_zip) zip_discard(m_zip);
 }
 
+std::unique_ptr<unzip> unzip::reopen() const
+{
+    auto other = std::make_unique<unzip>(m_path, m_limits);
+    other->m_extracted = m_extracted;
+    return other;
+}
+
 bool unzip::contains(const QString& entryName) const
 {
     return m_index.contains(normalized(entryName));
@@ -110,11 +117,11 @@ void unzip::readEntry(const QString& entryName, std::int64_t maxBytes, Sink&& si
         }
         if (n == 0) break;
         total += n;
-        m_extracted += n;
+        const std::int64_t extracted = (*m_extracted += n);
         if (declared >= 0 && total > declared)
             throw error("Entry is longer than declared", subject, ZIP_ER_INCONS, 0);
         if (total > maxBytes) throw error("Entry is too large", subject, ZIP_ER_INCONS, 0);
-        if (m_extracted > m_limits.maxTotalBytes)
+        if (extracted > m_limits.maxTotalBytes)
             throw error("Archive expands beyond the allowed size", m_path.toStdString(),
                         ZIP_ER_INCONS, 0);
         if (total > m_limits.ratioFloor && compressed >= 0 &&

@@ -4,7 +4,9 @@
 #include <QHash>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 
 struct zip;
 
@@ -49,6 +51,10 @@ public:
     // removed and zipper::error is thrown.
     void extract(const QString& entryName, const QString& targetPath);
 
+    // The same archive opened once more, for reading on another thread (a libzip archive
+    // must not be read from two threads); both count their bytes against one total.
+    std::unique_ptr<unzip> reopen() const;
+
     static QString normalized(QString entryName);
 
 private:
@@ -58,7 +64,8 @@ private:
     struct ::zip* m_zip = nullptr;
     QString m_path;
     limits m_limits;
-    std::int64_t m_extracted = 0;
+    std::shared_ptr<std::atomic<std::int64_t>> m_extracted =
+        std::make_shared<std::atomic<std::int64_t>>(0);
     QHash<QString, std::uint64_t> m_index;
 };
 
