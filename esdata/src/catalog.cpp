@@ -44,7 +44,6 @@ CREATE TABLE es_attribute(
   measure TEXT NOT NULL DEFAULT '',
   formula TEXT NOT NULL DEFAULT '',
   UNIQUE(folder, name));
-CREATE INDEX es_attribute_pos ON es_attribute(folder, pos);
 CREATE TABLE es_element(
   id INTEGER PRIMARY KEY AUTOINCREMENT,
   packet INTEGER NOT NULL REFERENCES es_packet(id) ON DELETE CASCADE,
@@ -222,7 +221,8 @@ static const char* const kStatements[] = {
     "SELECT id, type FROM es_element",
     "SELECT v.value FROM es_attribute a LEFT JOIN es_value v ON v.element=?1 AND "
     "v.attribute=a.id WHERE a.folder=?2 ORDER BY a.pos",
-    "INSERT OR REPLACE INTO es_value(element, attribute, value) VALUES(?, ?, ?)",
+    "INSERT INTO es_value(element, attribute, value) VALUES(?, ?, ?) "
+    "ON CONFLICT(element, attribute) DO UPDATE SET value=excluded.value",
     "SELECT representation FROM es_element WHERE id=?",
     "UPDATE es_element SET representation=? WHERE id=?",
     "SELECT file, digest, name, version, icon FROM es_model WHERE element=?",
