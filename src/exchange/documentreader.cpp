@@ -1,5 +1,6 @@
 #include "document.h"
 
+#include "documentfast.h"
 #include "documentsplit.h"
 #include "exchangetexts.h"
 
@@ -259,6 +260,8 @@ bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocu
         const size_t last = std::min(count, (task + 1) * elementsPerTask);
         for (size_t i = task * elementsPerTask; i < last; ++i) {
             const DocumentLayout::Span& span = layout.elements[i];
+            if (r.utf8 && readPlainElement(data + span.begin, data + span.end, doc.records[i]))
+                continue;
             Json::Value item;
             std::string itemErrors;
             try {

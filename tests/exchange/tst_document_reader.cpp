@@ -1,4 +1,5 @@
 #include "document.h"
+#include "documentfast.h"
 
 #include <QTest>
 
@@ -16,6 +17,8 @@ private slots:
     void recordsComeInDocumentOrder();
     void damagedDocumentGivesNothing_data();
     void damagedDocumentGivesNothing();
+    void everyElementReadsAsTheTreeReadsIt_data();
+    void everyElementReadsAsTheTreeReadsIt();
 };
 
 namespace {
@@ -41,6 +44,47 @@ QByteArray document(int count, const std::function<QByteArray(int)>& special = {
         text += item.isNull() ? element(i) : item;
     }
     return text + "\n ]\n}\n";
+}
+
+// Every field of a record, absent ones marked, as one text to compare.
+QString describe(const exchange::ImportRecord& r)
+{
+    auto opt = [](const std::optional<QString>& s) { return s ? "\"" + *s + "\"" : "-"; };
+    auto optInt = [](const std::optional<int>& n) { return n ? QString::number(*n) : "-"; };
+    QStringList parts{r.packet, r.folder, r.id, r.type, opt(r.repPath)};
+    for (const exchange::AttributeRecord& a : r.atr)
+        parts << QStringList{"atr",
+                             a.name,
+                             QString::number(a.num),
+                             QString::number(a.type),
+                             a.var,
+                             a.measure,
+                             opt(a.formula),
+                             opt(a.val),
+                             opt(a.desc),
+                             optInt(a.oldNum)}
+                     .join('|');
+    if (r.model)
+        parts << QStringList{"model",       r.model->name, QString::number(r.model->version),
+                             r.model->file, r.model->icon, r.model->digest}
+                     .join('|');
+    for (const exchange::ProjectionRecord& p : r.prj)
+        parts << QStringList{"prj",
+                             p.name,
+                             QString::number(p.type),
+                             QString::number(p.view),
+                             p.file,
+                             p.icon,
+                             p.digest}
+                     .join('|');
+    for (const exchange::SpecRecord& s : r.spc) {
+        QStringList spec{"spc", s.libName, QString::number(s.style), QString::number(s.fPart),
+                         QString::number(s.sPart)};
+        for (const exchange::ColumnRecord& c : s.column)
+            spec << QString::number(c.num) + "=" + c.val;
+        parts << spec.join('|');
+    }
+    return parts.join('\n');
 }
 
 } // namespace
@@ -122,6 +166,91 @@ void TestDocumentReader::damagedDocumentGivesNothing()
 {
     QFETCH(QByteArray, text);
     QVERIFY(!exchange::parseDocument(text));
+}
+
+void TestDocumentReader::everyElementReadsAsTheTreeReadsIt_data()
+{
+    QTest::addColumn<QByteArray>("item");
+    QTest::addColumn<bool>("plain"); // read without the tree
+
+    const QByteArray full =
+        "{ \"packet\" : \"Трубы\", \"folder\" : \"A\\\\B\", \"id\" : \"T-1\", "
+        "\"type\" : \"PIPE\", \"atr\" : [ { \"name\" : \"D\", \"num\" : 3, \"type\" : 2, "
+        "\"val\" : \"1.5\", \"var\" : \"d\", \"measure\" : \"мм\", \"desc\" : \"Диаметр\", "
+        "\"old-num\" : -7 }, { \"name\" : \"L\", \"num\" : 4, \"type\" : 3, \"formula\" : "
+        "\"D*2\" } ], \"model\" : { \"name\" : \"m\", \"version\" : 2, \"file\" : "
+        "\"TX\\\\model\\\\1.m3d\", \"icon\" : \"\", \"digest\" : \"ab\" }, \"prj\" : [ { "
+        "\"name\" : \"Вид\", \"type\" : 1, \"view\" : 2, \"file\" : \"f.frw\", \"icon\" : "
+        "\"i.png\", \"digest\" : \"cd\" } ], \"repPath\" : \"r.xml\", \"spc\" : [ { "
+        "\"libName\" : \"L\", \"style\" : 1, \"fPart\" : 2, \"sPart\" : 3, \"column\" : [ { "
+        "\"num\" : 1, \"val\" : \"$D\" } ] } ] }";
+    auto with = [&](const char* from, const char* to) {
+        return QByteArray(full).replace(from, to);
+    };
+
+    QTest::newRow("everything") << full << true;
+    QTest::newRow("escapes") << with("\"1.5\"", "\"\\\"q\\\" \\/ \\t \\u0416 \\u00e9 \\n\"")
+                             << true;
+    QTest::newRow("surrogate pair") << with("\"1.5\"", "\"\\ud83d\\ude00\"") << false;
+    QTest::newRow("lone surrogate") << with("\"1.5\"", "\"\\ud83d\"") << false;
+    QTest::newRow("escaped NUL") << with("\"1.5\"", "\"a\\u0000b\"") << false;
+    QTest::newRow("nulls for optional members")
+        << QByteArray("{ \"packet\" : \"P\", \"folder\" : \"F\", \"id\" : \"N\", \"type\" : null, "
+                      "\"atr\" : [ { \"name\" : \"A\", \"num\" : 1, \"type\" : 3, \"val\" : null, "
+                      "\"formula\" : null, \"var\" : null, \"measure\" : null, \"desc\" : null, "
+                      "\"old-num\" : null } ], \"model\" : null, \"prj\" : [], \"repPath\" : null, "
+                      "\"spc\" : null }")
+        << true;
+    QTest::newRow("spc that is not an array")
+        << with("\"spc\" : [", "\"spc\" : 5, \"s\" : [") << false;
+    QTest::newRow("integer written as real") << with("\"num\" : 3", "\"num\" : 3.0") << false;
+    QTest::newRow("integer with exponent") << with("\"num\" : 3", "\"num\" : 3e0") << false;
+    QTest::newRow("integer with leading zero") << with("\"num\" : 3", "\"num\" : 03") << false;
+    QTest::newRow("minus zero") << with("\"num\" : 3", "\"num\" : -0") << false;
+    QTest::newRow("largest integer") << with("\"num\" : 3", "\"num\" : 2147483647") << true;
+    QTest::newRow("smallest integer") << with("\"num\" : 3", "\"num\" : -2147483648") << true;
+    QTest::newRow("integer out of range") << with("\"num\" : 3", "\"num\" : 2147483648") << false;
+    QTest::newRow("integer as text") << with("\"num\" : 3", "\"num\" : \"3\"") << false;
+    QTest::newRow("text as integer") << with("\"val\" : \"1.5\"", "\"val\" : 1.5") << false;
+    QTest::newRow("boolean") << with("\"val\" : \"1.5\"", "\"val\" : true") << false;
+    QTest::newRow("repeated member, the last counts")
+        << with("\"type\" : \"PIPE\"", "\"type\" : \"A\", \"type\" : \"B\"") << false;
+    QTest::newRow("unknown member")
+        << with("\"type\" : \"PIPE\"", "\"type\" : \"PIPE\", \"x\" : [1, {}]") << false;
+    QTest::newRow("comment inside")
+        << with("\"type\" : \"PIPE\",", "\"type\" : \"PIPE\", /* c */") << false;
+    QTest::newRow("trailing comma")
+        << with("\"digest\" : \"cd\" }", "\"digest\" : \"cd\", }") << false;
+    QTest::newRow("missing id") << with("\"id\" : \"T-1\",", "") << false;
+    QTest::newRow("missing num") << with("\"num\" : 4,", "") << false;
+    QTest::newRow("missing column")
+        << with(", \"column\" : [ { \"num\" : 1, \"val\" : \"$D\" } ]", "") << false;
+    QTest::newRow("null name") << with("\"name\" : \"D\"", "\"name\" : null") << false;
+    QTest::newRow("no space at all")
+        << QByteArray(full).replace(" ", "").replace("Вид", "V") << true;
+    QTest::newRow("escaped member name") << with("\"packet\"", "\"pack\\u0065t\"") << false;
+    QTest::newRow("empty object") << QByteArray("{}") << false;
+}
+
+// Read element by element, the document gives exactly what the whole tree gives: the same
+// records, or nothing for both.
+void TestDocumentReader::everyElementReadsAsTheTreeReadsIt()
+{
+    QFETCH(QByteArray, item);
+    QFETCH(bool, plain);
+    exchange::ImportRecord record;
+    QCOMPARE(exchange::readPlainElement(item.constData(), item.constData() + item.size(), record),
+             plain);
+    const QByteArray split = document(3, [&](int i) { return i == 1 ? item : QByteArray(); });
+    // A comment before the document keeps it from being split: it is read as one tree.
+    const QByteArray whole = "// whole\n" + split;
+    const std::optional<exchange::ParsedDocument> a = exchange::parseDocument(split);
+    const std::optional<exchange::ParsedDocument> b = exchange::parseDocument(whole);
+    QCOMPARE(bool(a), bool(b));
+    if (!a) return;
+    QCOMPARE(a->records.size(), b->records.size());
+    for (size_t i = 0; i < a->records.size(); ++i)
+        QCOMPARE(describe(a->records[i]), describe(b->records[i]));
 }
 
 QTEST_GUILESS_MAIN(TestDocumentReader)
