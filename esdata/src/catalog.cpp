@@ -985,6 +985,14 @@ void Catalog::keepCached(es_stdsize* e)
         std::u16string().swap(m.name);
         std::vector<uint8_t>().swap(m.icon);
         m.gen = kStale;
+        // Fragment icons weigh as much as the rest of an element: read again with the list.
+        es_projections& list = old->projections;
+        for (es_projection* p : list.items) {
+            std::vector<uint8_t>().swap(p->icon);
+            std::u16string().swap(p->file);
+            std::u16string().swap(p->digest);
+        }
+        list.gen = kStale;
     }
 }
 

@@ -387,8 +387,15 @@ void TstEsdataValues::elementReadLongAgoAnswersAsBefore()
         QVERIFY(stdsize_SetValueS(e, a, u16(QString("значение %1").arg(i)).c_str()));
         QVERIFY(model_SetModelEx(stdsize_GetModel(e), u16(model).c_str(), u16(icon).c_str(),
                                  u"Модель", i));
+        QVERIFY(projections_AddProjectionEx(stdsize_GetProjections(e), u"Вид", u16(model).c_str(),
+                                            u16(icon).c_str(), 1, u"", 2));
         elements.push_back(e);
     }
+    // A fragment handle held while its element drops out of memory.
+    es_projection_t* view = projections_GetProjection(stdsize_GetProjections(elements[0]), 0);
+    QVERIFY(view);
+    const QString viewFile = qs(projection_GetFragmentFile(view));
+    QVERIFY(!viewFile.isEmpty());
     auto text = [](es_stdsize_t* e) {
         es_value v;
         return stdsize_GetValueByName(e, u"N", &v) ? qs(v.s) : QString("<none>");
@@ -398,7 +405,13 @@ void TstEsdataValues::elementReadLongAgoAnswersAsBefore()
     for (es_stdsize_t* e : elements) {
         text(e);
         model_GetVersion(stdsize_GetModel(e));
+        projections_GetProjectioCount(stdsize_GetProjections(e));
     }
+    QCOMPARE(qs(projection_GetFragmentFile(view)), viewFile);
+    const void* viewIcon = nullptr;
+    const size_t viewIconSize = projection_GetIconData(view, &viewIcon);
+    QCOMPARE(QByteArray(static_cast<const char*>(viewIcon), int(viewIconSize)),
+             QByteArray("icon bytes"));
     QCOMPARE(text(elements[0]), QString("значение 0"));
     es_model_t* m = stdsize_GetModel(elements[0]);
     QCOMPARE(qs(model_GetModelFile(m)), firstFile);
