@@ -331,6 +331,39 @@ std::optional<ParsedDocument> parseDocument(QByteArray&& text)
     return parse(owned, &owned);
 }
 
+QString ImportRecord::describe() const
+{
+    auto text = [](const std::optional<QString>& s) {
+        return s ? QLatin1Char('"') + *s + QLatin1Char('"') : QStringLiteral("-");
+    };
+    auto number = [](const std::optional<int>& n) {
+        return n ? QString::number(*n) : QStringLiteral("-");
+    };
+    QStringList parts{packet, folder, id, type, text(repPath)};
+    for (const AttributeRecord& a : atr)
+        parts << QStringList{QStringLiteral("atr"), a.name, QString::number(a.num),
+                             QString::number(a.type), a.var, a.measure, text(a.formula),
+                             text(a.val), text(a.desc), number(a.oldNum)}
+                     .join(QLatin1Char('|'));
+    if (model)
+        parts << QStringList{QStringLiteral("model"), model->name,
+                             QString::number(model->version), model->file, model->icon,
+                             model->digest}
+                     .join(QLatin1Char('|'));
+    for (const ProjectionRecord& p : prj)
+        parts << QStringList{QStringLiteral("prj"), p.name, QString::number(p.type),
+                             QString::number(p.view), p.file, p.icon, p.digest}
+                     .join(QLatin1Char('|'));
+    for (const SpecRecord& s : spc) {
+        QStringList spec{QStringLiteral("spc"), s.libName, QString::number(s.style),
+                         QString::number(s.fPart), QString::number(s.sPart)};
+        for (const ColumnRecord& c : s.column)
+            spec << QString::number(c.num) + QLatin1Char('=') + c.val;
+        parts << spec.join(QLatin1Char('|'));
+    }
+    return parts.join(QLatin1Char('\n'));
+}
+
 QString ImportRecord::value(const QString& name) const
 {
     for (const AttributeRecord& a : atr)

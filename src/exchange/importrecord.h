@@ -78,6 +78,9 @@ struct ImportRecord
 
     // The record's value of the attribute named name, or empty.
     QString value(const QString& name) const;
+    // Every field read from the document as one text, absent ones marked: for the debug log
+    // and for comparing two readings of a document.
+    QString describe() const;
 };
 
 struct DocumentHeader

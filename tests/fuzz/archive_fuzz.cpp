@@ -7,6 +7,7 @@
 // break its checksum, so this is how the document reader gets fuzzed in depth.
 #include "exchange/Libs/zipper/zip.h"
 #include "exchange/Libs/zipper/ziperror.h"
+#include "exchange/document.h"
 #include "exchange/importarchive.h"
 #include "exchange/importdecision.h"
 
@@ -99,6 +100,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (!t.provider) return 0;
     const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
     if (bytes.startsWith('{')) {
+        // Read element by element or as one tree (a comment first keeps the document whole),
+        // the document must give the same records.
+        const auto split = exchange::parseDocument(bytes);
+        const auto whole = exchange::parseDocument("//\n" + bytes);
+        if (bool(split) != bool(whole)) __builtin_trap();
+        if (split) {
+            if (split->records.size() != whole->records.size()) __builtin_trap();
+            for (size_t i = 0; i < split->records.size(); ++i)
+                if (split->records[i].describe() != whole->records[i].describe()) __builtin_trap();
+        }
         if (!packDocument(bytes, t.input)) return 0;
     } else {
         QFile file(t.input);
