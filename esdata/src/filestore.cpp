@@ -109,18 +109,37 @@ bool copyFile(const QString& source, const QString& target)
 
 } // namespace
 
-bool storeFile(const QString& folder, const QString& source, StoredFile& out, QString& error)
+namespace {
+
+// The digest name of source and where it goes in folder; false with a reason when source
+// cannot be read.
+bool placeOf(const QString& folder, const QFileInfo& info, StoredFile& out, QString& target,
+             QString& error)
 {
-    QFileInfo info(source);
-    if (source.isEmpty() || !info.isFile() || !hashFile(info, out.digest)) {
-        error = QStringLiteral("cannot read file: ") + source;
+    if (info.filePath().isEmpty() || !info.isFile() || !hashFile(info, out.digest)) {
+        error = QStringLiteral("cannot read file: ") + info.filePath();
         return false;
     }
     const QString suffix = info.suffix();
     out.name = suffix.isEmpty() ? out.digest : out.digest + QLatin1Char('.') + suffix;
-    const QString target = folder + QLatin1Char('/') + out.name;
-    QFileInfo existing(target);
-    if (existing.isFile() && existing.size() == info.size()) return true;
+    target = folder + QLatin1Char('/') + out.name;
+    return true;
+}
+
+bool alreadyStored(const QString& target, const QFileInfo& source)
+{
+    const QFileInfo existing(target);
+    return existing.isFile() && existing.size() == source.size();
+}
+
+} // namespace
+
+bool storeFile(const QString& folder, const QString& source, StoredFile& out, QString& error)
+{
+    const QFileInfo info(source);
+    QString target;
+    if (!placeOf(folder, info, out, target, error)) return false;
+    if (alreadyStored(target, info)) return true;
     if (!copyFile(source, target)) {
         error = QStringLiteral("cannot write file: ") + target;
         return false;
@@ -130,16 +149,10 @@ bool storeFile(const QString& folder, const QString& source, StoredFile& out, QS
 
 bool takeFile(const QString& folder, const QString& source, StoredFile& out, QString& error)
 {
-    QFileInfo info(source);
-    if (source.isEmpty() || !info.isFile() || !hashFile(info, out.digest)) {
-        error = QStringLiteral("cannot read file: ") + source;
-        return false;
-    }
-    const QString suffix = info.suffix();
-    out.name = suffix.isEmpty() ? out.digest : out.digest + QLatin1Char('.') + suffix;
-    const QString target = folder + QLatin1Char('/') + out.name;
-    QFileInfo existing(target);
-    if (!existing.isFile() || existing.size() != info.size()) {
+    const QFileInfo info(source);
+    QString target;
+    if (!placeOf(folder, info, out, target, error)) return false;
+    if (!alreadyStored(target, info)) {
         qint64 modified = 0;
         std::error_code failed;
         if (syncFile(source))

@@ -198,16 +198,20 @@ Reader header(const Json::Value& root, DocumentHeader& header)
     return r;
 }
 
+// The document text as one tree; a syntax error goes to the debug log.
+bool parseTree(const char* begin, const char* end, Json::Value& root)
+{
+    std::string errors;
+    if (jsonReader(maxDepth)->parse(begin, end, &root, &errors)) return true;
+    qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
+    return false;
+}
+
 // The whole document as one tree: for documents that cannot be split.
 bool parseWhole(const QByteArray& text, QByteArray* owned, ParsedDocument& doc)
 {
     Json::Value root;
-    std::string errors;
-    if (!jsonReader(maxDepth)->parse(text.constData(), text.constData() + text.size(), &root,
-                                     &errors)) {
-        qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
-        return false;
-    }
+    if (!parseTree(text.constData(), text.constData() + text.size(), root)) return false;
     if (owned) *owned = QByteArray();
     const Reader r = header(root, doc.header);
     Json::Value& list = root["std-size"];
@@ -236,12 +240,7 @@ bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocu
         .append("[]")
         .append(data + layout.list.end, size_t(text.size()) - layout.list.end);
     Json::Value root;
-    std::string errors;
-    if (!jsonReader(maxDepth)->parse(skeleton.data(), skeleton.data() + skeleton.size(), &root,
-                                     &errors)) {
-        qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
-        return false;
-    }
+    if (!parseTree(skeleton.data(), skeleton.data() + skeleton.size(), root)) return false;
     const Reader r = header(root, doc.header);
     r.array(root["std-size"]);
 
@@ -341,18 +340,27 @@ QString ImportRecord::describe() const
     };
     QStringList parts{packet, folder, id, type, text(repPath)};
     for (const AttributeRecord& a : atr)
-        parts << QStringList{QStringLiteral("atr"), a.name, QString::number(a.num),
-                             QString::number(a.type), a.var, a.measure, text(a.formula),
-                             text(a.val), text(a.desc), number(a.oldNum)}
+        parts << QStringList{QStringLiteral("atr"),   a.name,      QString::number(a.num),
+                             QString::number(a.type), a.var,       a.measure,
+                             text(a.formula),         text(a.val), text(a.desc),
+                             number(a.oldNum)}
                      .join(QLatin1Char('|'));
     if (model)
-        parts << QStringList{QStringLiteral("model"), model->name,
-                             QString::number(model->version), model->file, model->icon,
+        parts << QStringList{QStringLiteral("model"),
+                             model->name,
+                             QString::number(model->version),
+                             model->file,
+                             model->icon,
                              model->digest}
                      .join(QLatin1Char('|'));
     for (const ProjectionRecord& p : prj)
-        parts << QStringList{QStringLiteral("prj"), p.name, QString::number(p.type),
-                             QString::number(p.view), p.file, p.icon, p.digest}
+        parts << QStringList{QStringLiteral("prj"),
+                             p.name,
+                             QString::number(p.type),
+                             QString::number(p.view),
+                             p.file,
+                             p.icon,
+                             p.digest}
                      .join(QLatin1Char('|'));
     for (const SpecRecord& s : spc) {
         QStringList spec{QStringLiteral("spc"), s.libName, QString::number(s.style),
