@@ -4,6 +4,8 @@
 
 #include "host_objects.h"
 
+#include "../../src/frame/host/com_object.h"
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -16,39 +18,7 @@ using namespace gapi::abi;
 
 namespace {
 
-// Reference counting and QueryInterface for an object implementing the interfaces Is.
-template <class... Is> class Object : public Is...
-{
-public:
-    result_t GAPI_CALL QueryInterface(const iid_t& iid, void** out) override
-    {
-        if (!out) return e_pointer;
-        *out = nullptr;
-        if (iid == IUnknown::iid) *out = static_cast<IUnknown*>(static_cast<first_t*>(this));
-        ((*out == nullptr && iid == Is::iid ? (*out = static_cast<Is*>(this), 0) : 0), ...);
-        if (!*out) *out = extra_interface(iid);
-        if (!*out) return e_nointerface;
-        AddRef();
-        return ok;
-    }
-    std::uint32_t GAPI_CALL AddRef() override { return ++m_refs; }
-    std::uint32_t GAPI_CALL Release() override
-    {
-        const std::uint32_t r = --m_refs;
-        if (r == 0) delete this;
-        return r;
-    }
-
-protected:
-    using first_t = std::tuple_element_t<0, std::tuple<Is...>>;
-    virtual ~Object() = default;
-    // Further interfaces reached from this one (a document's views, sheets, layers): a new
-    // object, already referenced, or null.
-    virtual void* extra_interface(const iid_t&) { return nullptr; }
-
-private:
-    std::atomic<std::uint32_t> m_refs{1};
-};
+template <class... Is> using Object = gapi::com_object<Is...>;
 
 QString text_of(IStringReadOnly* s)
 {
@@ -71,14 +41,10 @@ public:
         return ok;
     }
 
-    result_t GAPI_CALL QueryInterface(const iid_t& iid, void** out) override
+protected:
+    void* base_interface(const iid_t& iid) override
     {
-        if (out && iid == IStringReadOnly::iid) {
-            *out = static_cast<IStringReadOnly*>(this);
-            AddRef();
-            return ok;
-        }
-        return Object<IString>::QueryInterface(iid, out);
+        return iid == IStringReadOnly::iid ? static_cast<IStringReadOnly*>(this) : nullptr;
     }
 
 private:
@@ -219,7 +185,7 @@ public:
     result_t GAPI_CALL Close() override { return close_document(m_id) ? ok : e_fail; }
 
 protected:
-    void* extra_interface(const iid_t& iid) override
+    void* other_object(const iid_t& iid) override
     {
         if (iid == IViews::iid) return static_cast<IViews*>(new Views);
         if (iid == ILayoutSheets::iid) return static_cast<ILayoutSheets*>(new Sheets(m_id));

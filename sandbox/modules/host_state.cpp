@@ -2,6 +2,8 @@
 
 #include "host_objects.h"
 
+#include "../../src/frame/host/com_object.h"
+
 #include <QFile>
 #include <QHash>
 #include <QImage>
@@ -98,27 +100,10 @@ template <class Fn> void with_document(int id, Fn&& fn)
     doc->Release();
 }
 
-class String final : public gapi::abi::IStringReadOnly
+class String final : public gapi::com_object<gapi::abi::IStringReadOnly>
 {
 public:
     explicit String(const QString& s) : m_text(s) {}
-    gapi::abi::result_t GAPI_CALL QueryInterface(const gapi::abi::iid_t& iid, void** out) override
-    {
-        if (iid == IUnknown::iid || iid == IStringReadOnly::iid) {
-            AddRef();
-            *out = this;
-            return gapi::abi::ok;
-        }
-        *out = nullptr;
-        return gapi::abi::e_nointerface;
-    }
-    std::uint32_t GAPI_CALL AddRef() override { return ++m_refs; }
-    std::uint32_t GAPI_CALL Release() override
-    {
-        const auto r = --m_refs;
-        if (r == 0) delete this;
-        return r;
-    }
     const char16_t* GAPI_CALL Data() override
     {
         return reinterpret_cast<const char16_t*>(m_text.utf16());
@@ -127,7 +112,6 @@ public:
 
 private:
     QString m_text;
-    std::uint32_t m_refs = 1;
 };
 
 } // namespace

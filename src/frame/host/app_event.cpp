@@ -1,5 +1,6 @@
 #include "app_event.h"
 
+#include "com_object.h"
 #include "gstring.h"
 #include "host_error.h"
 #include "sync.h"
@@ -10,30 +11,11 @@ namespace gapi::gv {
 
 // The object the host calls. It outlives the subscription while the host still holds it, and
 // forwards nothing once detached.
-class app_event::sink final : public abi::IAppEvents
+class app_event::sink final : public com_object<abi::IAppEvents>
 {
 public:
     explicit sink(IAppEventHandler* handler) : m_handler(handler) {}
     void detach() { m_handler = nullptr; }
-
-    abi::result_t GAPI_CALL QueryInterface(const abi::iid_t& iid, void** out) override
-    {
-        if (!out) return abi::e_pointer;
-        if (iid == abi::IUnknown::iid || iid == abi::IAppEvents::iid) {
-            *out = static_cast<abi::IAppEvents*>(this);
-            AddRef();
-            return abi::ok;
-        }
-        *out = nullptr;
-        return abi::e_nointerface;
-    }
-    std::uint32_t GAPI_CALL AddRef() override { return ++m_refs; }
-    std::uint32_t GAPI_CALL Release() override
-    {
-        const std::uint32_t r = --m_refs;
-        if (r == 0) delete this;
-        return r;
-    }
 
     bool GAPI_CALL KeyDown(std::int32_t& key, std::int32_t repeat, std::int32_t keys) override
     {
@@ -102,7 +84,6 @@ public:
 private:
     ~sink() = default;
     IAppEventHandler* m_handler;
-    std::atomic<std::uint32_t> m_refs{1};
 };
 
 app_event::app_event(IAppEventHandler& handler) : m_sink(new sink(&handler))

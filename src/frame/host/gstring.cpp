@@ -1,34 +1,16 @@
 #include "gstring.h"
 
+#include "com_object.h"
+
 #include <atomic>
 
 namespace gapi {
 
 namespace {
-class string_impl final : public abi::IString
+class string_impl final : public com_object<abi::IString>
 {
 public:
     explicit string_impl(const QString& text) : m_text(text) {}
-
-    abi::result_t GAPI_CALL QueryInterface(const abi::iid_t& iid, void** out) override
-    {
-        if (!out) return abi::e_pointer;
-        if (iid == abi::IUnknown::iid || iid == abi::IStringReadOnly::iid ||
-            iid == abi::IString::iid) {
-            *out = static_cast<abi::IString*>(this);
-            AddRef();
-            return abi::ok;
-        }
-        *out = nullptr;
-        return abi::e_nointerface;
-    }
-    std::uint32_t GAPI_CALL AddRef() override { return ++m_refs; }
-    std::uint32_t GAPI_CALL Release() override
-    {
-        const std::uint32_t r = --m_refs;
-        if (r == 0) delete this;
-        return r;
-    }
     const char16_t* GAPI_CALL Data() override
     {
         return reinterpret_cast<const char16_t*>(m_text.utf16());
@@ -41,9 +23,13 @@ public:
     }
 
 private:
-    ~string_impl() = default;
+    ~string_impl() override = default;
+    void* base_interface(const abi::iid_t& iid) override
+    {
+        return iid == abi::IStringReadOnly::iid ? static_cast<abi::IStringReadOnly*>(this)
+                                                : nullptr;
+    }
     QString m_text;
-    std::atomic<std::uint32_t> m_refs{1};
 };
 } // namespace
 
