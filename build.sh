@@ -11,7 +11,7 @@ packages=(
   build-essential cmake pkg-config git
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev
   libzip-dev libjsoncpp-dev libpugixml-dev libboost-dev libsqlite3-dev
-  sqlite3 zip unzip fonts-dejavu-core
+  sqlite3 zip unzip fonts-dejavu-core qt6-translations-l10n
   clang libclang-rt-14-dev g++-mingw-w64-x86-64-posix
 )
 

@@ -10,6 +10,8 @@ namespace {
 
 QFileDialog* makeChooser(QWidget* parent, const QString& title)
 {
+    // The chooser's labels are Qt's own: they are translated when the dialog is made.
+    qt::use_russian_qt_texts();
     auto* chooser = new QFileDialog(parent, title);
 #if !defined(Q_OS_WIN)
     // Outside Windows there is no shell chooser to hand over to: use Qt's own, which wears

@@ -81,6 +81,7 @@ void install_host_services()
         install_host_documents();
 #if defined(MARLOUSS_FRAME_WITH_LOOK)
         qt::set_theme_source([] { return host_theme(); });
+        qt::use_russian_qt_texts();
 #endif
     });
 }

@@ -11,8 +11,10 @@
 #include <QCommandLinkButton>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -227,6 +229,11 @@ void DrawingFilesTest::choosersAreSetUpAsAsked()
     QCOMPARE(files->acceptMode(), QFileDialog::AcceptSave);
     QCOMPARE(files->nameFilters(), QStringList{"ГРАВИС-Чертежи (*.cdw)"});
     QCOMPARE(files->findChild<QLineEdit*>("fileNameEdit")->text(), QStringLiteral("plan.cdw"));
+
+    // Qt's own labels of the chooser speak Russian, like the titles.
+    const QString label = files->findChild<QLabel*>("fileNameLabel")->text();
+    QVERIFY2(label.contains(QRegularExpression("[А-Яа-я]")), qPrintable(label));
+    QVERIFY(!label.contains("File"));
 }
 
 void DrawingFilesTest::fileSavingDialogReturnsChosenFile()
