@@ -40,8 +40,12 @@ struct ParsedDocument
     std::vector<ImportRecord> records;
 };
 
-// Bytes beyond which a document is refused before parsing.
-constexpr qint64 maxDocumentSize = qint64(512) << 20;
+// Bytes beyond which a document is refused before parsing, and elements beyond which it is
+// refused after the split: together they bound the memory an import's records take. The
+// export writer refuses to write a document past either, so that every archive it writes can
+// be read back.
+constexpr qint64 maxDocumentSize = qint64(1) << 30;
+constexpr qint64 maxDocumentElements = 2'000'000;
 
 // Parses the document text. A parse error, a member of the wrong type (the texts "not object
 // type", "not array type", "not string type", "not int type", logged with the debug log) or a
