@@ -5,6 +5,7 @@
 #include "document.h"
 #include "exchangetexts.h"
 #include "fileregistry.h"
+#include "workfolder.h"
 
 #include <catalog/catalog_tree.h>
 #include <catalog/notify.h>
@@ -56,7 +57,10 @@ using namespace exchange;
 
 namespace {
 
-// Closes the indicator and removes the working folder however the export ends.
+const QString folderPrefix = QStringLiteral("export_");
+
+// Closes the indicator and removes the working folder however the export ends, and the
+// shared parent with it when no other export is using it.
 class ExportSession
 {
 public:
@@ -64,7 +68,9 @@ public:
     ~ExportSession()
     {
         m_progress.end();
-        if (!m_folder.isEmpty()) QDir(m_folder).removeRecursively();
+        if (m_folder.isEmpty()) return;
+        QDir(m_folder).removeRecursively();
+        QDir().rmdir(QFileInfo(m_folder).absolutePath());
     }
     void setFolder(const QString& folder) { m_folder = folder; }
 
@@ -138,11 +144,21 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
     progress.begin(texts::exportCaption(), range);
     ExportSession session(progress);
 
+    // An archive the import would refuse is never written: it would look like a backup and
+    // bring nothing back.
+    if (qint64(elements.size()) > maxDocumentElements) {
+        qDebug().noquote() << "export: more than" << maxDocumentElements
+                           << "elements in one archive";
+        edw::messenger().critical(QString(), texts::jsonFailed());
+        return false;
+    }
+
     // Each export works in a folder of its own under the shared parent, so exports running
     // at the same time (other threads, other processes) never touch each other's files.
     const QString parent = workingFolder();
     QDir().mkpath(parent);
-    QTemporaryDir own(QDir(parent).filePath(QStringLiteral("export-XXXXXX")));
+    removeStaleWorkFolders(parent, folderPrefix);
+    QTemporaryDir own(workFolderTemplate(parent, folderPrefix));
     if (!own.isValid()) {
         qDebug() << "export working folder:" << own.errorString();
         edw::messenger().critical(QString(), texts::jsonFailed());
@@ -193,6 +209,11 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
         edw::messenger().critical(QString(), texts::jsonFailed());
         return false;
     }
+    if (QFileInfo(documentPath).size() > maxDocumentSize) {
+        qDebug().noquote() << "export: the document exceeds" << maxDocumentSize << "bytes";
+        edw::messenger().critical(QString(), texts::jsonFailed());
+        return false;
+    }
 
     std::unique_ptr<zipper::zip> archive;
     try {
@@ -222,25 +243,31 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
         const std::array<QString, 2> parts{QDir(folder).filePath(QStringLiteral("part1.zip")),
                                            QDir(folder).filePath(QStringLiteral("part2.zip"))};
         const auto split = splitInTwo(large);
-        try {
-            auto writePart = [&](int p, bool keepingAlive) {
+        // Each part tells its own failure: the one holding the document fails as the
+        // document's entry would have.
+        std::array<QString, 2> failure;
+        auto writePart = [&](int p, bool keepingAlive) {
+            try {
                 zipper::zip part(parts[p]);
                 part.setCompressionLevel(options.compressionLevel);
                 for (const PartEntry* entry : split[p])
                     part.addFile(entry->source, entry->entry);
                 if (keepingAlive) part.setCommitProgress([&](double) { keepAlive(); });
                 part.commit();
-            };
-            std::future<void> second = std::async(std::launch::async, [&] { writePart(1, false); });
-            try {
-                writePart(0, true);
-            } catch (...) {
-                second.wait();
-                throw;
+            } catch (const std::exception& e) {
+                failure[p] = QString::fromUtf8(e.what());
             }
-            second.get();
-        } catch (const std::exception& e) {
-            qDebug() << e.what();
+        };
+        std::future<void> second = std::async(std::launch::async, [&] { writePart(1, false); });
+        writePart(0, true);
+        second.wait();
+        for (int p = 0; p < 2; ++p) {
+            if (failure[p].isEmpty()) continue;
+            qDebug().noquote() << failure[p];
+            const bool holdsDocument =
+                std::any_of(split[p].begin(), split[p].end(),
+                            [&](const PartEntry* entry) { return entry->entry == documentEntry; });
+            if (holdsDocument) edw::messenger().critical(QString(), texts::jsonAddFailed());
             return false;
         }
         for (int p = 0; p < 2; ++p)

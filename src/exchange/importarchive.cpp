@@ -5,11 +5,10 @@
 #include "archivekind.h"
 #include "document.h"
 #include "exchangetexts.h"
+#include "workfolder.h"
 
-#include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
-#include <QFileInfo>
 #include <QHash>
 #include <QRegularExpression>
 #include <QSet>
@@ -25,22 +24,11 @@ namespace {
 
 const QString folderPrefix = QStringLiteral("uss_import_");
 
-// Folders left by imports of processes that no longer run (killed, crashed) are removed
-// by the next import.
+// Folders left by imports of processes that no longer run (killed, crashed) are removed by
+// the next import.
 void removeStaleFolders()
 {
-#if defined(Q_OS_LINUX)
-    const QDir temp(QDir::tempPath());
-    const QStringList names =
-        temp.entryList({folderPrefix + QLatin1Char('*')}, QDir::Dirs | QDir::NoDotAndDotDot);
-    for (const QString& name : names) {
-        const QString pid = name.mid(folderPrefix.size()).section(QLatin1Char('_'), 0, 0);
-        bool ok = false;
-        pid.toLongLong(&ok);
-        if (ok && !QFileInfo::exists(QStringLiteral("/proc/") + pid))
-            QDir(temp.filePath(name)).removeRecursively();
-    }
-#endif
+    removeStaleWorkFolders(QDir::tempPath(), folderPrefix);
 }
 
 QString safeSuffix(const QString& entryName)
@@ -93,11 +81,8 @@ struct ImportArchive::Private
     QString claim(const QString& key)
     {
         if (!folder) {
-            removeStaleFolders();
-            folder = std::make_unique<QTemporaryDir>(
-                QDir(QDir::tempPath())
-                    .filePath(folderPrefix + QString::number(QCoreApplication::applicationPid()) +
-                              QStringLiteral("_XXXXXX")));
+            folder =
+                std::make_unique<QTemporaryDir>(workFolderTemplate(QDir::tempPath(), folderPrefix));
             if (!folder->isValid())
                 throw zipper::error("Failed to create folder", QDir::tempPath().toStdString(), 0,
                                     0);
@@ -163,13 +148,14 @@ ImportArchive::Status ImportArchive::open(const QString& path, const QString& ke
     stopPrefetch();
     d = std::make_unique<Private>();
     m_status = Status::NotExportFile;
+    removeStaleFolders();
 
     std::optional<ParsedDocument> doc;
     try {
         d->zip = std::make_unique<zipper::unzip>(path);
         const QString name = key + QStringLiteral(".json");
         if (key.isEmpty() || !d->zip->contains(name)) {
-            qDebug() << texts::jsonMissing();
+            qDebug().noquote() << texts::jsonMissing();
             return m_status;
         }
         doc = parseDocument(d->zip->readAll(name, maxDocumentSize));

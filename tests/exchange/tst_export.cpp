@@ -7,7 +7,9 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSemaphore>
 
 #include <QTest>
@@ -38,6 +40,7 @@ private slots:
     void specificationsAndColumnsAreWritten();
     void progressRunsOverTwiceTheElements();
     void failedExportLeavesExistingTargetUnchanged();
+    void leftoversOfEndedProcessesAreRemoved();
     void previousVersionStoresConvertedFilesWithTheirDigest();
     void previousVersionFailureKeepsSourceAndDigest();
     void unknownDatabaseKindThrows();
@@ -359,6 +362,7 @@ void TestExport::progressRunsOverTwiceTheElements()
     // of (6 - 1) / 6 + 0.001 each.
     QCOMPARE(progress.values, (QList<int>{0, 1, 1, 1, 2, 3, 4, 5, 6}));
     QVERIFY(workingFoldersLeft().isEmpty());
+    QVERIFY2(!QFileInfo::exists(ExportUss::workingFolder()), "the empty uss_export stays");
 }
 
 void TestExport::failedExportLeavesExistingTargetUnchanged()
@@ -373,12 +377,70 @@ void TestExport::failedExportLeavesExistingTargetUnchanged()
     RecordingProgress progress;
     QVERIFY(!ExportUss::Export(path, {e}, false, progress));
     QCOMPARE(ziptest::readFile(path), QByteArray("the previous export"));
-    QCOMPARE(QDir(m_out->path()).entryList(QDir::Files), QStringList{"a.uss"});
+    QCOMPARE(QDir(m_out->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"a.uss"});
     QCOMPARE(progress.ended, 1);
     QVERIFY(workingFoldersLeft().isEmpty());
 
-    // A target in a folder that does not exist cannot be created.
-    QVERIFY(!ExportUss::Export(m_out->filePath("no/such/folder/a.uss"), {e}, false));
+    // A target in a folder that does not exist is refused before any work, with its message.
+    messenger.texts.clear();
+    RecordingProgress refused;
+    QVERIFY(!ExportUss::Export(m_out->filePath("no/such/folder/a.uss"), {e}, false, refused));
+    QCOMPARE(messenger.texts, QStringList{"Не смогли создать архив"});
+    QVERIFY(!QFileInfo::exists(m_out->filePath("no")));
+    QVERIFY(workingFoldersLeft().isEmpty());
+}
+
+// A killed export leaves its working folder and its partial archive, a killed import its
+// folder of extracted files: the next export or import removes those of ended processes and
+// leaves those of running ones.
+void TestExport::leftoversOfEndedProcessesAreRemoved()
+{
+    QProcess ended;
+    ended.start("sh", {"-c", "exit 0"});
+    QVERIFY(ended.waitForStarted());
+    const QString gone = QString::number(ended.processId());
+    QVERIFY(ended.waitForFinished());
+    QProcess alive;
+    alive.start("sleep", {"60"});
+    QVERIFY(alive.waitForStarted());
+    const QString running = QString::number(alive.processId());
+    const auto stop = qScopeGuard([&] {
+        alive.kill();
+        alive.waitForFinished();
+    });
+
+    const QDir temp(m_temp.path());
+    const QString exportParent = ExportUss::workingFolder();
+    const QStringList folders{exportParent + "/export_" + gone + "_aB3dEf",
+                              exportParent + "/export_" + running + "_zZ9yX8",
+                              temp.filePath("uss_import_" + gone + "_qW1eR2"),
+                              temp.filePath("uss_import_" + running + "_tY5uI6")};
+    for (const QString& folder : folders) {
+        QVERIFY(QDir().mkpath(folder));
+        ziptest::writeFile(folder + "/part1.zip", "left over");
+    }
+    const auto tidy = qScopeGuard([&] {
+        for (const QString& folder : folders)
+            QDir(folder).removeRecursively();
+    });
+    const QStringList partials{".a.uss.part-" + gone, ".a.uss.part-" + gone + ".Xy12ab",
+                               ".a.uss.part-" + running, ".b.uss.part-" + gone};
+    for (const QString& name : partials)
+        ziptest::writeFile(m_out->filePath(name), "left over");
+
+    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
+    QVERIFY(ExportUss::Export(m_out->filePath("a.uss"), {e}, false));
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(m_out->filePath("a.uss"), m_catalog->provider),
+             exchange::ImportArchive::Status::Ok);
+
+    QVERIFY(!QFileInfo::exists(folders[0]));
+    QVERIFY(QFileInfo::exists(folders[1]));
+    QVERIFY(!QFileInfo::exists(folders[2]));
+    QVERIFY(QFileInfo::exists(folders[3]));
+    // Only the partials of the target written, and only those of the ended process.
+    QCOMPARE(QDir(m_out->path()).entryList(QDir::Files | QDir::Hidden, QDir::Name),
+             (QStringList{".a.uss.part-" + running, ".b.uss.part-" + gone, "a.uss"}));
 }
 
 void TestExport::previousVersionStoresConvertedFilesWithTheirDigest()

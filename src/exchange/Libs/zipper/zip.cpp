@@ -3,11 +3,18 @@
 #include "unzip.h"
 #include "ziperror.h"
 
-#include <QFile>
+#include "exchange/process.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 
 #include <zip.h>
 
@@ -19,12 +26,48 @@ namespace {
     throw error(what, subject.toStdString(), err ? zip_error_code_zip(err) : 0,
                 err ? zip_error_code_system(err) : 0);
 }
+
+// The partial archive beside the target: hidden, named after the target and the writing
+// process. libzip writes its own temporary file next to it ("<partial>.XXXXXX").
+QString partialPrefix(const QFileInfo& target)
+{
+    return QLatin1Char('.') + target.fileName() + QStringLiteral(".part-");
+}
+
+// Partial archives of this target left by processes that no longer run.
+void removeStalePartials(const QFileInfo& target)
+{
+    const QString prefix = partialPrefix(target);
+    QDir dir = target.absoluteDir();
+    const QStringList names =
+        dir.entryList({prefix + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::System);
+    for (const QString& name : names) {
+        bool ok = false;
+        const long long pid =
+            name.mid(prefix.size()).section(QLatin1Char('.'), 0, 0).toLongLong(&ok);
+        if (ok && !exchange::processIsRunning(pid)) dir.remove(name);
+    }
+}
+
 } // namespace
 
 zip::zip(const QString& path) : m_path(path)
 {
+    const QFileInfo target(path);
+    removeStalePartials(target);
+    m_partial = target.absoluteDir().filePath(partialPrefix(target) +
+                                              QString::number(QCoreApplication::applicationPid()));
+    // libzip creates nothing before the archive is closed: a folder that cannot take the
+    // archive is found now, before the work, not after it.
+    {
+        QFile probe(m_partial);
+        if (!probe.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            throw error("Failed to create archive", path.toStdString(), ZIP_ER_OPEN, errno);
+        probe.close();
+        probe.remove();
+    }
     int code = 0;
-    m_zip = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
+    m_zip = zip_open(QFile::encodeName(m_partial).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
     if (!m_zip) {
         zip_error_t err;
         zip_error_init_with_code(&err, code);
@@ -167,6 +210,22 @@ void zip::commit()
     }
     m_zip = nullptr;
     closeSources();
+    // libzip writes no file for an archive without entries; the target then goes, as it
+    // would have had libzip written it in place.
+    std::error_code ec;
+    const std::filesystem::path partial(QFile::encodeName(m_partial).toStdString());
+    const std::filesystem::path target(QFile::encodeName(m_path).toStdString());
+    if (!std::filesystem::exists(partial, ec)) {
+        std::filesystem::remove(target, ec);
+        return;
+    }
+    // One rename replaces the target whole, on Windows as well.
+    std::filesystem::rename(partial, target, ec);
+    if (ec) {
+        const int system = ec.value();
+        std::filesystem::remove(partial, ec);
+        throw error("Failed to write archive", m_path.toStdString(), ZIP_ER_RENAME, system);
+    }
 }
 
 void zip::discard()

@@ -10,17 +10,19 @@ struct zip;
 
 namespace zipper {
 
-// Writes a new ZIP archive. Entries are collected first and written when commit() runs:
-// libzip writes into a temporary file beside the target and renames it over the target only
-// on success, so an archive that is not committed (an error, a stop, a destroyed object)
-// leaves whatever was at the target before untouched.
+// Writes a new ZIP archive. Entries are collected first and written when commit() runs into
+// a hidden partial archive beside the target (".<name>.part-<pid>"), renamed over the target
+// only on success: an archive that is not committed (an error, a stop, a destroyed object,
+// a killed process) leaves whatever was at the target before untouched. Partial archives of
+// the same target left by processes that no longer run are removed by the next writer.
 //
 // Files added from disk are streamed from their paths at commit time; nothing of their
 // content is held in memory. Names are stored as UTF-8 with "/" turned into "\".
 class zip
 {
 public:
-    // Opens path for writing, replacing its content on commit. Throws zipper::error.
+    // Opens path for writing, replacing its content on commit. Throws zipper::error, also
+    // when the target's folder cannot take a file.
     explicit zip(const QString& path);
     ~zip(); // discards everything not committed
     zip(const zip&) = delete;
@@ -74,6 +76,7 @@ private:
 
     struct ::zip* m_zip = nullptr;
     QString m_path;
+    QString m_partial;
     int m_level = 6;
     qint64 m_entryTime = -1;
     std::map<QString, struct ::zip*> m_sources;
