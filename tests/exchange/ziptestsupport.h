@@ -6,6 +6,11 @@
 
 #include <cstdint>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
 // Byte-level damage of ZIP files written by the archive layer, for tests of the reader.
 namespace ziptest {
 
@@ -86,5 +91,44 @@ inline bool damage(QByteArray& zip, const QByteArray& marker)
     zip[at] = char(zip[at] ^ 0x20);
     return true;
 }
+
+// For its lifetime, the process may take no more address space than it has now plus headroom:
+// an allocation beyond that fails even on a machine with memory to spare.
+class AddressSpaceCeiling
+{
+public:
+    explicit AddressSpaceCeiling(qint64 headroom)
+    {
+#ifdef Q_OS_LINUX
+        QFile statm("/proc/self/statm");
+        if (!statm.open(QIODevice::ReadOnly) || getrlimit(RLIMIT_AS, &m_saved) != 0) return;
+        const qint64 pages = statm.readAll().split(' ').value(0).toLongLong();
+        rlimit lowered = m_saved;
+        lowered.rlim_cur = rlim_t(pages * sysconf(_SC_PAGESIZE) + headroom);
+        m_active =
+            pages > 0 && lowered.rlim_cur < m_saved.rlim_cur && setrlimit(RLIMIT_AS, &lowered) == 0;
+#else
+        Q_UNUSED(headroom);
+#endif
+    }
+    ~AddressSpaceCeiling()
+    {
+#ifdef Q_OS_LINUX
+        if (m_active) setrlimit(RLIMIT_AS, &m_saved);
+#endif
+    }
+    AddressSpaceCeiling(const AddressSpaceCeiling&) = delete;
+    AddressSpaceCeiling& operator=(const AddressSpaceCeiling&) = delete;
+    bool active() const
+    {
+        return m_active;
+    }
+
+private:
+    bool m_active = false;
+#ifdef Q_OS_LINUX
+    rlimit m_saved{};
+#endif
+};
 
 } // namespace ziptest

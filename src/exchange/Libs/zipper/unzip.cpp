@@ -14,6 +14,8 @@ namespace zipper {
 
 namespace {
 constexpr std::int64_t chunkSize = 256 * 1024;
+// Memory taken for an entry before its bytes arrive: its declared size may be a lie.
+constexpr std::int64_t maxReserve = std::int64_t(64) << 20;
 
 struct FileCloser
 {
@@ -144,7 +146,8 @@ QByteArray unzip::readAll(const QString& entryName, std::int64_t maxBytes)
 {
     QByteArray bytes;
     const std::int64_t declared = declaredSize(entryName);
-    if (declared > 0 && declared <= maxBytes) bytes.reserve(qsizetype(declared));
+    if (declared > 0 && declared <= maxBytes)
+        bytes.reserve(qsizetype(std::min(declared, maxReserve)));
     readEntry(entryName, maxBytes,
               [&bytes](const char* data, std::int64_t n) { bytes.append(data, qsizetype(n)); });
     return bytes;
