@@ -203,7 +203,7 @@ bool parseTree(const char* begin, const char* end, Json::Value& root)
 {
     std::string errors;
     if (jsonReader(maxDepth)->parse(begin, end, &root, &errors)) return true;
-    qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
+    qDebug().noquote() << texts::jsonUnparsable() << QString::fromStdString(errors);
     return false;
 }
 
@@ -280,7 +280,7 @@ bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocu
     if (failed.load()) {
         for (const QString& failure : failures) {
             if (failure.isEmpty()) continue;
-            qDebug() << texts::jsonUnparsable() << failure;
+            qDebug().noquote() << texts::jsonUnparsable() << failure;
             break;
         }
         return false;
@@ -292,7 +292,7 @@ bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocu
 std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
 {
     if (text.size() > maxDocumentSize) {
-        qDebug() << texts::jsonUnparsable() << "document too large";
+        qDebug().noquote() << texts::jsonUnparsable() << "document too large";
         return std::nullopt;
     }
     try {
@@ -306,13 +306,13 @@ std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
         }
         for (const ImportRecord& record : doc.records) {
             if (!referencesAreSafe(record)) {
-                qDebug() << texts::jsonUnparsable() << "unsafe entry name in" << record.id;
+                qDebug().noquote() << texts::jsonUnparsable() << "unsafe entry name in" << record.id;
                 return std::nullopt;
             }
         }
         return doc;
     } catch (const std::exception& e) {
-        qDebug() << texts::jsonUnparsable() << e.what();
+        qDebug().noquote() << texts::jsonUnparsable() << e.what();
         return std::nullopt;
     }
 }
