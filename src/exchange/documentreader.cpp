@@ -207,6 +207,13 @@ bool parseTree(const char* begin, const char* end, Json::Value& root)
     return false;
 }
 
+// More elements than an import may hold records for.
+bool tooManyElements()
+{
+    qDebug().noquote() << texts::jsonUnparsable() << "more elements than" << maxDocumentElements;
+    return false;
+}
+
 // The whole document as one tree: for documents that cannot be split.
 bool parseWhole(const QByteArray& text, QByteArray* owned, ParsedDocument& doc)
 {
@@ -216,6 +223,7 @@ bool parseWhole(const QByteArray& text, QByteArray* owned, ParsedDocument& doc)
     const Reader r = header(root, doc.header);
     Json::Value& list = root["std-size"];
     r.array(list);
+    if (list.size() > maxDocumentElements) return tooManyElements();
     doc.records.reserve(list.size());
     // Each element's branch of the tree is freed once it is a record: the tree and all
     // the records of a large document are never held together.
@@ -233,6 +241,8 @@ constexpr size_t elementsPerTask = 64;
 // spread over the pool: only one element's tree per thread exists at a time.
 bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocument& doc)
 {
+    // The split stops one past the bound, before the list's end.
+    if (layout.elements.size() > size_t(maxDocumentElements)) return tooManyElements();
     const char* data = text.constData();
     std::string skeleton;
     skeleton.reserve(size_t(text.size()) - (layout.list.end - layout.list.begin) + 2);
@@ -306,7 +316,8 @@ std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
         }
         for (const ImportRecord& record : doc.records) {
             if (!referencesAreSafe(record)) {
-                qDebug().noquote() << texts::jsonUnparsable() << "unsafe entry name in" << record.id;
+                qDebug().noquote()
+                    << texts::jsonUnparsable() << "unsafe entry name in" << record.id;
                 return std::nullopt;
             }
         }

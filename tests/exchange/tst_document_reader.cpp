@@ -129,6 +129,12 @@ void TestDocumentReader::damagedDocumentGivesNothing_data()
                            "\"prj\" : [ { \"name\" : \"n\", \"type\" : 1, \"view\" : 1, "
                            "\"file\" : \"..\\\\x.frw\", \"icon\" : \"\", \"digest\" : \"\" } ]")))
         << "unsafe entry name in e128";
+    const QByteArray crowded =
+        document(int(exchange::maxDocumentElements) + 1, [](int) { return QByteArray("{}"); });
+    const QString tooMany =
+        QStringLiteral("more elements than %1").arg(exchange::maxDocumentElements);
+    QTest::newRow("more elements than allowed") << crowded << tooMany;
+    QTest::newRow("more elements than allowed, read whole") << "// whole\n" + crowded << tooMany;
 }
 
 // Refused, with the reader's text in the debug log as it is, followed by the reason.
