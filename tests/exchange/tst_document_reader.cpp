@@ -21,6 +21,8 @@ private slots:
     void damagedDocumentGivesNothing();
     void everyElementReadsAsTheTreeReadsIt_data();
     void everyElementReadsAsTheTreeReadsIt();
+    void textsFollowTheHeaderEncoding_data();
+    void textsFollowTheHeaderEncoding();
 };
 
 namespace {
@@ -232,6 +234,54 @@ void TestDocumentReader::everyElementReadsAsTheTreeReadsIt()
     QCOMPARE(a->records.size(), b->records.size());
     for (size_t i = 0; i < a->records.size(); ++i)
         QCOMPARE(a->records[i].describe(), b->records[i].describe());
+}
+
+void TestDocumentReader::textsFollowTheHeaderEncoding_data()
+{
+    QTest::addColumn<QByteArray>("encoding"); // the header's member, or nothing
+    QTest::addColumn<QByteArray>("texts");    // packet, attribute name and value as written
+    QTest::addColumn<QString>("read");
+
+    const QString words = QStringLiteral("Отвод|Диаметр|Ёмкость №5");
+    // The same words in Windows-1251.
+    const QByteArray codePage = "\xce\xf2\xe2\xee\xe4|\xc4\xe8\xe0\xec\xe5\xf2\xf0|"
+                                "\xa8\xec\xea\xee\xf1\xf2\xfc\x20\xb9\x35";
+    QTest::newRow("no encoding, code page") << QByteArray() << codePage << words;
+    QTest::newRow("another encoding, code page")
+        << QByteArray("\"encoding\" : \"cp1251\", ") << codePage << words;
+    QTest::newRow("code page text ending as a UTF-8 sequence begins")
+        << QByteArray() << QByteArray("P|N|M12-\xc2") << QStringLiteral("P|N|M12-В");
+    QTest::newRow("no encoding, UTF-8 text") << QByteArray() << words.toUtf8() << words;
+    QTest::newRow("utf8") << QByteArray("\"encoding\" : \"utf8\", ") << words.toUtf8() << words;
+}
+
+// A document that does not say it is UTF-8 comes from a writer of the code page of Russian
+// Windows installations; one that says so is read as UTF-8.
+void TestDocumentReader::textsFollowTheHeaderEncoding()
+{
+    QFETCH(QByteArray, encoding);
+    QFETCH(QByteArray, texts);
+    QFETCH(QString, read);
+#ifdef Q_OS_WIN
+    QSKIP("Windows reads such documents in the code page of the installation");
+#endif
+    const QList<QByteArray> written = texts.split('|');
+    const QStringList expected = read.split(u'|');
+    const QByteArray item = "{ \"packet\" : \"" + written[0] +
+                            "\", \"folder\" : \"F\", \"id\" : \"e1\", \"atr\" : [ { \"name\" : \"" +
+                            written[1] + "\", \"num\" : 1, \"type\" : 3, \"val\" : \"" +
+                            written[2] + "\" } ], \"prj\" : [] }";
+    const QByteArray text = document(3, [&](int i) {
+                                return i == 1 ? item : QByteArray();
+                            }).replace("\"encoding\" : \"utf8\", ", encoding);
+    for (const QByteArray& form : {text, "// whole\n" + text}) {
+        const std::optional<exchange::ParsedDocument> doc = exchange::parseDocument(form);
+        QVERIFY(doc);
+        QCOMPARE(doc->records.size(), size_t(3));
+        QCOMPARE(doc->records[1].packet, expected[0]);
+        QCOMPARE(doc->records[1].value(expected[1]), expected[2]);
+        QCOMPARE(doc->records[2].value(QStringLiteral("A")), QStringLiteral("v2"));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestDocumentReader)
