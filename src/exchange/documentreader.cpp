@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <numeric>
@@ -97,6 +98,20 @@ public:
         if (!v.isInt()) throw TypeMismatch("not int type");
         return v.asInt();
     }
+    // Read as JsonCpp's asInt() reads a value, unlike the members that must be integers: an
+    // integer or a real within the range of int (a real truncated), a boolean as 1 or 0,
+    // null as 0.
+    int looseInteger(const Json::Value& v) const
+    {
+        if (v.isNull()) return 0;
+        if (v.isBool()) return v.asBool() ? 1 : 0;
+        if (v.isInt()) return v.asInt();
+        if (v.isDouble()) {
+            const double d = v.asDouble();
+            if (d >= double(INT_MIN) && d <= double(INT_MAX)) return int(d);
+        }
+        throw TypeMismatch("not int type");
+    }
     static bool present(const Json::Value& object, const char* name)
     {
         const Json::Value* v = object.find(name, name + std::strlen(name));
@@ -132,7 +147,7 @@ public:
         m.file = string(v["file"]);
         m.icon = string(v["icon"]);
         m.digest = string(v["digest"]);
-        if (present(v, "version")) m.version = integer(v["version"]);
+        m.version = looseInteger(v["version"]);
         return m;
     }
 

@@ -5,6 +5,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <climits>
 #include <functional>
 #include <optional>
 
@@ -49,6 +50,9 @@ QByteArray document(int count, const std::function<QByteArray(int)>& special = {
     }
     return text + "\n ]\n}\n";
 }
+
+// In the column of the model's version: the document is refused.
+constexpr int refused = INT_MIN;
 
 } // namespace
 
@@ -154,7 +158,8 @@ void TestDocumentReader::damagedDocumentGivesNothing()
 void TestDocumentReader::everyElementReadsAsTheTreeReadsIt_data()
 {
     QTest::addColumn<QByteArray>("item");
-    QTest::addColumn<bool>("plain"); // read without the tree
+    QTest::addColumn<bool>("plain");  // read without the tree
+    QTest::addColumn<int>("version"); // of the model read (0 without one), or refused
 
     const QByteArray full =
         "{ \"packet\" : \"Трубы\", \"folder\" : \"A\\\\B\", \"id\" : \"T-1\", "
@@ -171,48 +176,66 @@ void TestDocumentReader::everyElementReadsAsTheTreeReadsIt_data()
         return QByteArray(full).replace(from, to);
     };
 
-    QTest::newRow("everything") << full << true;
-    QTest::newRow("escapes") << with("\"1.5\"", "\"\\\"q\\\" \\/ \\t \\u0416 \\u00e9 \\n\"")
-                             << true;
-    QTest::newRow("surrogate pair") << with("\"1.5\"", "\"\\ud83d\\ude00\"") << false;
-    QTest::newRow("lone surrogate") << with("\"1.5\"", "\"\\ud83d\"") << false;
-    QTest::newRow("escaped NUL") << with("\"1.5\"", "\"a\\u0000b\"") << false;
+    QTest::newRow("everything") << full << true << 2;
+    QTest::newRow("escapes") << with("\"1.5\"", "\"\\\"q\\\" \\/ \\t \\u0416 \\u00e9 \\n\"") << true
+                             << 2;
+    QTest::newRow("surrogate pair") << with("\"1.5\"", "\"\\ud83d\\ude00\"") << false << 2;
+    QTest::newRow("lone surrogate") << with("\"1.5\"", "\"\\ud83d\"") << false << refused;
+    QTest::newRow("escaped NUL") << with("\"1.5\"", "\"a\\u0000b\"") << false << 2;
     QTest::newRow("nulls for optional members")
         << QByteArray("{ \"packet\" : \"P\", \"folder\" : \"F\", \"id\" : \"N\", \"type\" : null, "
                       "\"atr\" : [ { \"name\" : \"A\", \"num\" : 1, \"type\" : 3, \"val\" : null, "
                       "\"formula\" : null, \"var\" : null, \"measure\" : null, \"desc\" : null, "
                       "\"old-num\" : null } ], \"model\" : null, \"prj\" : [], \"repPath\" : null, "
                       "\"spc\" : null }")
-        << true;
+        << true << 0;
     QTest::newRow("spc that is not an array")
-        << with("\"spc\" : [", "\"spc\" : 5, \"s\" : [") << false;
-    QTest::newRow("integer written as real") << with("\"num\" : 3", "\"num\" : 3.0") << false;
-    QTest::newRow("integer with exponent") << with("\"num\" : 3", "\"num\" : 3e0") << false;
-    QTest::newRow("integer with leading zero") << with("\"num\" : 3", "\"num\" : 03") << false;
-    QTest::newRow("minus zero") << with("\"num\" : 3", "\"num\" : -0") << false;
-    QTest::newRow("largest integer") << with("\"num\" : 3", "\"num\" : 2147483647") << true;
-    QTest::newRow("smallest integer") << with("\"num\" : 3", "\"num\" : -2147483648") << true;
-    QTest::newRow("integer out of range") << with("\"num\" : 3", "\"num\" : 2147483648") << false;
-    QTest::newRow("integer as text") << with("\"num\" : 3", "\"num\" : \"3\"") << false;
-    QTest::newRow("text as integer") << with("\"val\" : \"1.5\"", "\"val\" : 1.5") << false;
-    QTest::newRow("boolean") << with("\"val\" : \"1.5\"", "\"val\" : true") << false;
+        << with("\"spc\" : [", "\"spc\" : 5, \"s\" : [") << false << 2;
+    QTest::newRow("integer written as real") << with("\"num\" : 3", "\"num\" : 3.0") << false << 2;
+    QTest::newRow("integer with exponent") << with("\"num\" : 3", "\"num\" : 3e0") << false << 2;
+    QTest::newRow("integer with leading zero") << with("\"num\" : 3", "\"num\" : 03") << false << 2;
+    QTest::newRow("minus zero") << with("\"num\" : 3", "\"num\" : -0") << false << 2;
+    QTest::newRow("largest integer") << with("\"num\" : 3", "\"num\" : 2147483647") << true << 2;
+    QTest::newRow("smallest integer") << with("\"num\" : 3", "\"num\" : -2147483648") << true << 2;
+    QTest::newRow("integer out of range")
+        << with("\"num\" : 3", "\"num\" : 2147483648") << false << refused;
+    QTest::newRow("integer as text") << with("\"num\" : 3", "\"num\" : \"3\"") << false << refused;
+    QTest::newRow("text as integer")
+        << with("\"val\" : \"1.5\"", "\"val\" : 1.5") << false << refused;
+    QTest::newRow("boolean") << with("\"val\" : \"1.5\"", "\"val\" : true") << false << refused;
     QTest::newRow("repeated member, the last counts")
-        << with("\"type\" : \"PIPE\"", "\"type\" : \"A\", \"type\" : \"B\"") << false;
+        << with("\"type\" : \"PIPE\"", "\"type\" : \"A\", \"type\" : \"B\"") << false << 2;
     QTest::newRow("unknown member")
-        << with("\"type\" : \"PIPE\"", "\"type\" : \"PIPE\", \"x\" : [1, {}]") << false;
+        << with("\"type\" : \"PIPE\"", "\"type\" : \"PIPE\", \"x\" : [1, {}]") << false << 2;
     QTest::newRow("comment inside")
-        << with("\"type\" : \"PIPE\",", "\"type\" : \"PIPE\", /* c */") << false;
+        << with("\"type\" : \"PIPE\",", "\"type\" : \"PIPE\", /* c */") << false << 2;
     QTest::newRow("trailing comma")
-        << with("\"digest\" : \"cd\" }", "\"digest\" : \"cd\", }") << false;
-    QTest::newRow("missing id") << with("\"id\" : \"T-1\",", "") << false;
-    QTest::newRow("missing num") << with("\"num\" : 4,", "") << false;
+        << with("\"digest\" : \"cd\" }", "\"digest\" : \"cd\", }") << false << 2;
+    QTest::newRow("missing id") << with("\"id\" : \"T-1\",", "") << false << refused;
+    QTest::newRow("missing num") << with("\"num\" : 4,", "") << false << refused;
     QTest::newRow("missing column")
-        << with(", \"column\" : [ { \"num\" : 1, \"val\" : \"$D\" } ]", "") << false;
-    QTest::newRow("null name") << with("\"name\" : \"D\"", "\"name\" : null") << false;
+        << with(", \"column\" : [ { \"num\" : 1, \"val\" : \"$D\" } ]", "") << false << refused;
+    QTest::newRow("null name") << with("\"name\" : \"D\"", "\"name\" : null") << false << refused;
     QTest::newRow("no space at all")
-        << QByteArray(full).replace(" ", "").replace("Вид", "V") << true;
-    QTest::newRow("escaped member name") << with("\"packet\"", "\"pack\\u0065t\"") << false;
-    QTest::newRow("empty object") << QByteArray("{}") << false;
+        << QByteArray(full).replace(" ", "").replace("Вид", "V") << true << 2;
+    QTest::newRow("escaped member name") << with("\"packet\"", "\"pack\\u0065t\"") << false << 2;
+    QTest::newRow("empty object") << QByteArray("{}") << false << refused;
+    auto version = [&](const char* value) {
+        return QByteArray(full).replace("\"version\" : 2", QByteArray("\"version\" : ") + value);
+    };
+    QTest::newRow("version null") << version("null") << true << 0;
+    QTest::newRow("no version") << with("\"version\" : 2, ", "") << true << 0;
+    QTest::newRow("version as real") << version("2.9") << false << 2;
+    QTest::newRow("negative real version") << version("-1.5") << false << -1;
+    QTest::newRow("version with exponent") << version("3e2") << false << 300;
+    QTest::newRow("largest real version") << version("2147483647.0") << false << 2147483647;
+    QTest::newRow("version true") << version("true") << false << 1;
+    QTest::newRow("version false") << version("false") << false << 0;
+    QTest::newRow("version minus zero") << version("-0") << false << 0;
+    QTest::newRow("version out of range") << version("2147483648") << false << refused;
+    QTest::newRow("real version out of range") << version("-2147483649.0") << false << refused;
+    QTest::newRow("version as text") << version("\"2\"") << false << refused;
+    QTest::newRow("version as array") << version("[2]") << false << refused;
 }
 
 // Read element by element, the document gives exactly what the whole tree gives: the same
@@ -221,6 +244,7 @@ void TestDocumentReader::everyElementReadsAsTheTreeReadsIt()
 {
     QFETCH(QByteArray, item);
     QFETCH(bool, plain);
+    QFETCH(int, version);
     exchange::ImportRecord record;
     QCOMPARE(exchange::readPlainElement(item.constData(), item.constData() + item.size(), record),
              plain);
@@ -230,7 +254,9 @@ void TestDocumentReader::everyElementReadsAsTheTreeReadsIt()
     const std::optional<exchange::ParsedDocument> a = exchange::parseDocument(split);
     const std::optional<exchange::ParsedDocument> b = exchange::parseDocument(whole);
     QCOMPARE(bool(a), bool(b));
+    QCOMPARE(bool(a), version != refused);
     if (!a) return;
+    QCOMPARE(a->records[1].model ? a->records[1].model->version : 0, version);
     QCOMPARE(a->records.size(), b->records.size());
     for (size_t i = 0; i < a->records.size(); ++i)
         QCOMPARE(a->records[i].describe(), b->records[i].describe());
