@@ -272,6 +272,7 @@ bool model(PlainReader& r, ModelRecord& m)
         if (key == "icon") return r.string(m.icon) ? 4u : failed;
         if (key == "digest") return r.string(m.digest) ? 8u : failed;
         if (key == "version") {
+            // The tree also reads reals and booleans here: such an element is left to it.
             std::optional<int> version;
             if (!r.optionalInteger(version)) return failed;
             m.version = version.value_or(0);

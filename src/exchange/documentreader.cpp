@@ -5,12 +5,14 @@
 #include "exchangetexts.h"
 
 #include <QDebug>
+#include <QStringDecoder>
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <json/json.h>
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <numeric>
@@ -25,6 +27,45 @@ struct TypeMismatch : std::runtime_error
 {
     using std::runtime_error::runtime_error;
 };
+
+#ifndef Q_OS_WIN
+// Windows-1251 from 0x80 on: the code page of the Russian installations the older writers ran
+// on. 0x98 has no character.
+constexpr char16_t windows1251[128] = {
+    0x0402, 0x0403, 0x201a, 0x0453, 0x201e, 0x2026, 0x2020, 0x2021, 0x20ac, 0x2030, 0x0409, 0x2039,
+    0x040a, 0x040c, 0x040b, 0x040f, 0x0452, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
+    0xfffd, 0x2122, 0x0459, 0x203a, 0x045a, 0x045c, 0x045b, 0x045f, 0x00a0, 0x040e, 0x045e, 0x0408,
+    0x00a4, 0x0490, 0x00a6, 0x00a7, 0x0401, 0x00a9, 0x0404, 0x00ab, 0x00ac, 0x00ad, 0x00ae, 0x0407,
+    0x00b0, 0x00b1, 0x0406, 0x0456, 0x0491, 0x00b5, 0x00b6, 0x00b7, 0x0451, 0x2116, 0x0454, 0x00bb,
+    0x0458, 0x0405, 0x0455, 0x0457, 0x0410, 0x0411, 0x0412, 0x0413, 0x0414, 0x0415, 0x0416, 0x0417,
+    0x0418, 0x0419, 0x041a, 0x041b, 0x041c, 0x041d, 0x041e, 0x041f, 0x0420, 0x0421, 0x0422, 0x0423,
+    0x0424, 0x0425, 0x0426, 0x0427, 0x0428, 0x0429, 0x042a, 0x042b, 0x042c, 0x042d, 0x042e, 0x042f,
+    0x0430, 0x0431, 0x0432, 0x0433, 0x0434, 0x0435, 0x0436, 0x0437, 0x0438, 0x0439, 0x043a, 0x043b,
+    0x043c, 0x043d, 0x043e, 0x043f, 0x0440, 0x0441, 0x0442, 0x0443, 0x0444, 0x0445, 0x0446, 0x0447,
+    0x0448, 0x0449, 0x044a, 0x044b, 0x044c, 0x044d, 0x044e, 0x044f,
+};
+#endif
+
+// A text of the local 8-bit code page. Outside Windows that code page is UTF-8 whatever the
+// archive's writer used, so a text that is not valid UTF-8 is taken as Windows-1251.
+QString fromCodePage(const char* begin, qsizetype size)
+{
+#ifdef Q_OS_WIN
+    return QString::fromLocal8Bit(begin, size);
+#else
+    // Stateless: a text that ends inside a sequence is an error, not a wait for more.
+    QStringDecoder utf8(QStringDecoder::Utf8,
+                        QStringDecoder::Flag::ConvertInitialBom | QStringDecoder::Flag::Stateless);
+    QString text = utf8(QByteArrayView(begin, size));
+    if (!utf8.hasError()) return text;
+    text.resize(size);
+    for (qsizetype i = 0; i < size; ++i) {
+        const uchar c = uchar(begin[i]);
+        text[i] = QChar(c < 0x80 ? char16_t(c) : windows1251[c - 0x80]);
+    }
+    return text;
+#endif
+}
 
 class Reader
 {
@@ -49,13 +90,27 @@ public:
         v.getString(&begin, &end);
         const qsizetype size = begin ? qsizetype(end - begin) : 0;
         // Older writers stored the local 8-bit code page and said nothing or something else.
-        return utf8 ? QString::fromUtf8(begin, size) : QString::fromLocal8Bit(begin, size);
+        return utf8 ? QString::fromUtf8(begin, size) : fromCodePage(begin, size);
     }
     int integer(const Json::Value& v) const
     {
         // isInt() also refuses numbers out of the range of a 32-bit integer.
         if (!v.isInt()) throw TypeMismatch("not int type");
         return v.asInt();
+    }
+    // Read as JsonCpp's asInt() reads a value, unlike the members that must be integers: an
+    // integer or a real within the range of int (a real truncated), a boolean as 1 or 0,
+    // null as 0.
+    int looseInteger(const Json::Value& v) const
+    {
+        if (v.isNull()) return 0;
+        if (v.isBool()) return v.asBool() ? 1 : 0;
+        if (v.isInt()) return v.asInt();
+        if (v.isDouble()) {
+            const double d = v.asDouble();
+            if (d >= double(INT_MIN) && d <= double(INT_MAX)) return int(d);
+        }
+        throw TypeMismatch("not int type");
     }
     static bool present(const Json::Value& object, const char* name)
     {
@@ -92,7 +147,7 @@ public:
         m.file = string(v["file"]);
         m.icon = string(v["icon"]);
         m.digest = string(v["digest"]);
-        if (present(v, "version")) m.version = integer(v["version"]);
+        m.version = looseInteger(v["version"]);
         return m;
     }
 
@@ -203,7 +258,14 @@ bool parseTree(const char* begin, const char* end, Json::Value& root)
 {
     std::string errors;
     if (jsonReader(maxDepth)->parse(begin, end, &root, &errors)) return true;
-    qDebug() << texts::jsonUnparsable() << QString::fromStdString(errors);
+    qDebug().noquote() << texts::jsonUnparsable() << QString::fromStdString(errors);
+    return false;
+}
+
+// More elements than an import may hold records for.
+bool tooManyElements()
+{
+    qDebug().noquote() << texts::jsonUnparsable() << "more elements than" << maxDocumentElements;
     return false;
 }
 
@@ -216,6 +278,7 @@ bool parseWhole(const QByteArray& text, QByteArray* owned, ParsedDocument& doc)
     const Reader r = header(root, doc.header);
     Json::Value& list = root["std-size"];
     r.array(list);
+    if (list.size() > maxDocumentElements) return tooManyElements();
     doc.records.reserve(list.size());
     // Each element's branch of the tree is freed once it is a record: the tree and all
     // the records of a large document are never held together.
@@ -233,6 +296,8 @@ constexpr size_t elementsPerTask = 64;
 // spread over the pool: only one element's tree per thread exists at a time.
 bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocument& doc)
 {
+    // The split stops one past the bound, before the list's end.
+    if (layout.elements.size() > size_t(maxDocumentElements)) return tooManyElements();
     const char* data = text.constData();
     std::string skeleton;
     skeleton.reserve(size_t(text.size()) - (layout.list.end - layout.list.begin) + 2);
@@ -280,7 +345,7 @@ bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocu
     if (failed.load()) {
         for (const QString& failure : failures) {
             if (failure.isEmpty()) continue;
-            qDebug() << texts::jsonUnparsable() << failure;
+            qDebug().noquote() << texts::jsonUnparsable() << failure;
             break;
         }
         return false;
@@ -292,7 +357,7 @@ bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocu
 std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
 {
     if (text.size() > maxDocumentSize) {
-        qDebug() << texts::jsonUnparsable() << "document too large";
+        qDebug().noquote() << texts::jsonUnparsable() << "document too large";
         return std::nullopt;
     }
     try {
@@ -306,13 +371,14 @@ std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
         }
         for (const ImportRecord& record : doc.records) {
             if (!referencesAreSafe(record)) {
-                qDebug() << texts::jsonUnparsable() << "unsafe entry name in" << record.id;
+                qDebug().noquote()
+                    << texts::jsonUnparsable() << "unsafe entry name in" << record.id;
                 return std::nullopt;
             }
         }
         return doc;
     } catch (const std::exception& e) {
-        qDebug() << texts::jsonUnparsable() << e.what();
+        qDebug().noquote() << texts::jsonUnparsable() << e.what();
         return std::nullopt;
     }
 }

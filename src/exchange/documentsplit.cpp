@@ -1,5 +1,7 @@
 #include "documentsplit.h"
 
+#include "document.h"
+
 #include <cstring>
 
 namespace exchange {
@@ -112,6 +114,9 @@ bool elementList(Scanner& s, DocumentLayout& layout)
         if (!s.value()) return false;
         element.end = s.pos();
         layout.elements.push_back(element);
+        // One past the bound is enough to refuse the document; listing every span of a list
+        // of tiny elements would cost the memory the bound is there to save.
+        if (layout.elements.size() > size_t(maxDocumentElements)) return true;
         if (!s.skipSpace()) return false;
         if (s.take(']')) break;
         if (!s.take(',') || !s.skipSpace()) return false;
@@ -137,6 +142,7 @@ bool splitDocument(const char* text, size_t size, DocumentLayout& layout)
             if (!s.skipSpace() || !s.take(':') || !s.skipSpace()) return false;
             if (isList) {
                 if (found || s.peek() != '[' || !elementList(s, layout)) return false;
+                if (layout.elements.size() > size_t(maxDocumentElements)) return true;
                 found = true;
             } else if (!s.value()) {
                 return false;

@@ -1,8 +1,11 @@
 #include "document.h"
 #include "documentfast.h"
+#include "exchangetexts.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
+#include <climits>
 #include <functional>
 #include <optional>
 
@@ -19,6 +22,8 @@ private slots:
     void damagedDocumentGivesNothing();
     void everyElementReadsAsTheTreeReadsIt_data();
     void everyElementReadsAsTheTreeReadsIt();
+    void textsFollowTheHeaderEncoding_data();
+    void textsFollowTheHeaderEncoding();
 };
 
 namespace {
@@ -45,6 +50,9 @@ QByteArray document(int count, const std::function<QByteArray(int)>& special = {
     }
     return text + "\n ]\n}\n";
 }
+
+// In the column of the model's version: the document is refused.
+constexpr int refused = INT_MIN;
 
 } // namespace
 
@@ -92,45 +100,66 @@ void TestDocumentReader::recordsComeInDocumentOrder()
 void TestDocumentReader::damagedDocumentGivesNothing_data()
 {
     QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QString>("reason"); // how the debug log line goes on after its text
 
+    const QString syntax = QStringLiteral("* Line ");
     auto at = [](int where, const QByteArray& replacement) {
         return [=](int i) { return i == where ? replacement : QByteArray(); };
     };
-    QTest::newRow("missing comma between elements") << document(130, {}, "\n");
-    QTest::newRow("double comma") << document(130, {}, ",,");
+    QTest::newRow("missing comma between elements") << document(130, {}, "\n") << syntax;
+    QTest::newRow("double comma") << document(130, {}, ",,") << syntax;
     QTest::newRow("syntax error in a late element")
-        << document(130, at(129, element(129).replace("\"num\" : 1", "\"num\" : ")));
+        << document(130, at(129, element(129).replace("\"num\" : 1", "\"num\" : "))) << syntax;
     QTest::newRow("number out of range in a late element")
-        << document(130, at(100, element(100, "4294967296")));
-    QTest::newRow("element that is not an object") << document(130, at(65, "[1, 2]"));
-    QTest::newRow("element that is a number") << document(130, at(65, "12"));
-    QTest::newRow("unclosed element") << document(130, at(129, "{ \"packet\" : \"P\""));
+        << document(130, at(100, element(100, "4294967296"))) << "not int type";
+    QTest::newRow("element that is not an object")
+        << document(130, at(65, "[1, 2]")) << "not object type";
+    QTest::newRow("element that is a number") << document(130, at(65, "12")) << "not object type";
+    QTest::newRow("unclosed element") << document(130, at(129, "{ \"packet\" : \"P\"")) << syntax;
     QTest::newRow("element nested too deep")
-        << document(130, at(5, QByteArray(200, '[') + QByteArray(200, ']')));
-    QTest::newRow("text after the document") << document(3) + "x";
-    QTest::newRow("second document") << document(3) + document(3);
-    QTest::newRow("list that is not an array") << QByteArray(
-        "{ \"comment\" : { \"encoding\" : \"utf8\", \"export-date\" : \"d\", \"lib-name\" : "
-        "\"TX\" }, \"std-size\" : { } }");
-    QTest::newRow("no header") << QByteArray("{ \"std-size\" : [ " + element(0) + " ] }");
-    QTest::newRow("unsafe file name in a late element") << document(
-        130,
-        at(128, element(128).replace("\"prj\" : []",
-                                     "\"prj\" : [ { \"name\" : \"n\", \"type\" : 1, \"view\" : 1, "
-                                     "\"file\" : \"..\\\\x.frw\", \"icon\" : \"\", \"digest\" : "
-                                     "\"\" } ]")));
+        << document(130, at(5, QByteArray(200, '[') + QByteArray(200, ']')))
+        << "Exceeded stackLimit";
+    QTest::newRow("text after the document") << document(3) + "x" << syntax;
+    QTest::newRow("second document") << document(3) + document(3) << syntax;
+    QTest::newRow("list that is not an array")
+        << QByteArray("{ \"comment\" : { \"encoding\" : \"utf8\", \"export-date\" : \"d\", "
+                      "\"lib-name\" : \"TX\" }, \"std-size\" : { } }")
+        << "not array type";
+    QTest::newRow("no header") << QByteArray("{ \"std-size\" : [ " + element(0) + " ] }")
+                               << "not object type";
+    QTest::newRow("unsafe file name in a late element")
+        << document(
+               130,
+               at(128, element(128).replace(
+                           "\"prj\" : []",
+                           "\"prj\" : [ { \"name\" : \"n\", \"type\" : 1, \"view\" : 1, "
+                           "\"file\" : \"..\\\\x.frw\", \"icon\" : \"\", \"digest\" : \"\" } ]")))
+        << "unsafe entry name in e128";
+    const QByteArray crowded =
+        document(int(exchange::maxDocumentElements) + 1, [](int) { return QByteArray("{}"); });
+    const QString tooMany =
+        QStringLiteral("more elements than %1").arg(exchange::maxDocumentElements);
+    QTest::newRow("more elements than allowed") << crowded << tooMany;
+    QTest::newRow("more elements than allowed, read whole") << "// whole\n" + crowded << tooMany;
 }
 
+// Refused, with the reader's text in the debug log as it is, followed by the reason.
 void TestDocumentReader::damagedDocumentGivesNothing()
 {
     QFETCH(QByteArray, text);
+    QFETCH(QString, reason);
+    QTest::ignoreMessage(
+        QtDebugMsg,
+        QRegularExpression(
+            u'^' + QRegularExpression::escape(exchange::texts::jsonUnparsable() + u' ' + reason)));
     QVERIFY(!exchange::parseDocument(text));
 }
 
 void TestDocumentReader::everyElementReadsAsTheTreeReadsIt_data()
 {
     QTest::addColumn<QByteArray>("item");
-    QTest::addColumn<bool>("plain"); // read without the tree
+    QTest::addColumn<bool>("plain");  // read without the tree
+    QTest::addColumn<int>("version"); // of the model read (0 without one), or refused
 
     const QByteArray full =
         "{ \"packet\" : \"Трубы\", \"folder\" : \"A\\\\B\", \"id\" : \"T-1\", "
@@ -147,48 +176,66 @@ void TestDocumentReader::everyElementReadsAsTheTreeReadsIt_data()
         return QByteArray(full).replace(from, to);
     };
 
-    QTest::newRow("everything") << full << true;
-    QTest::newRow("escapes") << with("\"1.5\"", "\"\\\"q\\\" \\/ \\t \\u0416 \\u00e9 \\n\"")
-                             << true;
-    QTest::newRow("surrogate pair") << with("\"1.5\"", "\"\\ud83d\\ude00\"") << false;
-    QTest::newRow("lone surrogate") << with("\"1.5\"", "\"\\ud83d\"") << false;
-    QTest::newRow("escaped NUL") << with("\"1.5\"", "\"a\\u0000b\"") << false;
+    QTest::newRow("everything") << full << true << 2;
+    QTest::newRow("escapes") << with("\"1.5\"", "\"\\\"q\\\" \\/ \\t \\u0416 \\u00e9 \\n\"") << true
+                             << 2;
+    QTest::newRow("surrogate pair") << with("\"1.5\"", "\"\\ud83d\\ude00\"") << false << 2;
+    QTest::newRow("lone surrogate") << with("\"1.5\"", "\"\\ud83d\"") << false << refused;
+    QTest::newRow("escaped NUL") << with("\"1.5\"", "\"a\\u0000b\"") << false << 2;
     QTest::newRow("nulls for optional members")
         << QByteArray("{ \"packet\" : \"P\", \"folder\" : \"F\", \"id\" : \"N\", \"type\" : null, "
                       "\"atr\" : [ { \"name\" : \"A\", \"num\" : 1, \"type\" : 3, \"val\" : null, "
                       "\"formula\" : null, \"var\" : null, \"measure\" : null, \"desc\" : null, "
                       "\"old-num\" : null } ], \"model\" : null, \"prj\" : [], \"repPath\" : null, "
                       "\"spc\" : null }")
-        << true;
+        << true << 0;
     QTest::newRow("spc that is not an array")
-        << with("\"spc\" : [", "\"spc\" : 5, \"s\" : [") << false;
-    QTest::newRow("integer written as real") << with("\"num\" : 3", "\"num\" : 3.0") << false;
-    QTest::newRow("integer with exponent") << with("\"num\" : 3", "\"num\" : 3e0") << false;
-    QTest::newRow("integer with leading zero") << with("\"num\" : 3", "\"num\" : 03") << false;
-    QTest::newRow("minus zero") << with("\"num\" : 3", "\"num\" : -0") << false;
-    QTest::newRow("largest integer") << with("\"num\" : 3", "\"num\" : 2147483647") << true;
-    QTest::newRow("smallest integer") << with("\"num\" : 3", "\"num\" : -2147483648") << true;
-    QTest::newRow("integer out of range") << with("\"num\" : 3", "\"num\" : 2147483648") << false;
-    QTest::newRow("integer as text") << with("\"num\" : 3", "\"num\" : \"3\"") << false;
-    QTest::newRow("text as integer") << with("\"val\" : \"1.5\"", "\"val\" : 1.5") << false;
-    QTest::newRow("boolean") << with("\"val\" : \"1.5\"", "\"val\" : true") << false;
+        << with("\"spc\" : [", "\"spc\" : 5, \"s\" : [") << false << 2;
+    QTest::newRow("integer written as real") << with("\"num\" : 3", "\"num\" : 3.0") << false << 2;
+    QTest::newRow("integer with exponent") << with("\"num\" : 3", "\"num\" : 3e0") << false << 2;
+    QTest::newRow("integer with leading zero") << with("\"num\" : 3", "\"num\" : 03") << false << 2;
+    QTest::newRow("minus zero") << with("\"num\" : 3", "\"num\" : -0") << false << 2;
+    QTest::newRow("largest integer") << with("\"num\" : 3", "\"num\" : 2147483647") << true << 2;
+    QTest::newRow("smallest integer") << with("\"num\" : 3", "\"num\" : -2147483648") << true << 2;
+    QTest::newRow("integer out of range")
+        << with("\"num\" : 3", "\"num\" : 2147483648") << false << refused;
+    QTest::newRow("integer as text") << with("\"num\" : 3", "\"num\" : \"3\"") << false << refused;
+    QTest::newRow("text as integer")
+        << with("\"val\" : \"1.5\"", "\"val\" : 1.5") << false << refused;
+    QTest::newRow("boolean") << with("\"val\" : \"1.5\"", "\"val\" : true") << false << refused;
     QTest::newRow("repeated member, the last counts")
-        << with("\"type\" : \"PIPE\"", "\"type\" : \"A\", \"type\" : \"B\"") << false;
+        << with("\"type\" : \"PIPE\"", "\"type\" : \"A\", \"type\" : \"B\"") << false << 2;
     QTest::newRow("unknown member")
-        << with("\"type\" : \"PIPE\"", "\"type\" : \"PIPE\", \"x\" : [1, {}]") << false;
+        << with("\"type\" : \"PIPE\"", "\"type\" : \"PIPE\", \"x\" : [1, {}]") << false << 2;
     QTest::newRow("comment inside")
-        << with("\"type\" : \"PIPE\",", "\"type\" : \"PIPE\", /* c */") << false;
+        << with("\"type\" : \"PIPE\",", "\"type\" : \"PIPE\", /* c */") << false << 2;
     QTest::newRow("trailing comma")
-        << with("\"digest\" : \"cd\" }", "\"digest\" : \"cd\", }") << false;
-    QTest::newRow("missing id") << with("\"id\" : \"T-1\",", "") << false;
-    QTest::newRow("missing num") << with("\"num\" : 4,", "") << false;
+        << with("\"digest\" : \"cd\" }", "\"digest\" : \"cd\", }") << false << 2;
+    QTest::newRow("missing id") << with("\"id\" : \"T-1\",", "") << false << refused;
+    QTest::newRow("missing num") << with("\"num\" : 4,", "") << false << refused;
     QTest::newRow("missing column")
-        << with(", \"column\" : [ { \"num\" : 1, \"val\" : \"$D\" } ]", "") << false;
-    QTest::newRow("null name") << with("\"name\" : \"D\"", "\"name\" : null") << false;
+        << with(", \"column\" : [ { \"num\" : 1, \"val\" : \"$D\" } ]", "") << false << refused;
+    QTest::newRow("null name") << with("\"name\" : \"D\"", "\"name\" : null") << false << refused;
     QTest::newRow("no space at all")
-        << QByteArray(full).replace(" ", "").replace("Вид", "V") << true;
-    QTest::newRow("escaped member name") << with("\"packet\"", "\"pack\\u0065t\"") << false;
-    QTest::newRow("empty object") << QByteArray("{}") << false;
+        << QByteArray(full).replace(" ", "").replace("Вид", "V") << true << 2;
+    QTest::newRow("escaped member name") << with("\"packet\"", "\"pack\\u0065t\"") << false << 2;
+    QTest::newRow("empty object") << QByteArray("{}") << false << refused;
+    auto version = [&](const char* value) {
+        return QByteArray(full).replace("\"version\" : 2", QByteArray("\"version\" : ") + value);
+    };
+    QTest::newRow("version null") << version("null") << true << 0;
+    QTest::newRow("no version") << with("\"version\" : 2, ", "") << true << 0;
+    QTest::newRow("version as real") << version("2.9") << false << 2;
+    QTest::newRow("negative real version") << version("-1.5") << false << -1;
+    QTest::newRow("version with exponent") << version("3e2") << false << 300;
+    QTest::newRow("largest real version") << version("2147483647.0") << false << 2147483647;
+    QTest::newRow("version true") << version("true") << false << 1;
+    QTest::newRow("version false") << version("false") << false << 0;
+    QTest::newRow("version minus zero") << version("-0") << false << 0;
+    QTest::newRow("version out of range") << version("2147483648") << false << refused;
+    QTest::newRow("real version out of range") << version("-2147483649.0") << false << refused;
+    QTest::newRow("version as text") << version("\"2\"") << false << refused;
+    QTest::newRow("version as array") << version("[2]") << false << refused;
 }
 
 // Read element by element, the document gives exactly what the whole tree gives: the same
@@ -197,6 +244,7 @@ void TestDocumentReader::everyElementReadsAsTheTreeReadsIt()
 {
     QFETCH(QByteArray, item);
     QFETCH(bool, plain);
+    QFETCH(int, version);
     exchange::ImportRecord record;
     QCOMPARE(exchange::readPlainElement(item.constData(), item.constData() + item.size(), record),
              plain);
@@ -206,10 +254,60 @@ void TestDocumentReader::everyElementReadsAsTheTreeReadsIt()
     const std::optional<exchange::ParsedDocument> a = exchange::parseDocument(split);
     const std::optional<exchange::ParsedDocument> b = exchange::parseDocument(whole);
     QCOMPARE(bool(a), bool(b));
+    QCOMPARE(bool(a), version != refused);
     if (!a) return;
+    QCOMPARE(a->records[1].model ? a->records[1].model->version : 0, version);
     QCOMPARE(a->records.size(), b->records.size());
     for (size_t i = 0; i < a->records.size(); ++i)
         QCOMPARE(a->records[i].describe(), b->records[i].describe());
+}
+
+void TestDocumentReader::textsFollowTheHeaderEncoding_data()
+{
+    QTest::addColumn<QByteArray>("encoding"); // the header's member, or nothing
+    QTest::addColumn<QByteArray>("texts");    // packet, attribute name and value as written
+    QTest::addColumn<QString>("read");
+
+    const QString words = QStringLiteral("Отвод|Диаметр|Ёмкость №5");
+    // The same words in Windows-1251.
+    const QByteArray codePage = "\xce\xf2\xe2\xee\xe4|\xc4\xe8\xe0\xec\xe5\xf2\xf0|"
+                                "\xa8\xec\xea\xee\xf1\xf2\xfc\x20\xb9\x35";
+    QTest::newRow("no encoding, code page") << QByteArray() << codePage << words;
+    QTest::newRow("another encoding, code page")
+        << QByteArray("\"encoding\" : \"cp1251\", ") << codePage << words;
+    QTest::newRow("code page text ending as a UTF-8 sequence begins")
+        << QByteArray() << QByteArray("P|N|M12-\xc2") << QStringLiteral("P|N|M12-В");
+    QTest::newRow("no encoding, UTF-8 text") << QByteArray() << words.toUtf8() << words;
+    QTest::newRow("utf8") << QByteArray("\"encoding\" : \"utf8\", ") << words.toUtf8() << words;
+}
+
+// A document that does not say it is UTF-8 comes from a writer of the code page of Russian
+// Windows installations; one that says so is read as UTF-8.
+void TestDocumentReader::textsFollowTheHeaderEncoding()
+{
+    QFETCH(QByteArray, encoding);
+    QFETCH(QByteArray, texts);
+    QFETCH(QString, read);
+#ifdef Q_OS_WIN
+    QSKIP("Windows reads such documents in the code page of the installation");
+#endif
+    const QList<QByteArray> written = texts.split('|');
+    const QStringList expected = read.split(u'|');
+    const QByteArray item = "{ \"packet\" : \"" + written[0] +
+                            "\", \"folder\" : \"F\", \"id\" : \"e1\", \"atr\" : [ { \"name\" : \"" +
+                            written[1] + "\", \"num\" : 1, \"type\" : 3, \"val\" : \"" +
+                            written[2] + "\" } ], \"prj\" : [] }";
+    const QByteArray text = document(3, [&](int i) {
+                                return i == 1 ? item : QByteArray();
+                            }).replace("\"encoding\" : \"utf8\", ", encoding);
+    for (const QByteArray& form : {text, "// whole\n" + text}) {
+        const std::optional<exchange::ParsedDocument> doc = exchange::parseDocument(form);
+        QVERIFY(doc);
+        QCOMPARE(doc->records.size(), size_t(3));
+        QCOMPARE(doc->records[1].packet, expected[0]);
+        QCOMPARE(doc->records[1].value(expected[1]), expected[2]);
+        QCOMPARE(doc->records[2].value(QStringLiteral("A")), QStringLiteral("v2"));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestDocumentReader)

@@ -39,6 +39,8 @@ private slots:
     void damagedEntryFailsAndLeavesNoFile();
     void expansionBeyondLimitsFails_data();
     void expansionBeyondLimitsFails();
+    void defaultLimitsStopBombsOnly_data();
+    void defaultLimitsStopBombsOnly();
     void notAnArchiveIsRefused_data();
     void notAnArchiveIsRefused();
 
@@ -139,7 +141,8 @@ void TestZipper::entriesKeepTheirMethodAndFixedTime()
     const QByteArray archive = ziptest::readFile(path("a.zip"));
     // Entry times are local times of the moment.
     const QDateTime local = when.toLocalTime();
-    for (const QByteArray& name : {QByteArray("TX\\model\\1.m3d"), QByteArray("TX\\model\\1.png")}) {
+    for (const QByteArray& name :
+         {QByteArray("TX\\model\\1.m3d"), QByteArray("TX\\model\\1.png")}) {
         const auto found = stamp(archive, name);
         QVERIFY2(found, name.constData());
         QCOMPARE(found->method, method);
@@ -289,6 +292,7 @@ void TestZipper::damagedEntryFailsAndLeavesNoFile_data()
     QTest::newRow("crc") << "crc";
     QTest::newRow("longer than declared") << "longer";
     QTest::newRow("shorter than declared") << "shorter";
+    QTest::newRow("declared as large as a document may be") << "huge";
 }
 
 void TestZipper::damagedEntryFailsAndLeavesNoFile()
@@ -306,13 +310,21 @@ void TestZipper::damagedEntryFailsAndLeavesNoFile()
         QVERIFY(ziptest::damage(bytes, "MARKER-0123456789-MARKER"));
     else
         QVERIFY(ziptest::setDeclaredSize(bytes, "TX\\model\\1.m3d",
-                                         damage == "longer" ? 100 : quint32(content.size() + 100)));
+                                         damage == "longer"    ? 100
+                                         : damage == "shorter" ? quint32(content.size() + 100)
+                                                               : (1u << 30) - 1));
     ziptest::writeFile(path("a.zip"), bytes);
 
     zipper::unzip u(path("a.zip"));
     QVERIFY_THROWS_EXCEPTION(zipper::error, u.extract("TX\\model\\1.m3d", path("out.m3d")));
     QVERIFY(!QFile::exists(path("out.m3d")));
-    QVERIFY_THROWS_EXCEPTION(zipper::error, u.readAll("TX\\model\\1.m3d", 1 << 20));
+    // Read with the document's bound, in less memory than the declared size: a lying directory
+    // must not cost what it claims before a byte is read.
+    const ziptest::AddressSpaceCeiling ceiling(256 << 20);
+#ifdef Q_OS_LINUX
+    QVERIFY(ceiling.active());
+#endif
+    QVERIFY_THROWS_EXCEPTION(zipper::error, u.readAll("TX\\model\\1.m3d", qint64(1) << 30));
 }
 
 void TestZipper::expansionBeyondLimitsFails_data()
@@ -351,6 +363,118 @@ void TestZipper::expansionBeyondLimitsFails()
     zipper::unzip u(path("bomb.zip"), bounds);
     QVERIFY_THROWS_EXCEPTION(zipper::error, u.extract("zeros.bin", path("zeros.bin")));
     QVERIFY(!QFile::exists(path("zeros.bin")));
+}
+
+namespace {
+
+// Lines of numbers: text that deflates about as far as models and fragments do.
+QByteArray numberedText(qsizetype size)
+{
+    QByteArray text;
+    quint32 state = 1;
+    for (int row = 0; text.size() < size; ++row) {
+        state = state * 1103515245u + 12345u;
+        text += "row " + QByteArray::number(row) + ": " + QByteArray::number(state >> 16) + ' ' +
+                QByteArray::number(state % 1000) + '\n';
+    }
+    return text;
+}
+
+// A document of elements that differ in their id only, as the writer prints it: the most
+// compressible document a real catalog gives.
+QByteArray uniformDocument(int elements)
+{
+    QByteArray text = "{\n   \"comment\" : {\n      \"encoding\" : \"utf8\",\n      "
+                      "\"lib-name\" : \"TX\"\n   },\n   \"std-size\" : [\n";
+    for (int i = 0; i < elements; ++i) {
+        text += i ? ",\n      {\n         \"atr\" : [\n" : "      {\n         \"atr\" : [\n";
+        for (int a = 0; a < 10; ++a)
+            text += QByteArray(a ? ",\n" : "") +
+                    "            {\n               \"name\" : \"ATTRIBUTE_" +
+                    QByteArray::number(a) +
+                    "\",\n               \"num\" : " + QByteArray::number(a) +
+                    ",\n               \"type\" : 3,\n               \"val\" : \"\"\n            }";
+        text += "\n         ],\n         \"folder\" : \"F\",\n         \"id\" : \"" +
+                QByteArray::number(i) +
+                "\",\n         \"model\" : null,\n         \"packet\" : \"P\",\n         "
+                "\"prj\" : [],\n         \"type\" : \"\"\n      }";
+    }
+    return text + "\n   ]\n}\n";
+}
+
+} // namespace
+
+void TestZipper::defaultLimitsStopBombsOnly_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<int>("copies");
+    QTest::addColumn<int>("level");
+    QTest::addColumn<int>("leastRatio"); // what the row is about: how far the content deflates
+    QTest::addColumn<bool>("lyingSize"); // the directory claims a huge compressed size
+    QTest::addColumn<bool>("refused");
+
+    const QByteArray zeros(32 << 20, '\0');
+    QTest::newRow("tens of MiB of zeros") << zeros << 1 << 6 << 900 << false << true;
+    QTest::newRow("zeros claiming a huge compressed size")
+        << zeros << 1 << 6 << 900 << true << true;
+    QTest::newRow("whitespace at the highest level")
+        << QByteArray(24 << 20, ' ') << 1 << 9 << 900 << false << true;
+    QTest::newRow("many entries of zeros, each below the floor")
+        << QByteArray((1 << 20) - 1024, '\0') << 40 << 6 << 900 << false << true;
+    QTest::newRow("text of a few MiB") << numberedText(4 << 20) << 1 << 9 << 2 << false << false;
+    QTest::newRow("document of near-identical elements")
+        << uniformDocument(2000) << 1 << 9 << 100 << false << false;
+    QTest::newRow("small file of zeros")
+        << QByteArray(512 << 10, '\0') << 1 << 6 << 900 << false << false;
+}
+
+// With the limits every import uses, an archive that expands like a bomb is refused when read
+// into memory and when extracted, and no file is left; real content of any kind is read.
+void TestZipper::defaultLimitsStopBombsOnly()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(int, copies);
+    QFETCH(int, level);
+    QFETCH(int, leastRatio);
+    QFETCH(bool, lyingSize);
+    QFETCH(bool, refused);
+    auto name = [](int i) { return QStringLiteral("TX\\model\\%1.m3d").arg(i); };
+    {
+        zipper::zip z(path("a.uss"));
+        z.setCompressionLevel(level);
+        for (int i = 1; i <= copies; ++i)
+            z.addBytes(content, name(i));
+        z.commit();
+    }
+    QByteArray archive = ziptest::readFile(path("a.uss"));
+    const qint64 compressed = ziptest::compressedSize(archive, name(1).toUtf8());
+    QVERIFY(compressed > 0);
+    QVERIFY2(content.size() / compressed >= leastRatio,
+             QByteArray::number(content.size() / compressed));
+    if (lyingSize) {
+        QVERIFY(ziptest::setCompressedSize(archive, name(1).toUtf8(), 0x7fffffff));
+        ziptest::writeFile(path("a.uss"), archive);
+    }
+
+    for (const bool toFile : {false, true}) {
+        zipper::unzip u(path("a.uss"));
+        bool failed = false;
+        for (int i = 1; i <= copies && !failed; ++i) {
+            const QString target = path(QStringLiteral("%1.m3d").arg(i));
+            try {
+                if (toFile) {
+                    u.extract(name(i), target);
+                    QCOMPARE(ziptest::readFile(target), content);
+                } else {
+                    QCOMPARE(u.readAll(name(i), qint64(1) << 30), content);
+                }
+            } catch (const zipper::error&) {
+                failed = true;
+                QVERIFY(!QFile::exists(target));
+            }
+        }
+        QCOMPARE(failed, refused);
+    }
 }
 
 void TestZipper::notAnArchiveIsRefused_data()

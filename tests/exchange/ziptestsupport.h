@@ -6,6 +6,11 @@
 
 #include <cstdint>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
 // Byte-level damage of ZIP files written by the archive layer, for tests of the reader.
 namespace ziptest {
 
@@ -38,21 +43,44 @@ inline void put32(QByteArray& b, qsizetype at, quint32 v)
         b[at + i] = char((v >> (8 * i)) & 0xff);
 }
 
-// Sets the declared uncompressed size of entry `name` in its local and central headers.
-inline bool setDeclaredSize(QByteArray& zip, const QByteArray& name, quint32 size)
+// Sets the 32-bit field at localAt of entry `name`'s local header and at centralAt of its
+// central header.
+inline bool setField(QByteArray& zip, const QByteArray& name, qsizetype localAt,
+                     qsizetype centralAt, quint32 value)
 {
     bool found = false;
     for (qsizetype i = 0; i + 46 < zip.size(); ++i) {
         const quint32 sig = get32(zip, i);
         if (sig == 0x04034b50 && zip.mid(i + 30, get16(zip, i + 26)) == name) {
-            put32(zip, i + 22, size);
+            put32(zip, i + localAt, value);
             found = true;
         } else if (sig == 0x02014b50 && zip.mid(i + 46, get16(zip, i + 28)) == name) {
-            put32(zip, i + 24, size);
+            put32(zip, i + centralAt, value);
             found = true;
         }
     }
     return found;
+}
+
+// Sets the declared uncompressed size of entry `name` in its local and central headers.
+inline bool setDeclaredSize(QByteArray& zip, const QByteArray& name, quint32 size)
+{
+    return setField(zip, name, 22, 24, size);
+}
+
+// Sets the compressed size of entry `name` in its local and central headers.
+inline bool setCompressedSize(QByteArray& zip, const QByteArray& name, quint32 size)
+{
+    return setField(zip, name, 18, 20, size);
+}
+
+// The compressed size of entry `name` as its central header gives it, -1 when there is none.
+inline qint64 compressedSize(const QByteArray& zip, const QByteArray& name)
+{
+    for (qsizetype i = 0; i + 46 < zip.size(); ++i)
+        if (get32(zip, i) == 0x02014b50 && zip.mid(i + 46, get16(zip, i + 28)) == name)
+            return get32(zip, i + 20);
+    return -1;
 }
 
 // Flips one byte of the (stored) content `marker` inside the file.
@@ -63,5 +91,44 @@ inline bool damage(QByteArray& zip, const QByteArray& marker)
     zip[at] = char(zip[at] ^ 0x20);
     return true;
 }
+
+// For its lifetime, the process may take no more address space than it has now plus headroom:
+// an allocation beyond that fails even on a machine with memory to spare.
+class AddressSpaceCeiling
+{
+public:
+    explicit AddressSpaceCeiling(qint64 headroom)
+    {
+#ifdef Q_OS_LINUX
+        QFile statm("/proc/self/statm");
+        if (!statm.open(QIODevice::ReadOnly) || getrlimit(RLIMIT_AS, &m_saved) != 0) return;
+        const qint64 pages = statm.readAll().split(' ').value(0).toLongLong();
+        rlimit lowered = m_saved;
+        lowered.rlim_cur = rlim_t(pages * sysconf(_SC_PAGESIZE) + headroom);
+        m_active =
+            pages > 0 && lowered.rlim_cur < m_saved.rlim_cur && setrlimit(RLIMIT_AS, &lowered) == 0;
+#else
+        Q_UNUSED(headroom);
+#endif
+    }
+    ~AddressSpaceCeiling()
+    {
+#ifdef Q_OS_LINUX
+        if (m_active) setrlimit(RLIMIT_AS, &m_saved);
+#endif
+    }
+    AddressSpaceCeiling(const AddressSpaceCeiling&) = delete;
+    AddressSpaceCeiling& operator=(const AddressSpaceCeiling&) = delete;
+    bool active() const
+    {
+        return m_active;
+    }
+
+private:
+    bool m_active = false;
+#ifdef Q_OS_LINUX
+    rlimit m_saved{};
+#endif
+};
 
 } // namespace ziptest

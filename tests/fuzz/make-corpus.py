@@ -123,6 +123,11 @@ def main():
     del legacy["comment"]["encoding"]
     write(p("legacy_code_page.uss"), json.dumps(legacy, ensure_ascii=False).encode("cp1251"))
 
+    # A model that expands like a bomb: 32 MiB of zeros in a few KiB.
+    files = dict(FILES)
+    files["TX\\model\\1.m3d"] = bytes(32 << 20)
+    write(p("zip_bomb.uss"), dump(good), files=files)
+
     # Checksum damage: a stored entry with one byte changed after the archive was written.
     write(p("crc_damage.uss"), dump(good), method=zipfile.ZIP_STORED)
     data = bytearray(open(p("crc_damage.uss"), "rb").read())
@@ -134,6 +139,10 @@ def main():
     open(p("document_good.json"), "wb").write(dump(good))
     open(p("document_null_model.json"), "wb").write(
         dump(document([dict(element("4", "d"), model=None, prj=[])])))
+    loose = copy.deepcopy(good)
+    loose["std-size"][0]["model"]["version"] = 231.5
+    loose["std-size"][1]["model"]["version"] = True
+    open(p("document_loose_version.json"), "wb").write(dump(loose))
     open(p("document_legacy.json"), "wb").write(json.dumps(legacy, ensure_ascii=False).encode("cp1251"))
 
     whole = open(p("good.uss"), "rb").read()

@@ -3,6 +3,7 @@
 #include "ziperror.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <zip.h>
 
@@ -13,6 +14,8 @@ namespace zipper {
 
 namespace {
 constexpr std::int64_t chunkSize = 256 * 1024;
+// Memory taken for an entry before its bytes arrive: its declared size may be a lie.
+constexpr std::int64_t maxReserve = std::int64_t(64) << 20;
 
 struct FileCloser
 {
@@ -43,6 +46,12 @@ unzip::unzip(const QString& path, const limits& bounds) : m_path(path), m_limits
         m_zip = nullptr;
         throw error("Too many entries in archive", path.toStdString(), ZIP_ER_INCONS, 0);
     }
+    // The whole archive may expand no further than one of its entries may: this also holds
+    // an entry whose directory claims a compressed size larger than the archive.
+    const std::int64_t onDisk = QFileInfo(path).size();
+    m_budget = m_limits.maxTotalBytes;
+    if (m_limits.maxRatio > 0 && onDisk < (m_budget - m_limits.ratioFloor) / m_limits.maxRatio)
+        m_budget = onDisk * m_limits.maxRatio + m_limits.ratioFloor;
     m_index.reserve(qsizetype(count));
     for (zip_int64_t i = 0; i < count; ++i) {
         const char* name = zip_get_name(m_zip, zip_uint64_t(i), ZIP_FL_ENC_GUESS);
@@ -121,7 +130,7 @@ void unzip::readEntry(const QString& entryName, std::int64_t maxBytes, Sink&& si
         if (declared >= 0 && total > declared)
             throw error("Entry is longer than declared", subject, ZIP_ER_INCONS, 0);
         if (total > maxBytes) throw error("Entry is too large", subject, ZIP_ER_INCONS, 0);
-        if (extracted > m_limits.maxTotalBytes)
+        if (extracted > m_budget)
             throw error("Archive expands beyond the allowed size", m_path.toStdString(),
                         ZIP_ER_INCONS, 0);
         if (total > m_limits.ratioFloor && compressed >= 0 &&
@@ -137,7 +146,8 @@ QByteArray unzip::readAll(const QString& entryName, std::int64_t maxBytes)
 {
     QByteArray bytes;
     const std::int64_t declared = declaredSize(entryName);
-    if (declared > 0 && declared <= maxBytes) bytes.reserve(qsizetype(declared));
+    if (declared > 0 && declared <= maxBytes)
+        bytes.reserve(qsizetype(std::min(declared, maxReserve)));
     readEntry(entryName, maxBytes,
               [&bytes](const char* data, std::int64_t n) { bytes.append(data, qsizetype(n)); });
     return bytes;
