@@ -269,6 +269,10 @@ bool tooManyElements()
     return false;
 }
 
+// A JSON tree takes tens of times its text: a document that cannot be split is read whole
+// only up to this size. What the writer gives always splits.
+constexpr qint64 maxWholeDocumentSize = qint64(64) << 20;
+
 // The whole document as one tree: for documents that cannot be split.
 bool parseWhole(const QByteArray& text, QByteArray* owned, ParsedDocument& doc)
 {
@@ -366,6 +370,9 @@ std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
         if (splitDocument(text.constData(), size_t(text.size()), layout)) {
             if (!parseSplit(text, layout, doc)) return std::nullopt;
             if (owned) *owned = QByteArray();
+        } else if (text.size() > maxWholeDocumentSize) {
+            qDebug().noquote() << texts::jsonUnparsable() << "document too large to read whole";
+            return std::nullopt;
         } else if (!parseWhole(text, owned, doc)) {
             return std::nullopt;
         }

@@ -141,6 +141,9 @@ void TestDocumentReader::damagedDocumentGivesNothing_data()
         QStringLiteral("more elements than %1").arg(exchange::maxDocumentElements);
     QTest::newRow("more elements than allowed") << crowded << tooMany;
     QTest::newRow("more elements than allowed, read whole") << "// whole\n" + crowded << tooMany;
+    QTest::newRow("too large to read whole")
+        << "// whole\n" + document(1) + QByteArray(64 << 20, ' ')
+        << QStringLiteral("document too large to read whole");
 }
 
 // Refused, with the reader's text in the debug log as it is, followed by the reason.
