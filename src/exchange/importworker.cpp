@@ -195,15 +195,17 @@ ImportWorker::~ImportWorker()
     wait();
 }
 
-QFuture<void> ImportWorker::start()
+QFuture<void> ImportWorker::start(QThreadPool* pool)
 {
-    QThreadPool* pool = QThreadPool::globalInstance();
     if (!pool) {
         QFutureInterface<void> cancelled;
         cancelled.reportStarted();
         cancelled.cancel();
         cancelled.reportFinished();
         m_future = cancelled.future();
+        // Queued like the signal of a run on the pool: the caller connects and starts its
+        // dialog's event loop first.
+        QMetaObject::invokeMethod(this, &ImportWorker::finished, Qt::QueuedConnection);
     } else {
         m_future = QtConcurrent::run(pool, [this] { run(); });
     }

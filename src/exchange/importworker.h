@@ -8,6 +8,7 @@
 #include <QFutureWatcher>
 #include <QObject>
 #include <QString>
+#include <QThreadPool>
 
 #include <atomic>
 #include <memory>
@@ -47,9 +48,10 @@ public:
 
     // Imports every record on the calling thread; returns when done or stopped.
     void run();
-    // Runs run() on a thread of QThreadPool::globalInstance(). Without a pool the future is
-    // cancelled and finished at once and nothing is written.
-    QFuture<void> start();
+    // Runs run() on a thread of pool. Without a pool the future is cancelled and finished at
+    // once, nothing is written, and finished is still emitted (queued), so that a dialog
+    // waiting for it closes.
+    QFuture<void> start(QThreadPool* pool = QThreadPool::globalInstance());
     // The watcher of the started run (lives on the thread that created the worker).
     QFutureWatcher<void>& watcher() { return m_watcher; }
     // Waits until a started run has ended.

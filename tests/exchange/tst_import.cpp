@@ -11,6 +11,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
+#include <QThreadPool>
 
 #include <memory>
 
@@ -44,6 +45,7 @@ private slots:
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog();
     void importStopsAfterThird();
     void damagedElementAmongOthersIsSkippedAlone();
+    void workerRunsOnThePoolAndReportsToThisThread_data();
     void workerRunsOnThePoolAndReportsToThisThread();
     void pausedWorkerWaitsUntilResumed();
     void laterVersionIsRecognised_data();
@@ -661,8 +663,17 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone()
     }
 }
 
+void TestImport::workerRunsOnThePoolAndReportsToThisThread_data()
+{
+    QTest::addColumn<bool>("pool");
+    QTest::newRow("global pool") << true;
+    // Nothing is written, yet a dialog waiting for the finish signal still closes.
+    QTest::newRow("no pool") << false;
+}
+
 void TestImport::workerRunsOnThePoolAndReportsToThisThread()
 {
+    QFETCH(bool, pool);
     std::vector<es_stdsize_t*> elements;
     for (int i = 0; i < 5; ++i)
         elements.push_back(m_source->addElement("P", "F", QString("E%1").arg(i)));
@@ -679,9 +690,17 @@ void TestImport::workerRunsOnThePoolAndReportsToThisThread()
     });
     QSignalSpy finished(&worker, &exchange::ImportWorker::finished);
     QSignalSpy watched(&worker.watcher(), &QFutureWatcher<void>::finished);
-    worker.start();
+    const QFuture<void> future = worker.start(pool ? QThreadPool::globalInstance() : nullptr);
     QVERIFY(watched.wait(10000));
     QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(future.isCanceled(), !pool);
+    if (!pool) {
+        QVERIFY(future.isFinished());
+        QCOMPARE(seen, QList<int>());
+        QCOMPARE(provider_GetPacketCount(m_target->provider), 0u);
+        QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 0 из 5.");
+        return;
+    }
     QTRY_COMPARE(seen, (QList<int>{1, 2, 3, 4, 5}));
     for (QThread* t : threads)
         QCOMPARE(t, QThread::currentThread());
