@@ -35,6 +35,7 @@ private slots:
     void exportWritesOnlyListedElements();
     void exportAddsExtensionOfKind();
     void dryRunReportsEachRecordAndWritesNothing();
+    void repeatedElementIsReportedAndImportedOnce();
     void conflictPolicy_data();
     void conflictPolicy();
     void allPresentWritesNothing();
@@ -164,6 +165,30 @@ void CliExchange::dryRunReportsEachRecordAndWritesNothing()
     QCOMPARE(valueOf(target, "Трубы", "X3", "Length"), QString());
     QCOMPARE(valueOf(target, "Трубы", "X2", "Length"), QString("2"));
     QCOMPARE(readFile(target), before);
+}
+
+void CliExchange::repeatedElementIsReportedAndImportedOnce()
+{
+    const QString source = makeSource("repeat_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path("repeat.uss");
+    // Export writes every listed pair, a pair listed twice as well.
+    QCOMPARE(ussctl({"export", "--list", "Трубы;X3;Опоры;S1;Трубы;X3", source, archive}).exitCode,
+             0);
+    const QString target = path("repeat_target.db");
+    QCOMPARE(ussctl({"create", "--kind", "tx", target}).exitCode, 0);
+
+    const Run dry = ussctl({"import", "--dry-run", target, archive});
+    QCOMPARE(dry.exitCode, 0);
+    QCOMPARE(dry.out, QString("new      \"Трубы\" \"X3\"\n"
+                              "new      \"Опоры\" \"S1\"\n"
+                              "repeated \"Трубы\" \"X3\"\n"
+                              "dry run: new 2, same 0, conflict 0, repeated 1; nothing written\n"));
+
+    const Run run = ussctl({"import", target, archive});
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.out, QString("imported 2 of 2 (new 2, replaced 0)\n"));
+    QVERIFY2(run.err.contains("Импорт пользовательских элементов завершен."), qPrintable(run.err));
+    QCOMPARE(valueOf(target, "Трубы", "X3", "Length"), QString("3"));
 }
 
 void CliExchange::conflictPolicy_data()

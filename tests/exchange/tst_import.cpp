@@ -403,6 +403,16 @@ void TestImport::decisionsFollowTheChangeStamp()
     addAttribute(s2, {"USS_LAST_CHANGE_DATE", 3, "02.01.2024 00:00:00"});
     es_stdsize_t* s3 = m_source->addElement("Q", "F", "NEW");
     const QString path = exportElements({s1, s2, s3}, "a.uss");
+    // CHANGED and NEW once more, NEW with another type and folder.
+    rewrite(path, [](QJsonObject& r) {
+        QJsonArray list = r["std-size"].toArray();
+        QJsonObject again = list[2].toObject();
+        again["type"] = "LATER";
+        again["folder"] = "G";
+        list.append(list[1]);
+        list.append(again);
+        r["std-size"] = list;
+    });
 
     addAttribute(m_target->addElement("P", "other", "SAME"),
                  {"USS_LAST_CHANGE_DATE", 3, "01.01.2024 00:00:00"});
@@ -414,10 +424,25 @@ void TestImport::decisionsFollowTheChangeStamp()
     const auto decisions = exchange::decide(archive.records(), m_target->provider);
     QCOMPARE(decisions,
              (std::vector<exchange::Decision>{
-                 exchange::Decision::Same, exchange::Decision::Conflict, exchange::Decision::New}));
+                 exchange::Decision::Same, exchange::Decision::Conflict, exchange::Decision::New,
+                 exchange::Decision::Repeated, exchange::Decision::Repeated}));
     QVERIFY(exchange::needsDecision(decisions));
     QCOMPARE(archive.records()[1].existing, t2);
     QCOMPARE(archive.records()[2].existing, nullptr);
+
+    // The repetitions are dropped like the same elements: the first record of each pair counts.
+    const exchange::ImportOutcome outcome = exchange::importArchive(
+        path, m_target->provider, {exchange::ConflictPolicy::ReplaceWithImported, {}, nullptr});
+    QCOMPARE(outcome.repeated, 2);
+    QCOMPARE(outcome.kept, 2);
+    QCOMPARE(outcome.written, 2);
+    QCOMPARE(outcome.message, exchange::texts::importDone());
+    QCOMPARE(valueOf(m_target->find("P", "CHANGED"), "USS_LAST_CHANGE_DATE"),
+             "02.01.2024 00:00:00");
+    es_stdsize_t* fresh = m_target->find("Q", "NEW");
+    QVERIFY(fresh);
+    QCOMPARE(edw::fromEs(stdsize_GetType(fresh)), "PIPE");
+    QCOMPARE(edw::folderPath(edw::folderOf(fresh)), edw::folderPath(edw::folderOf(s3)));
 }
 
 void TestImport::allSameNeedsNoDecisionAndWritesNothing()
