@@ -121,10 +121,6 @@ int runImport(const QStringList& args)
     }
     exchange::applyPolicy(records, decisions, policy);
     exchange::compactRecords(records);
-    int added = 0;
-    for (const exchange::ImportRecord& record : records)
-        added += record.existing ? 0 : 1;
-    const int replaced = int(records.size()) - added;
 
     TerminalProgress progress(TerminalProgress::stderrIsTerminal());
     exchange::ImportWorker worker(archive, catalog.provider(), std::move(records));
@@ -142,8 +138,8 @@ int runImport(const QStringList& args)
     out(QString("imported %1 of %2 (new %3, replaced %4)\n")
             .arg(worker.written())
             .arg(worker.total())
-            .arg(added)
-            .arg(replaced));
+            .arg(worker.added())
+            .arg(worker.replaced()));
     return complete ? ExitOk : ExitFailed;
 }
 

@@ -48,7 +48,9 @@ struct ImportOutcome
     int repeated = 0;  // repeating the packet and id of an earlier record
     int kept = 0;      // handed to the worker
     int written = 0;
-    int skipped = 0; // kept but could not be created
+    int added = 0;    // written as new elements
+    int replaced = 0; // written in place of an element of the catalog
+    int skipped = 0;  // kept but could not be created
 };
 
 struct ImportOptions

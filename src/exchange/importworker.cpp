@@ -185,7 +185,7 @@ struct ImportWorker::Tree
 ImportWorker::ImportWorker(ImportArchive& archive, es_provider_t* provider,
                            std::vector<ImportRecord> records, QObject* parent)
     : QObject(parent), m_archive(archive), m_provider(provider), m_records(std::move(records)),
-      m_tree(std::make_unique<Tree>())
+      m_replacing(m_records.size(), false), m_tree(std::make_unique<Tree>())
 {
     m_tree->provider = provider;
 }
@@ -231,33 +231,31 @@ void ImportWorker::run()
     size_t batchStart = 0;
     QElapsedTimer batchAge;
 
-    // Writes records [from, to) again, one transaction each; returns how many were written.
+    // Writes records [from, to) again, one transaction each.
     auto oneByOne = [this](size_t from, size_t to) {
-        int written = 0;
         for (size_t j = from; j < to; ++j) {
             std::optional<edw::TransactionScope> single;
             single.emplace(m_provider);
-            if (writeRecord(m_records[j]) && single->commit()) {
+            if (writeRecord(j) && single->commit()) {
                 m_tree->commit();
-                ++written;
+                counted(j, j + 1);
             } else {
                 single.reset();
                 m_tree->rollback();
                 ++m_skipped;
             }
         }
-        return written;
     };
     // Closes the open batch ending before record end.
     auto closeBatch = [&](size_t end) {
         if (!batch) return;
         if (batch->commit()) {
             m_tree->commit();
-            m_written += int(end - batchStart);
+            counted(batchStart, end);
         } else {
             batch.reset();
             m_tree->rollback();
-            m_written += oneByOne(batchStart, end);
+            oneByOne(batchStart, end);
         }
         batch.reset();
     };
@@ -284,7 +282,7 @@ void ImportWorker::run()
         if (state == Stop) break;
 
         if (!batches) {
-            m_written += oneByOne(i, i + 1);
+            oneByOne(i, i + 1);
             emit progress(++m_done);
             continue;
         }
@@ -293,10 +291,10 @@ void ImportWorker::run()
             batchStart = i;
             batchAge.start();
         }
-        if (!writeRecord(m_records[i])) {
+        if (!writeRecord(i)) {
             batch.reset();
             m_tree->rollback();
-            m_written += oneByOne(batchStart, i + 1);
+            oneByOne(batchStart, i + 1);
         } else if (i + 1 - batchStart >= 256 || batchAge.elapsed() > 500) {
             closeBatch(i + 1);
         }
@@ -307,8 +305,18 @@ void ImportWorker::run()
     emit finished();
 }
 
-bool ImportWorker::writeRecord(const ImportRecord& record)
+void ImportWorker::counted(size_t from, size_t to)
 {
+    for (size_t j = from; j < to; ++j) {
+        ++m_written;
+        ++(m_replacing[j] ? m_replaced : m_added);
+    }
+}
+
+bool ImportWorker::writeRecord(size_t index)
+{
+    const ImportRecord& record = m_records[index];
+    m_replacing[index] = false;
     try {
         es_packet_t* packet = m_tree->packet(record.packet);
         if (!packet) return false;
@@ -318,7 +326,7 @@ bool ImportWorker::writeRecord(const ImportRecord& record)
         if (record.existing) {
             // Looked up again: the handle found while deciding may be gone by now.
             if (es_stdsize_t* old = packet_FindStdSize(packet, es(record.id).c_str()))
-                table_DeleteStdSize(stdsize_GetTable(old), old);
+                m_replacing[index] = table_DeleteStdSize(stdsize_GetTable(old), old);
         }
         es_stdsize_t* element = table_AddStdSize(table, es(record.id).c_str());
         if (!element) return false;

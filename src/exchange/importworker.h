@@ -74,6 +74,9 @@ public:
     // Records handled so far (written or skipped).
     int done() const { return m_done.load(); }
     int written() const { return m_written.load(); }
+    // Of the written records, those that added an element and those that replaced one.
+    int added() const { return m_added.load(); }
+    int replaced() const { return m_replaced.load(); }
     // Records that could not be created (packet, folder, element or one of its files).
     int skipped() const { return m_skipped.load(); }
     // "Импорт пользовательских элементов завершен." when every record was written, else
@@ -86,8 +89,10 @@ signals:
     void finished();
 
 private:
-    // Writes one record without a transaction of its own; false when it cannot be written.
-    bool writeRecord(const ImportRecord& record);
+    // Writes record index without a transaction of its own; false when it cannot be written.
+    bool writeRecord(size_t index);
+    // Counts records [from, to) as written, now that their writes stand.
+    void counted(size_t from, size_t to);
 
     ImportArchive& m_archive;
     es_provider_t* m_provider;
@@ -96,7 +101,11 @@ private:
     std::atomic<int>* m_stateWord = &m_state;
     std::atomic<int> m_done{0};
     std::atomic<int> m_written{0};
+    std::atomic<int> m_added{0};
+    std::atomic<int> m_replaced{0};
     std::atomic<int> m_skipped{0};
+    // Whether the last write of each record deleted the element it replaces.
+    std::vector<bool> m_replacing;
     bool m_oneWriteAttributes = true;
     QFuture<void> m_future;
     QFutureWatcher<void> m_watcher;

@@ -469,6 +469,8 @@ void TestImport::conflictKeptLeavesElementUntouched()
     QCOMPARE(outcome.conflicts, 1);
     QCOMPARE(outcome.kept, 1);
     QCOMPARE(outcome.written, 1);
+    QCOMPARE(outcome.added, 1);
+    QCOMPARE(outcome.replaced, 0);
     QCOMPARE(dump(m_target->find("ПЭ_Трубы", "E1")), before);
     QVERIFY(m_target->find("Арматура", "E2"));
 }
@@ -482,6 +484,8 @@ void TestImport::conflictReplacedTakesTheImportedElement()
         path, m_target->provider, {exchange::ConflictPolicy::ReplaceWithImported, {}, nullptr});
     QCOMPARE(outcome.message, exchange::texts::importDone());
     QCOMPARE(outcome.written, 2);
+    QCOMPARE(outcome.added, 1);
+    QCOMPARE(outcome.replaced, 1);
     es_stdsize_t* replaced = m_target->find("ПЭ_Трубы", "E1");
     QVERIFY(replaced);
     QCOMPARE(dump(replaced), dump(m_source->find("ПЭ_Трубы", "E1")));
