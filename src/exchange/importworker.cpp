@@ -164,6 +164,25 @@ struct ImportWorker::Tree
 
     void commit() { added.clear(); }
 
+    // For writes without a transaction, which nothing undoes: deletes the folders added during
+    // the current record again, deepest first. Packets stay (the catalog cannot delete them),
+    // and stay known.
+    void discard()
+    {
+        for (auto it = added.rbegin(); it != added.rend(); ++it) {
+            es_folder_t* parent = it->first;
+            if (!parent) continue;
+            const auto known = children.find(parent);
+            if (known == children.end()) continue;
+            const auto gone = known->second.find(it->second);
+            if (gone == known->second.end()) continue;
+            folder_DeleteChildFolder(parent, gone->second);
+            children.erase(gone->second);
+            known->second.erase(gone);
+        }
+        added.clear();
+    }
+
     void rollback()
     {
         for (const auto& [parent, name] : added) {
@@ -223,17 +242,30 @@ void ImportWorker::wait()
 // which one element fails is undone and written again one element per transaction, a batch is
 // committed before the worker pauses or stops, and a killed import loses only the elements of
 // its open batch, never a part of one.
+//
+// Without transactions (a store without them, or switched off) each record is written alone,
+// and what a record that failed halfway wrote is deleted again.
 void ImportWorker::run()
 {
-    const bool batches = edw::TransactionScope::supported();
+    const bool batches = m_transactions && edw::TransactionScope::supported();
     const size_t count = m_records.size();
     std::optional<edw::TransactionScope> batch;
     size_t batchStart = 0;
     QElapsedTimer batchAge;
 
-    // Writes records [from, to) again, one transaction each.
-    auto oneByOne = [this](size_t from, size_t to) {
+    // Writes records [from, to) again, one transaction each (or none without batches).
+    auto oneByOne = [this, batches](size_t from, size_t to) {
         for (size_t j = from; j < to; ++j) {
+            if (!batches) {
+                if (writeRecord(j)) {
+                    m_tree->commit();
+                    counted(j, j + 1);
+                } else {
+                    discardRecord();
+                    ++m_skipped;
+                }
+                continue;
+            }
             std::optional<edw::TransactionScope> single;
             single.emplace(m_provider);
             if (writeRecord(j) && single->commit()) {
@@ -313,10 +345,18 @@ void ImportWorker::counted(size_t from, size_t to)
     }
 }
 
+void ImportWorker::discardRecord()
+{
+    if (m_adding) table_DeleteStdSize(stdsize_GetTable(m_adding), m_adding);
+    m_adding = nullptr;
+    m_tree->discard();
+}
+
 bool ImportWorker::writeRecord(size_t index)
 {
     const ImportRecord& record = m_records[index];
     m_replacing[index] = false;
+    m_adding = nullptr;
     try {
         es_packet_t* packet = m_tree->packet(record.packet);
         if (!packet) return false;
@@ -330,6 +370,7 @@ bool ImportWorker::writeRecord(size_t index)
         }
         es_stdsize_t* element = table_AddStdSize(table, es(record.id).c_str());
         if (!element) return false;
+        m_adding = element;
         stdsize_SetType(element, es(record.type).c_str());
 
         for (const AttributeRecord& a : record.atr) {

@@ -69,6 +69,10 @@ public:
     void setOneWriteAttributes(bool on) { m_oneWriteAttributes = on; }
     // Whether the catalog access module the program runs with can add them in one write.
     static bool oneWriteAttributesAvailable();
+    // Whether records are written in transactions of the store, when it has them; on by
+    // default. Without them a record that fails halfway is deleted again, so that its element
+    // is still complete or absent (only a killed import can leave one half written).
+    void setTransactions(bool on) { m_transactions = on; }
 
     int total() const { return int(m_records.size()); }
     // Records handled so far (written or skipped).
@@ -93,6 +97,8 @@ private:
     bool writeRecord(size_t index);
     // Counts records [from, to) as written, now that their writes stand.
     void counted(size_t from, size_t to);
+    // Deletes what the record that failed last wrote without a transaction.
+    void discardRecord();
 
     ImportArchive& m_archive;
     es_provider_t* m_provider;
@@ -107,6 +113,9 @@ private:
     // Whether the last write of each record deleted the element it replaces.
     std::vector<bool> m_replacing;
     bool m_oneWriteAttributes = true;
+    bool m_transactions = true;
+    // The element that the record being written has added so far.
+    es_stdsize_t* m_adding = nullptr;
     QFuture<void> m_future;
     QFutureWatcher<void> m_watcher;
     struct Tree;

@@ -44,6 +44,7 @@ private slots:
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog();
     void importStopsAfterThird();
+    void damagedElementAmongOthersIsSkippedAlone_data();
     void damagedElementAmongOthersIsSkippedAlone();
     void workerRunsOnThePoolAndReportsToThisThread_data();
     void workerRunsOnThePoolAndReportsToThisThread();
@@ -658,8 +659,17 @@ void TestImport::importStopsAfterThird()
         QCOMPARE(m_target->find("P", QString("E%1").arg(i)) != nullptr, i < 3);
 }
 
+void TestImport::damagedElementAmongOthersIsSkippedAlone_data()
+{
+    QTest::addColumn<bool>("transactions");
+    QTest::newRow("in transactions") << true;
+    // As with a catalog module without transactions: what the element wrote is deleted again.
+    QTest::newRow("without transactions") << false;
+}
+
 void TestImport::damagedElementAmongOthersIsSkippedAlone()
 {
+    QFETCH(bool, transactions);
     std::vector<es_stdsize_t*> elements;
     for (int i = 0; i < 5; ++i) {
         es_stdsize_t* e = m_source->addElement("P", "F", QString("E%1").arg(i));
@@ -678,6 +688,7 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone()
     exchange::ImportArchive archive;
     QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
     exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    worker.setTransactions(transactions);
     QList<int> seen;
     connect(&worker, &exchange::ImportWorker::progress, this, [&](int done) { seen << done; });
     worker.run();
@@ -690,6 +701,10 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone()
         QVERIFY(e);
         QCOMPARE(dump(e), dump(elements[size_t(i)]));
     }
+    // Nor is the folder of the skipped element left behind.
+    es_folder_t* f = folder_GetParentFolder(edw::folderOf(m_target->find("P", "E0")));
+    QCOMPARE(edw::childFolders(f).size(), size_t(4));
+    QVERIFY(!edw::childFolders(f).count("folder E2"));
 }
 
 void TestImport::workerRunsOnThePoolAndReportsToThisThread_data()
