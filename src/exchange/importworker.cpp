@@ -17,6 +17,7 @@
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
+#include <mutex>
 #include <optional>
 #include <unordered_map>
 
@@ -46,6 +47,7 @@ using AddAttributeExFn = es_attribute_t* (*)(es_table_t*, const char16_t*, const
                                              const char16_t*, const char16_t*);
 
 using StoreFileAheadFn = const char16_t* (*)(es_provider_t*, const char16_t*, bool);
+using RemoveUnusedFilesFn = uint32_t (*)(es_provider_t*, const char16_t* const*, uint32_t);
 
 // The embedded store adds an attribute with all its fields in one write, and takes files
 // into its folder ahead of the writes that name them; other catalog access modules do
@@ -58,6 +60,13 @@ AddAttributeExFn lookUpAddAttributeEx()
 StoreFileAheadFn storeFileAhead()
 {
     static const StoreFileAheadFn fn = edw::storeFunction<StoreFileAheadFn>("esx_StoreFileAhead");
+    return fn;
+}
+
+RemoveUnusedFilesFn removeUnusedFiles()
+{
+    static const RemoveUnusedFilesFn fn =
+        edw::storeFunction<RemoveUnusedFilesFn>("esx_RemoveUnusedFiles");
     return fn;
 }
 
@@ -293,11 +302,17 @@ void ImportWorker::run()
     };
 
     // Files come out of the archive on a thread of their own, ahead of the writes, and move
-    // straight into the store's folder: the writes then find them stored.
+    // straight into the store's folder: the writes then find them stored. A stored file stays
+    // there whether or not a write comes to name it, so each is noted for the end of the run.
+    std::mutex storedMutex;
+    std::vector<std::u16string> stored;
     if (StoreFileAheadFn fn = storeFileAhead())
-        m_archive.setHandOver([fn, provider = m_provider](const QString& path) {
-            const char16_t* stored = fn(provider, es(path).c_str(), true);
-            return stored ? edw::fromEs(stored) : QString();
+        m_archive.setHandOver([&, fn, provider = m_provider](const QString& path) {
+            const char16_t* file = fn(provider, es(path).c_str(), true);
+            if (!file) return QString();
+            std::lock_guard lock(storedMutex);
+            stored.emplace_back(file);
+            return edw::fromEs(file);
         });
     m_archive.prefetch(prefetchList(m_records));
 
@@ -334,6 +349,16 @@ void ImportWorker::run()
     }
     closeBatch(i);
     m_archive.stopPrefetch();
+    m_archive.setHandOver({});
+    // Files of records that failed, were stopped before, or were prefetched past the stop are
+    // named by no row; the store removes those, and leaves those that any element shares.
+    if (RemoveUnusedFilesFn remove = removeUnusedFiles(); remove && !stored.empty()) {
+        std::vector<const char16_t*> paths;
+        paths.reserve(stored.size());
+        for (const std::u16string& file : stored)
+            paths.push_back(file.c_str());
+        remove(m_provider, paths.data(), uint32_t(paths.size()));
+    }
     emit finished();
 }
 

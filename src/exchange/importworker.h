@@ -46,7 +46,10 @@ public:
                  QObject* parent = nullptr);
     ~ImportWorker() override; // waits for a started run to end
 
-    // Imports every record on the calling thread; returns when done or stopped.
+    // Imports every record on the calling thread; returns when done or stopped. The files it
+    // stored in the store's folder ahead of the writes and that no element names in the end
+    // (those of failed records, or prefetched past a stop) are removed again, so the archive's
+    // extracted paths of those entries lapse with the run.
     void run();
     // Runs run() on a thread of pool. Without a pool the future is cancelled and finished at
     // once, nothing is written, and finished is still emitted (queued), so that a dialog

@@ -661,28 +661,40 @@ void TestImport::importStopsAfterThird()
 
 void TestImport::damagedElementAmongOthersIsSkippedAlone_data()
 {
+    QTest::addColumn<QByteArray>("damaged"); // content of the damaged entry
+    QTest::addColumn<int>("skipped");        // the element that names it
     QTest::addColumn<bool>("transactions");
-    QTest::newRow("in transactions") << true;
+    QTest::newRow("model, in transactions") << QByteArray("MODEL-2") << 2 << true;
     // As with a catalog module without transactions: what the element wrote is deleted again.
-    QTest::newRow("without transactions") << false;
+    QTest::newRow("model, without transactions") << QByteArray("MODEL-2") << 2 << false;
+    // The element's model and fragment are in the store's folder by the time its icon fails.
+    QTest::newRow("icon, in transactions") << QByteArray("ICON-1") << 1 << true;
+    QTest::newRow("icon, without transactions") << QByteArray("ICON-1") << 1 << false;
 }
 
 void TestImport::damagedElementAmongOthersIsSkippedAlone()
 {
+    QFETCH(QByteArray, damaged);
+    QFETCH(int, skipped);
     QFETCH(bool, transactions);
     std::vector<es_stdsize_t*> elements;
     for (int i = 0; i < 5; ++i) {
         es_stdsize_t* e = m_source->addElement("P", "F", QString("E%1").arg(i));
         addAttribute(e, {"Count", 1, QString::number(i * 10)});
         const QByteArray content = "MODEL-" + QByteArray::number(i) + QByteArray(200, 'x');
-        setModel(e, m_source->writeFile(QString("%1.m3d").arg(i), content), {}, "m", 1);
+        const QByteArray icon = "ICON-" + QByteArray::number(i) + QByteArray(50, 'y');
+        setModel(e, m_source->writeFile(QString("%1.m3d").arg(i), content),
+                 m_source->writeFile(QString("%1.png").arg(i), icon), "m", 1);
+        // Fragments are shared: that of the failing element stays for the others.
+        const QByteArray view = "VIEW-" + QByteArray::number(i % 2) + QByteArray(100, 'z');
+        addProjection(e, "Вид", m_source->writeFile(QString("%1.frw").arg(i), view), {}, 1, 0);
         elements.push_back(e);
     }
     const QString path = m_out->filePath("five.uss");
     QVERIFY(
         ExportUss::Export(path, elements, false, edw::nullProgress(), ExportUss::Options{{}, 0}));
     QByteArray bytes = ziptest::readFile(path);
-    QVERIFY(ziptest::damage(bytes, "MODEL-2"));
+    QVERIFY(ziptest::damage(bytes, damaged));
     ziptest::writeFile(path, bytes);
 
     exchange::ImportArchive archive;
@@ -695,16 +707,26 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone()
     QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 4 из 5.");
     QCOMPARE(worker.skipped(), 1);
     QCOMPARE(seen, (QList<int>{1, 2, 3, 4, 5}));
-    QVERIFY(!m_target->find("P", "E2"));
-    for (int i : {0, 1, 3, 4}) {
+    const QString skippedId = QString("E%1").arg(skipped);
+    QVERIFY(!m_target->find("P", skippedId));
+    QStringList named;
+    for (int i = 0; i < 5; ++i) {
+        if (i == skipped) continue;
         es_stdsize_t* e = m_target->find("P", QString("E%1").arg(i));
         QVERIFY(e);
         QCOMPARE(dump(e), dump(elements[size_t(i)]));
+        named << QFileInfo(edw::fromEs(model_GetModelFile(stdsize_GetModel(e)))).fileName()
+              << QFileInfo(edw::fromEs(projection_GetFragmentFile(
+                               projections_GetProjection(stdsize_GetProjections(e), 0))))
+                     .fileName();
     }
-    // Nor is the folder of the skipped element left behind.
+    // Nor is the folder of the skipped element left behind, nor a file that no row names.
     es_folder_t* f = folder_GetParentFolder(edw::folderOf(m_target->find("P", "E0")));
     QCOMPARE(edw::childFolders(f).size(), size_t(4));
-    QVERIFY(!edw::childFolders(f).count("folder E2"));
+    QVERIFY(!edw::childFolders(f).count("folder " + skippedId));
+    named.removeDuplicates();
+    named.sort();
+    QCOMPARE(QDir(m_target->path + ".files").entryList(QDir::Files, QDir::Name), named);
 }
 
 void TestImport::workerRunsOnThePoolAndReportsToThisThread_data()
