@@ -25,6 +25,17 @@ int count(const CommandLine& line, const QString& name, int fallback)
     return int(value);
 }
 
+// Options that make no sensible catalog at 0 (no packet to hold the elements, empty files).
+qint64 atLeastOne(const QString& name, qint64 value)
+{
+    if (value < 1) {
+        throw CommandError(ExitUsage, QString("ussctl generate: --%1 must be at least 1\n"
+                                              "Try 'ussctl generate --help'.")
+                                          .arg(name));
+    }
+    return value;
+}
+
 } // namespace
 
 int runGenerate(const QStringList& args)
@@ -62,13 +73,13 @@ int runGenerate(const QStringList& args)
     options.databaseName = kind.databaseName;
     options.elements = count(line, "elements", 1000);
     options.attributes = count(line, "attributes", 40);
-    options.packets = std::max(1, count(line, "packets", 4));
+    options.packets = int(atLeastOne("packets", count(line, "packets", 4)));
     options.projections = count(line, "projections", 2);
     options.model = !line.isSet("no-model");
     options.representation = !line.isSet("no-representation");
     options.specification = !line.isSet("no-specification");
     options.seed = uint64_t(line.number("seed", 1));
-    const qint64 kib = line.number("file-size", 8);
+    const qint64 kib = atLeastOne("file-size", line.number("file-size", 8));
     if (kib > 1024 * 1024) {
         throw CommandError(ExitUsage, "ussctl generate: --file-size is at most 1048576 KiB\n"
                                       "Try 'ussctl generate --help'.");

@@ -38,6 +38,8 @@ QString decisionName(exchange::Decision decision)
         return "same";
     case exchange::Decision::Conflict:
         return "conflict";
+    case exchange::Decision::Repeated:
+        return "repeated";
     }
     return QString();
 }
@@ -45,7 +47,7 @@ QString decisionName(exchange::Decision decision)
 void printDryRun(const std::vector<exchange::ImportRecord>& records,
                  const std::vector<exchange::Decision>& decisions)
 {
-    int counts[3] = {0, 0, 0};
+    int counts[4] = {0, 0, 0, 0};
     for (size_t i = 0; i < records.size(); ++i) {
         const exchange::ImportRecord& record = records[i];
         const exchange::Decision decision = decisions[i];
@@ -61,10 +63,11 @@ void printDryRun(const std::vector<exchange::ImportRecord>& records,
         }
         out(line + "\n");
     }
-    out(QString("dry run: new %1, same %2, conflict %3; nothing written\n")
+    out(QString("dry run: new %1, same %2, conflict %3, repeated %4; nothing written\n")
             .arg(counts[int(exchange::Decision::New)])
             .arg(counts[int(exchange::Decision::Same)])
-            .arg(counts[int(exchange::Decision::Conflict)]));
+            .arg(counts[int(exchange::Decision::Conflict)])
+            .arg(counts[int(exchange::Decision::Repeated)]));
 }
 
 } // namespace
@@ -76,8 +79,9 @@ int runImport(const QStringList& args)
         "Imports the elements of an exchange archive into a catalog. An element that the\n"
         "catalog already holds with the same change date is left alone; one changed at\n"
         "another moment is a conflict, kept as it is (keep, the default) or replaced by the\n"
-        "incoming element (replace). --dry-run prints, for each element of the archive,\n"
-        "new, same or conflict, and writes nothing.");
+        "incoming element (replace). A later element of the archive with the packet and id\n"
+        "of an earlier one is repeated and never imported. --dry-run prints, for each\n"
+        "element of the archive, new, same, conflict or repeated, and writes nothing.");
     line.addOption({{"p", "policy"},
                     "What to do with conflicts: keep (default) or replace.",
                     "policy",
@@ -117,10 +121,6 @@ int runImport(const QStringList& args)
     }
     exchange::applyPolicy(records, decisions, policy);
     exchange::compactRecords(records);
-    int added = 0;
-    for (const exchange::ImportRecord& record : records)
-        added += record.existing ? 0 : 1;
-    const int replaced = int(records.size()) - added;
 
     TerminalProgress progress(TerminalProgress::stderrIsTerminal());
     exchange::ImportWorker worker(archive, catalog.provider(), std::move(records));
@@ -138,8 +138,8 @@ int runImport(const QStringList& args)
     out(QString("imported %1 of %2 (new %3, replaced %4)\n")
             .arg(worker.written())
             .arg(worker.total())
-            .arg(added)
-            .arg(replaced));
+            .arg(worker.added())
+            .arg(worker.replaced()));
     return complete ? ExitOk : ExitFailed;
 }
 

@@ -880,6 +880,18 @@ const char16_t* esx_StoreFileAhead(es_provider_t* provider, const char16_t* path
     return nullptr;
 }
 
+uint32_t esx_RemoveUnusedFiles(es_provider_t* provider, const char16_t* const* paths,
+                               uint32_t count)
+{
+    return call(provider, uint32_t(0), [&](Catalog& c) {
+        std::vector<std::u16string> files;
+        files.reserve(paths ? count : 0);
+        for (uint32_t i = 0; paths && i < count; ++i)
+            if (paths[i]) files.emplace_back(paths[i]);
+        return c.removeUnusedFiles(files);
+    });
+}
+
 const char16_t* esx_UpdatedRtw(void)
 {
     try {

@@ -6,6 +6,7 @@
 #include "text.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -179,6 +180,7 @@ enum Catalog::Stmt : unsigned
     sInsertColumn,
     sUnique,
     sInsertAttrFull,
+    sNamedFiles,
     sStmtCount
 };
 
@@ -246,6 +248,7 @@ static const char* const kStatements[] = {
     "JOIN es_element e ON e.id=v.element WHERE e.packet=? AND a.name=? ORDER BY 1",
     "INSERT INTO es_attribute(folder, pos, number, old_number, name, description, type, "
     "var_name, measure, formula) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+    "SELECT file FROM es_model UNION SELECT file FROM es_projection",
 };
 
 // ---- opening ------------------------------------------------------------------------------
@@ -1104,6 +1107,36 @@ std::u16string Catalog::storeAhead(std::u16string_view file, bool move) const
                            : storeFile(folder, toQString(file), stored, error);
     if (!done) throw std::runtime_error(error.toStdString());
     return filePath(fromQString(stored.name));
+}
+
+uint32_t Catalog::removeUnusedFiles(const std::vector<std::u16string>& files)
+{
+    // Files are shared by content: one is unused only when no row of any element names it.
+    // The write lock keeps another connection from committing such a row in between; a scope
+    // of this thread already holds it, and its own rows count.
+    const bool own = !m_inScope;
+    if (own) query(sBegin).run();
+    try {
+        std::unordered_set<std::u16string> named;
+        {
+            Query q = query(sNamedFiles);
+            while (q.next())
+                named.insert(q.text(0));
+        }
+        const QString folder = QFileInfo(toQString(m_filesDir)).canonicalFilePath();
+        uint32_t removed = 0;
+        for (const std::u16string& file : files) {
+            const QFileInfo info(toQString(file));
+            if (folder.isEmpty() || !info.isFile() || info.canonicalPath() != folder) continue;
+            if (named.count(fromQString(info.fileName()))) continue;
+            if (QFile::remove(info.absoluteFilePath())) ++removed;
+        }
+        if (own) query(sCommit).run();
+        return removed;
+    } catch (...) {
+        if (own) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+        throw;
+    }
 }
 
 bool Catalog::storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest)

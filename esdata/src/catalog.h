@@ -59,6 +59,9 @@ public:
     // gives the stored file's path. Touches nothing that the mutex guards: callable while
     // another thread holds the catalog.
     std::u16string storeAhead(std::u16string_view file, bool move) const;
+    // Removes those of files (stored files) that no model or projection names; returns how many
+    // it removed. Holds the database's write lock meanwhile, unless a scope already does.
+    uint32_t removeUnusedFiles(const std::vector<std::u16string>& files);
 
     // packets
     const std::vector<es_packet*>& packets();

@@ -18,6 +18,7 @@ ImportOutcome importArchive(const QString& path, es_provider_t* provider,
         outcome.fresh += d == Decision::New;
         outcome.same += d == Decision::Same;
         outcome.conflicts += d == Decision::Conflict;
+        outcome.repeated += d == Decision::Repeated;
     }
     if (!needsDecision(decisions)) {
         outcome.message = texts::allPresent();
@@ -36,6 +37,8 @@ ImportOutcome importArchive(const QString& path, es_provider_t* provider,
     worker.shareState(options.state);
     worker.run();
     outcome.written = worker.written();
+    outcome.added = worker.added();
+    outcome.replaced = worker.replaced();
     outcome.skipped = worker.skipped();
     outcome.message = worker.finishText();
     return outcome;

@@ -45,9 +45,12 @@ struct ImportOutcome
     int fresh = 0;     // of them not in the catalog
     int same = 0;      // present with the same change stamp
     int conflicts = 0; // present with another change stamp
+    int repeated = 0;  // repeating the packet and id of an earlier record
     int kept = 0;      // handed to the worker
     int written = 0;
-    int skipped = 0; // kept but could not be created
+    int added = 0;    // written as new elements
+    int replaced = 0; // written in place of an element of the catalog
+    int skipped = 0;  // kept but could not be created
 };
 
 struct ImportOptions

@@ -5,6 +5,8 @@
 
 #include <QRegularExpression>
 
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace exchange {
@@ -19,11 +21,18 @@ std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* 
     const std::u16string stamp = edw::toEs(stampName);
     std::vector<Decision> decisions;
     decisions.reserve(records.size());
+    // The catalog holds one element per packet and id: a second record of the pair would fail
+    // to be written, or replace the first.
+    std::set<std::pair<QString, QString>> seen;
     for (ImportRecord& record : records) {
         record.existing = nullptr;
         const auto packet = packets.find(record.packet);
         if (packet != packets.end())
             record.existing = packet_FindStdSize(packet->second, edw::toEs(record.id).c_str());
+        if (!seen.emplace(record.packet, record.id).second) {
+            decisions.push_back(Decision::Repeated);
+            continue;
+        }
         if (!record.existing) {
             decisions.push_back(Decision::New);
             continue;
@@ -40,7 +49,7 @@ std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* 
 bool needsDecision(const std::vector<Decision>& decisions)
 {
     for (const Decision d : decisions)
-        if (d != Decision::Same) return true;
+        if (d == Decision::New || d == Decision::Conflict) return true;
     return false;
 }
 
@@ -53,6 +62,7 @@ void applyPolicy(std::vector<ImportRecord>& records, const std::vector<Decision>
             records[i].skip = false;
             break;
         case Decision::Same:
+        case Decision::Repeated:
             records[i].skip = true;
             break;
         case Decision::Conflict:

@@ -16,6 +16,7 @@ enum class Decision
     New,      // no element of the same packet and id in the catalog
     Same,     // there is one, with the same "USS_LAST_CHANGE_DATE": nothing to do
     Conflict, // there is one, changed at another moment
+    Repeated, // an earlier record of the archive has the same packet and id: never imported
 };
 
 enum class ConflictPolicy
@@ -25,14 +26,15 @@ enum class ConflictPolicy
 };
 
 // Looks every record up in the catalog (packet by name, element by id) and decides from the
-// change stamps, compared as text. Sets each record's `existing`.
+// change stamps, compared as text. Sets each record's `existing`. Only the first record of a
+// packet and id counts; the later ones are Repeated.
 std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* provider);
 
 // True when at least one decision needs the user (a new element or a conflict).
 bool needsDecision(const std::vector<Decision>& decisions);
 
-// Marks the records to drop: every Same one, and the conflicts when policy keeps mine. New
-// records are kept.
+// Marks the records to drop: every Same and Repeated one, and the conflicts when policy keeps
+// mine. New records are kept.
 void applyPolicy(std::vector<ImportRecord>& records, const std::vector<Decision>& decisions,
                  ConflictPolicy policy);
 

@@ -17,6 +17,7 @@
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 
+#include <mutex>
 #include <optional>
 #include <unordered_map>
 
@@ -46,6 +47,7 @@ using AddAttributeExFn = es_attribute_t* (*)(es_table_t*, const char16_t*, const
                                              const char16_t*, const char16_t*);
 
 using StoreFileAheadFn = const char16_t* (*)(es_provider_t*, const char16_t*, bool);
+using RemoveUnusedFilesFn = uint32_t (*)(es_provider_t*, const char16_t* const*, uint32_t);
 
 // The embedded store adds an attribute with all its fields in one write, and takes files
 // into its folder ahead of the writes that name them; other catalog access modules do
@@ -58,6 +60,13 @@ AddAttributeExFn lookUpAddAttributeEx()
 StoreFileAheadFn storeFileAhead()
 {
     static const StoreFileAheadFn fn = edw::storeFunction<StoreFileAheadFn>("esx_StoreFileAhead");
+    return fn;
+}
+
+RemoveUnusedFilesFn removeUnusedFiles()
+{
+    static const RemoveUnusedFilesFn fn =
+        edw::storeFunction<RemoveUnusedFilesFn>("esx_RemoveUnusedFiles");
     return fn;
 }
 
@@ -164,6 +173,25 @@ struct ImportWorker::Tree
 
     void commit() { added.clear(); }
 
+    // For writes without a transaction, which nothing undoes: deletes the folders added during
+    // the current record again, deepest first. Packets stay (the catalog cannot delete them),
+    // and stay known.
+    void discard()
+    {
+        for (auto it = added.rbegin(); it != added.rend(); ++it) {
+            es_folder_t* parent = it->first;
+            if (!parent) continue;
+            const auto known = children.find(parent);
+            if (known == children.end()) continue;
+            const auto gone = known->second.find(it->second);
+            if (gone == known->second.end()) continue;
+            folder_DeleteChildFolder(parent, gone->second);
+            children.erase(gone->second);
+            known->second.erase(gone);
+        }
+        added.clear();
+    }
+
     void rollback()
     {
         for (const auto& [parent, name] : added) {
@@ -185,7 +213,7 @@ struct ImportWorker::Tree
 ImportWorker::ImportWorker(ImportArchive& archive, es_provider_t* provider,
                            std::vector<ImportRecord> records, QObject* parent)
     : QObject(parent), m_archive(archive), m_provider(provider), m_records(std::move(records)),
-      m_tree(std::make_unique<Tree>())
+      m_replacing(m_records.size(), false), m_tree(std::make_unique<Tree>())
 {
     m_tree->provider = provider;
 }
@@ -195,15 +223,17 @@ ImportWorker::~ImportWorker()
     wait();
 }
 
-QFuture<void> ImportWorker::start()
+QFuture<void> ImportWorker::start(QThreadPool* pool)
 {
-    QThreadPool* pool = QThreadPool::globalInstance();
     if (!pool) {
         QFutureInterface<void> cancelled;
         cancelled.reportStarted();
         cancelled.cancel();
         cancelled.reportFinished();
         m_future = cancelled.future();
+        // Queued like the signal of a run on the pool: the caller connects and starts its
+        // dialog's event loop first.
+        QMetaObject::invokeMethod(this, &ImportWorker::finished, Qt::QueuedConnection);
     } else {
         m_future = QtConcurrent::run(pool, [this] { run(); });
     }
@@ -221,51 +251,68 @@ void ImportWorker::wait()
 // which one element fails is undone and written again one element per transaction, a batch is
 // committed before the worker pauses or stops, and a killed import loses only the elements of
 // its open batch, never a part of one.
+//
+// Without transactions (a store without them, or switched off) each record is written alone,
+// and what a record that failed halfway wrote is deleted again.
 void ImportWorker::run()
 {
-    const bool batches = edw::TransactionScope::supported();
+    const bool batches = m_transactions && edw::TransactionScope::supported();
     const size_t count = m_records.size();
     std::optional<edw::TransactionScope> batch;
     size_t batchStart = 0;
     QElapsedTimer batchAge;
 
-    // Writes records [from, to) again, one transaction each; returns how many were written.
-    auto oneByOne = [this](size_t from, size_t to) {
-        int written = 0;
+    // Writes records [from, to) again, one transaction each (or none without batches).
+    auto oneByOne = [this, batches](size_t from, size_t to) {
         for (size_t j = from; j < to; ++j) {
+            if (!batches) {
+                if (writeRecord(j)) {
+                    m_tree->commit();
+                    counted(j, j + 1);
+                } else {
+                    discardRecord();
+                    ++m_skipped;
+                }
+                continue;
+            }
             std::optional<edw::TransactionScope> single;
             single.emplace(m_provider);
-            if (writeRecord(m_records[j]) && single->commit()) {
+            if (writeRecord(j) && single->commit()) {
                 m_tree->commit();
-                ++written;
+                counted(j, j + 1);
             } else {
                 single.reset();
                 m_tree->rollback();
                 ++m_skipped;
             }
         }
-        return written;
     };
     // Closes the open batch ending before record end.
     auto closeBatch = [&](size_t end) {
         if (!batch) return;
         if (batch->commit()) {
             m_tree->commit();
-            m_written += int(end - batchStart);
+            counted(batchStart, end);
         } else {
             batch.reset();
             m_tree->rollback();
-            m_written += oneByOne(batchStart, end);
+            oneByOne(batchStart, end);
         }
         batch.reset();
     };
 
     // Files come out of the archive on a thread of their own, ahead of the writes, and move
-    // straight into the store's folder: the writes then find them stored.
+    // straight into the store's folder: the writes then find them stored. A stored file stays
+    // there whether or not a write comes to name it, so each is noted for the end of the run.
+    std::mutex storedMutex;
+    std::vector<std::u16string> stored;
     if (StoreFileAheadFn fn = storeFileAhead())
-        m_archive.setHandOver([fn, provider = m_provider](const QString& path) {
-            const char16_t* stored = fn(provider, es(path).c_str(), true);
-            return stored ? edw::fromEs(stored) : QString();
+        m_archive.setHandOver([&, fn, provider = m_provider](const QString& path) {
+            const char16_t* file = fn(provider, es(path).c_str(), true);
+            if (!file) return QString();
+            std::lock_guard lock(storedMutex);
+            stored.emplace_back(file);
+            return edw::fromEs(file);
         });
     m_archive.prefetch(prefetchList(m_records));
 
@@ -282,7 +329,7 @@ void ImportWorker::run()
         if (state == Stop) break;
 
         if (!batches) {
-            m_written += oneByOne(i, i + 1);
+            oneByOne(i, i + 1);
             emit progress(++m_done);
             continue;
         }
@@ -291,10 +338,10 @@ void ImportWorker::run()
             batchStart = i;
             batchAge.start();
         }
-        if (!writeRecord(m_records[i])) {
+        if (!writeRecord(i)) {
             batch.reset();
             m_tree->rollback();
-            m_written += oneByOne(batchStart, i + 1);
+            oneByOne(batchStart, i + 1);
         } else if (i + 1 - batchStart >= 256 || batchAge.elapsed() > 500) {
             closeBatch(i + 1);
         }
@@ -302,11 +349,39 @@ void ImportWorker::run()
     }
     closeBatch(i);
     m_archive.stopPrefetch();
+    m_archive.setHandOver({});
+    // Files of records that failed, were stopped before, or were prefetched past the stop are
+    // named by no row; the store removes those, and leaves those that any element shares.
+    if (RemoveUnusedFilesFn remove = removeUnusedFiles(); remove && !stored.empty()) {
+        std::vector<const char16_t*> paths;
+        paths.reserve(stored.size());
+        for (const std::u16string& file : stored)
+            paths.push_back(file.c_str());
+        remove(m_provider, paths.data(), uint32_t(paths.size()));
+    }
     emit finished();
 }
 
-bool ImportWorker::writeRecord(const ImportRecord& record)
+void ImportWorker::counted(size_t from, size_t to)
 {
+    for (size_t j = from; j < to; ++j) {
+        ++m_written;
+        ++(m_replacing[j] ? m_replaced : m_added);
+    }
+}
+
+void ImportWorker::discardRecord()
+{
+    if (m_adding) table_DeleteStdSize(stdsize_GetTable(m_adding), m_adding);
+    m_adding = nullptr;
+    m_tree->discard();
+}
+
+bool ImportWorker::writeRecord(size_t index)
+{
+    const ImportRecord& record = m_records[index];
+    m_replacing[index] = false;
+    m_adding = nullptr;
     try {
         es_packet_t* packet = m_tree->packet(record.packet);
         if (!packet) return false;
@@ -316,10 +391,11 @@ bool ImportWorker::writeRecord(const ImportRecord& record)
         if (record.existing) {
             // Looked up again: the handle found while deciding may be gone by now.
             if (es_stdsize_t* old = packet_FindStdSize(packet, es(record.id).c_str()))
-                table_DeleteStdSize(stdsize_GetTable(old), old);
+                m_replacing[index] = table_DeleteStdSize(stdsize_GetTable(old), old);
         }
         es_stdsize_t* element = table_AddStdSize(table, es(record.id).c_str());
         if (!element) return false;
+        m_adding = element;
         stdsize_SetType(element, es(record.type).c_str());
 
         for (const AttributeRecord& a : record.atr) {

@@ -8,6 +8,7 @@
 #include <QFutureWatcher>
 #include <QObject>
 #include <QString>
+#include <QThreadPool>
 
 #include <atomic>
 #include <memory>
@@ -45,11 +46,15 @@ public:
                  QObject* parent = nullptr);
     ~ImportWorker() override; // waits for a started run to end
 
-    // Imports every record on the calling thread; returns when done or stopped.
+    // Imports every record on the calling thread; returns when done or stopped. The files it
+    // stored in the store's folder ahead of the writes and that no element names in the end
+    // (those of failed records, or prefetched past a stop) are removed again, so the archive's
+    // extracted paths of those entries lapse with the run.
     void run();
-    // Runs run() on a thread of QThreadPool::globalInstance(). Without a pool the future is
-    // cancelled and finished at once and nothing is written.
-    QFuture<void> start();
+    // Runs run() on a thread of pool. Without a pool the future is cancelled and finished at
+    // once, nothing is written, and finished is still emitted (queued), so that a dialog
+    // waiting for it closes.
+    QFuture<void> start(QThreadPool* pool = QThreadPool::globalInstance());
     // The watcher of the started run (lives on the thread that created the worker).
     QFutureWatcher<void>& watcher() { return m_watcher; }
     // Waits until a started run has ended.
@@ -67,11 +72,18 @@ public:
     void setOneWriteAttributes(bool on) { m_oneWriteAttributes = on; }
     // Whether the catalog access module the program runs with can add them in one write.
     static bool oneWriteAttributesAvailable();
+    // Whether records are written in transactions of the store, when it has them; on by
+    // default. Without them a record that fails halfway is deleted again, so that its element
+    // is still complete or absent (only a killed import can leave one half written).
+    void setTransactions(bool on) { m_transactions = on; }
 
     int total() const { return int(m_records.size()); }
     // Records handled so far (written or skipped).
     int done() const { return m_done.load(); }
     int written() const { return m_written.load(); }
+    // Of the written records, those that added an element and those that replaced one.
+    int added() const { return m_added.load(); }
+    int replaced() const { return m_replaced.load(); }
     // Records that could not be created (packet, folder, element or one of its files).
     int skipped() const { return m_skipped.load(); }
     // "Импорт пользовательских элементов завершен." when every record was written, else
@@ -84,8 +96,12 @@ signals:
     void finished();
 
 private:
-    // Writes one record without a transaction of its own; false when it cannot be written.
-    bool writeRecord(const ImportRecord& record);
+    // Writes record index without a transaction of its own; false when it cannot be written.
+    bool writeRecord(size_t index);
+    // Counts records [from, to) as written, now that their writes stand.
+    void counted(size_t from, size_t to);
+    // Deletes what the record that failed last wrote without a transaction.
+    void discardRecord();
 
     ImportArchive& m_archive;
     es_provider_t* m_provider;
@@ -94,8 +110,15 @@ private:
     std::atomic<int>* m_stateWord = &m_state;
     std::atomic<int> m_done{0};
     std::atomic<int> m_written{0};
+    std::atomic<int> m_added{0};
+    std::atomic<int> m_replaced{0};
     std::atomic<int> m_skipped{0};
+    // Whether the last write of each record deleted the element it replaces.
+    std::vector<bool> m_replacing;
     bool m_oneWriteAttributes = true;
+    bool m_transactions = true;
+    // The element that the record being written has added so far.
+    es_stdsize_t* m_adding = nullptr;
     QFuture<void> m_future;
     QFutureWatcher<void> m_watcher;
     struct Tree;

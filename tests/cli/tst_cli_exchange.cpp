@@ -35,6 +35,7 @@ private slots:
     void exportWritesOnlyListedElements();
     void exportAddsExtensionOfKind();
     void dryRunReportsEachRecordAndWritesNothing();
+    void repeatedElementIsReportedAndImportedOnce();
     void conflictPolicy_data();
     void conflictPolicy();
     void allPresentWritesNothing();
@@ -42,6 +43,7 @@ private slots:
     void rejectedArchives();
     void verifyAcceptsWrittenArchive();
     void verifyRejectsDamagedEntry();
+    void importCountsOnlyWrittenElements();
     void progressBarOnlyOnTerminal_data();
     void progressBarOnlyOnTerminal();
 
@@ -50,6 +52,8 @@ private:
     // Source catalog: packet "Трубы" with X1..X3, packet "Опоры" with S1; X1 and X2 share one
     // model file.
     QString makeSource(const QString& name, const QString& x2Date, double x2Length);
+    // An archive of the source whose model entry, shared by X1 and X2, has a damaged byte.
+    QString damagedArchive(const QString& name);
 
     QTemporaryDir m_dir;
     QString m_modelFile;
@@ -166,6 +170,30 @@ void CliExchange::dryRunReportsEachRecordAndWritesNothing()
     QCOMPARE(readFile(target), before);
 }
 
+void CliExchange::repeatedElementIsReportedAndImportedOnce()
+{
+    const QString source = makeSource("repeat_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path("repeat.uss");
+    // Export writes every listed pair, a pair listed twice as well.
+    QCOMPARE(ussctl({"export", "--list", "Трубы;X3;Опоры;S1;Трубы;X3", source, archive}).exitCode,
+             0);
+    const QString target = path("repeat_target.db");
+    QCOMPARE(ussctl({"create", "--kind", "tx", target}).exitCode, 0);
+
+    const Run dry = ussctl({"import", "--dry-run", target, archive});
+    QCOMPARE(dry.exitCode, 0);
+    QCOMPARE(dry.out, QString("new      \"Трубы\" \"X3\"\n"
+                              "new      \"Опоры\" \"S1\"\n"
+                              "repeated \"Трубы\" \"X3\"\n"
+                              "dry run: new 2, same 0, conflict 0, repeated 1; nothing written\n"));
+
+    const Run run = ussctl({"import", target, archive});
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.out, QString("imported 2 of 2 (new 2, replaced 0)\n"));
+    QVERIFY2(run.err.contains("Импорт пользовательских элементов завершен."), qPrintable(run.err));
+    QCOMPARE(valueOf(target, "Трубы", "X3", "Length"), QString("3"));
+}
+
 void CliExchange::conflictPolicy_data()
 {
     QTest::addColumn<QStringList>("options");
@@ -269,19 +297,18 @@ void CliExchange::verifyAcceptsWrittenArchive()
     QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/verify.txt"))).arg(archive));
 }
 
-void CliExchange::verifyRejectsDamagedEntry()
+QString CliExchange::damagedArchive(const QString& name)
 {
-    const QString source = makeSource("crc_source.db", "01.02.2024 10:00:00", 2.5);
-    const QString archive = path("crc.uss");
-    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    const QString source = makeSource(name + "_source.db", "01.02.2024 10:00:00", 2.5);
+    const QString archive = path(name + ".uss");
+    if (ussctl({"export", source, archive}).exitCode != 0) return {};
     QByteArray bytes = readFile(archive);
     // The first occurrence of the model's name is its local header: 30 fixed bytes, the name,
     // the extra field, then the data. Damage one byte in the middle of the data.
-    const QByteArray name = "TX\\model\\1.m3d";
-    const qsizetype nameAt = bytes.indexOf(name);
-    QVERIFY(nameAt >= 30);
+    const QByteArray model = "TX\\model\\1.m3d";
+    const qsizetype nameAt = bytes.indexOf(model);
     const qsizetype header = nameAt - 30;
-    QCOMPARE(bytes.mid(header, 4), QByteArray("PK\x03\x04", 4));
+    if (nameAt < 30 || bytes.mid(header, 4) != QByteArray("PK\x03\x04", 4)) return {};
     const auto u16 = [&](qsizetype at) {
         return qFromLittleEndian<quint16>(reinterpret_cast<const uchar*>(bytes.constData() + at));
     };
@@ -290,15 +317,42 @@ void CliExchange::verifyRejectsDamagedEntry()
     };
     const qsizetype data = nameAt + u16(header + 26) + u16(header + 28);
     const quint32 compressed = u32(header + 18);
-    QVERIFY(compressed > 4);
+    if (compressed <= 4) return {};
     bytes[data + compressed / 2] = char(bytes[data + compressed / 2] ^ 0x5a);
-    const QString damaged = path("crc_damaged.uss");
+    const QString damaged = path(name + "_damaged.uss");
     writeFile(damaged, bytes);
+    return damaged;
+}
 
+void CliExchange::verifyRejectsDamagedEntry()
+{
+    const QString damaged = damagedArchive("crc");
+    QVERIFY(!damaged.isEmpty());
     const Run run = ussctl({"verify", damaged});
     QCOMPARE(run.exitCode, 1);
     QVERIFY2(run.out.contains("TX\\model\\1.m3d: "), qPrintable(run.out));
     QVERIFY2(run.out.endsWith("FAILED\n"), qPrintable(run.out));
+}
+
+void CliExchange::importCountsOnlyWrittenElements()
+{
+    const QString damaged = damagedArchive("counted");
+    QVERIFY(!damaged.isEmpty());
+    // X1 and X2 (new and to be replaced) fail on the damaged model; X3 replaces, S1 is new.
+    const QString target = path("counted_target.db");
+    {
+        TestCatalog catalog(target, "user_tx");
+        catalog.addElement("Трубы", "Отводы\\90", "X2", "01.01.2024 10:00:00", "petr\\pc2", 2);
+        catalog.addElement("Трубы", "Тройники", "X3", "01.01.2024 10:00:00", "petr\\pc2", 30);
+    }
+    const Run run = ussctl({"import", "--policy", "replace", target, damaged});
+    QCOMPARE(run.exitCode, 1);
+    QCOMPARE(run.out, QString("imported 2 of 4 (new 1, replaced 1)\n"));
+    QVERIFY2(run.err.contains("Импорт прерван.\nИмпортировано 2 из 4."), qPrintable(run.err));
+    QCOMPARE(valueOf(target, "Трубы", "X1", "Length"), QString());
+    QCOMPARE(valueOf(target, "Трубы", "X2", "Length"), QString("2"));
+    QCOMPARE(valueOf(target, "Трубы", "X3", "Length"), QString("3"));
+    QCOMPARE(valueOf(target, "Опоры", "S1", "Length"), QString("4"));
 }
 
 void CliExchange::progressBarOnlyOnTerminal_data()

@@ -89,6 +89,12 @@ void CliUsage::badInputEndsWithCodeAndMessage_data()
     QTest::newRow("generate bad number")
         << QStringList{"generate", "--kind", "tx", "--elements", "ten", m_dir.filePath("g.db")} << 2
         << "--elements needs a whole number, not 'ten'";
+    QTest::newRow("generate no packets")
+        << QStringList{"generate", "--kind", "tx", "--packets", "0", m_dir.filePath("p0.db")} << 2
+        << "ussctl generate: --packets must be at least 1";
+    QTest::newRow("generate empty files")
+        << QStringList{"generate", "--kind", "tx", "--file-size", "0", m_dir.filePath("f0.db")} << 2
+        << "ussctl generate: --file-size must be at least 1";
 }
 
 void CliUsage::badInputEndsWithCodeAndMessage()
@@ -99,6 +105,8 @@ void CliUsage::badInputEndsWithCodeAndMessage()
     const Run run = ussctl(args);
     QVERIFY2(run.err.contains(message), qPrintable(run.err));
     QCOMPARE(run.exitCode, exitCode);
+    // Refused input creates nothing.
+    if (args.value(0) == "generate") QVERIFY(!QFile::exists(args.last()));
 }
 
 void CliUsage::createNamesDatabaseByKind_data()

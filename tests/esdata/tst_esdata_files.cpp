@@ -7,6 +7,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sqlite3.h>
+
+#include <atomic>
 #include <thread>
 
 class TstEsdataFiles : public QObject
@@ -25,6 +28,8 @@ private slots:
     void fileStoredAheadIsFoundByTheWrite_data();
     void fileStoredAheadIsFoundByTheWrite();
     void storingAheadDoesNotWaitForAnOpenScope();
+    void storedFileIsRemovedOnlyWhenUnused_data();
+    void storedFileIsRemovedOnlyWhenUnused();
     void createSpecReplacesRecords_data();
     void createSpecReplacesRecords();
 
@@ -238,6 +243,73 @@ void TstEsdataFiles::storingAheadDoesNotWaitForAnOpenScope()
 
     QVERIFY(!esx_StoreFileAhead(m_p, u16(src("missing.frw")).c_str(), true));
     QVERIFY(qs(esx_LastError()).contains("missing.frw"));
+}
+
+void TstEsdataFiles::storedFileIsRemovedOnlyWhenUnused_data()
+{
+    QTest::addColumn<QString>("namedBy");
+    QTest::addColumn<bool>("removed");
+    QTest::newRow("nothing") << "nothing" << true;
+    QTest::newRow("a model") << "model" << false;
+    QTest::newRow("a projection") << "projection" << false;
+    QTest::newRow("an undone write") << "undone" << true;
+    QTest::newRow("a write of another connection under way") << "other connection" << false;
+    QTest::newRow("nothing, but outside the folder") << "outside" << false;
+}
+
+void TstEsdataFiles::storedFileIsRemovedOnlyWhenUnused()
+{
+    QFETCH(QString, namedBy);
+    QFETCH(bool, removed);
+    const QByteArray content = "unused? " + namedBy.toUtf8();
+    const QString file = src("unused.frw");
+    QVERIFY(writeFile(file, content));
+    const QString stored = qs(esx_StoreFileAhead(m_p, u16(file).c_str(), false));
+    QVERIFY(QFile::exists(stored));
+    const std::u16string id = u16("U " + namedBy);
+    es_stdsize_t* e = addElement(m_p, u"Окна", id.c_str(), id.c_str());
+    QVERIFY(e);
+
+    std::thread other;
+    std::atomic<bool> writing{false};
+    if (namedBy == "model") {
+        QVERIFY(model_SetModelEx(stdsize_GetModel(e), u16(stored).c_str(), u"", u"m", 1));
+    } else if (namedBy == "projection") {
+        QVERIFY(projections_AddProjectionEx(stdsize_GetProjections(e), u"p", u16(stored).c_str(),
+                                            u"", 1, u"", 0));
+    } else if (namedBy == "undone") {
+        QVERIFY(esx_Begin(m_p));
+        QVERIFY(model_SetModelEx(stdsize_GetModel(e), u16(stored).c_str(), u"", u"m", 1));
+        QVERIFY(esx_Rollback(m_p));
+    } else if (namedBy == "other connection") {
+        // Another process's writer holds the database and commits a row naming the file a
+        // moment later.
+        const QByteArray name = QFileInfo(stored).fileName().toUtf8();
+        other = std::thread([&, name] {
+            sqlite3* db = nullptr;
+            sqlite3_open(m_db.toUtf8().constData(), &db);
+            sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+            const QByteArray sql = "INSERT INTO es_model(element, file, digest, name, version) "
+                                   "SELECT id, '" +
+                                   name + "', '" + md5(content).toUtf8() +
+                                   "', 'm', 1 FROM es_element WHERE ident='U other connection'";
+            sqlite3_exec(db, sql.constData(), nullptr, nullptr, nullptr);
+            writing = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr);
+            sqlite3_close(db);
+        });
+        while (!writing)
+            std::this_thread::yield();
+    }
+    const QString target = namedBy == "outside" ? file : stored;
+    const std::u16string path = u16(target);
+    const char16_t* paths[] = {path.c_str(), nullptr};
+    QCOMPARE(esx_RemoveUnusedFiles(m_p, paths, 2), uint32_t(removed ? 1 : 0));
+    if (other.joinable()) other.join();
+    QCOMPARE(QFile::exists(target), !removed);
+    if (namedBy == "model")
+        QCOMPARE(readFile(qs(model_GetModelFile(stdsize_GetModel(e)))), content);
 }
 
 void TstEsdataFiles::createSpecReplacesRecords_data()

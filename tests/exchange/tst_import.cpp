@@ -11,6 +11,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
+#include <QThreadPool>
 
 #include <memory>
 
@@ -43,7 +44,9 @@ private slots:
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog();
     void importStopsAfterThird();
+    void damagedElementAmongOthersIsSkippedAlone_data();
     void damagedElementAmongOthersIsSkippedAlone();
+    void workerRunsOnThePoolAndReportsToThisThread_data();
     void workerRunsOnThePoolAndReportsToThisThread();
     void pausedWorkerWaitsUntilResumed();
     void laterVersionIsRecognised_data();
@@ -401,6 +404,16 @@ void TestImport::decisionsFollowTheChangeStamp()
     addAttribute(s2, {"USS_LAST_CHANGE_DATE", 3, "02.01.2024 00:00:00"});
     es_stdsize_t* s3 = m_source->addElement("Q", "F", "NEW");
     const QString path = exportElements({s1, s2, s3}, "a.uss");
+    // CHANGED and NEW once more, NEW with another type and folder.
+    rewrite(path, [](QJsonObject& r) {
+        QJsonArray list = r["std-size"].toArray();
+        QJsonObject again = list[2].toObject();
+        again["type"] = "LATER";
+        again["folder"] = "G";
+        list.append(list[1]);
+        list.append(again);
+        r["std-size"] = list;
+    });
 
     addAttribute(m_target->addElement("P", "other", "SAME"),
                  {"USS_LAST_CHANGE_DATE", 3, "01.01.2024 00:00:00"});
@@ -412,10 +425,25 @@ void TestImport::decisionsFollowTheChangeStamp()
     const auto decisions = exchange::decide(archive.records(), m_target->provider);
     QCOMPARE(decisions,
              (std::vector<exchange::Decision>{
-                 exchange::Decision::Same, exchange::Decision::Conflict, exchange::Decision::New}));
+                 exchange::Decision::Same, exchange::Decision::Conflict, exchange::Decision::New,
+                 exchange::Decision::Repeated, exchange::Decision::Repeated}));
     QVERIFY(exchange::needsDecision(decisions));
     QCOMPARE(archive.records()[1].existing, t2);
     QCOMPARE(archive.records()[2].existing, nullptr);
+
+    // The repetitions are dropped like the same elements: the first record of each pair counts.
+    const exchange::ImportOutcome outcome = exchange::importArchive(
+        path, m_target->provider, {exchange::ConflictPolicy::ReplaceWithImported, {}, nullptr});
+    QCOMPARE(outcome.repeated, 2);
+    QCOMPARE(outcome.kept, 2);
+    QCOMPARE(outcome.written, 2);
+    QCOMPARE(outcome.message, exchange::texts::importDone());
+    QCOMPARE(valueOf(m_target->find("P", "CHANGED"), "USS_LAST_CHANGE_DATE"),
+             "02.01.2024 00:00:00");
+    es_stdsize_t* fresh = m_target->find("Q", "NEW");
+    QVERIFY(fresh);
+    QCOMPARE(edw::fromEs(stdsize_GetType(fresh)), "PIPE");
+    QCOMPARE(edw::folderPath(edw::folderOf(fresh)), edw::folderPath(edw::folderOf(s3)));
 }
 
 void TestImport::allSameNeedsNoDecisionAndWritesNothing()
@@ -442,6 +470,8 @@ void TestImport::conflictKeptLeavesElementUntouched()
     QCOMPARE(outcome.conflicts, 1);
     QCOMPARE(outcome.kept, 1);
     QCOMPARE(outcome.written, 1);
+    QCOMPARE(outcome.added, 1);
+    QCOMPARE(outcome.replaced, 0);
     QCOMPARE(dump(m_target->find("ПЭ_Трубы", "E1")), before);
     QVERIFY(m_target->find("Арматура", "E2"));
 }
@@ -455,6 +485,8 @@ void TestImport::conflictReplacedTakesTheImportedElement()
         path, m_target->provider, {exchange::ConflictPolicy::ReplaceWithImported, {}, nullptr});
     QCOMPARE(outcome.message, exchange::texts::importDone());
     QCOMPARE(outcome.written, 2);
+    QCOMPARE(outcome.added, 1);
+    QCOMPARE(outcome.replaced, 1);
     es_stdsize_t* replaced = m_target->find("ПЭ_Трубы", "E1");
     QVERIFY(replaced);
     QCOMPARE(dump(replaced), dump(m_source->find("ПЭ_Трубы", "E1")));
@@ -627,42 +659,87 @@ void TestImport::importStopsAfterThird()
         QCOMPARE(m_target->find("P", QString("E%1").arg(i)) != nullptr, i < 3);
 }
 
+void TestImport::damagedElementAmongOthersIsSkippedAlone_data()
+{
+    QTest::addColumn<QByteArray>("damaged"); // content of the damaged entry
+    QTest::addColumn<int>("skipped");        // the element that names it
+    QTest::addColumn<bool>("transactions");
+    QTest::newRow("model, in transactions") << QByteArray("MODEL-2") << 2 << true;
+    // As with a catalog module without transactions: what the element wrote is deleted again.
+    QTest::newRow("model, without transactions") << QByteArray("MODEL-2") << 2 << false;
+    // The element's model and fragment are in the store's folder by the time its icon fails.
+    QTest::newRow("icon, in transactions") << QByteArray("ICON-1") << 1 << true;
+    QTest::newRow("icon, without transactions") << QByteArray("ICON-1") << 1 << false;
+}
+
 void TestImport::damagedElementAmongOthersIsSkippedAlone()
 {
+    QFETCH(QByteArray, damaged);
+    QFETCH(int, skipped);
+    QFETCH(bool, transactions);
     std::vector<es_stdsize_t*> elements;
     for (int i = 0; i < 5; ++i) {
         es_stdsize_t* e = m_source->addElement("P", "F", QString("E%1").arg(i));
         addAttribute(e, {"Count", 1, QString::number(i * 10)});
         const QByteArray content = "MODEL-" + QByteArray::number(i) + QByteArray(200, 'x');
-        setModel(e, m_source->writeFile(QString("%1.m3d").arg(i), content), {}, "m", 1);
+        const QByteArray icon = "ICON-" + QByteArray::number(i) + QByteArray(50, 'y');
+        setModel(e, m_source->writeFile(QString("%1.m3d").arg(i), content),
+                 m_source->writeFile(QString("%1.png").arg(i), icon), "m", 1);
+        // Fragments are shared: that of the failing element stays for the others.
+        const QByteArray view = "VIEW-" + QByteArray::number(i % 2) + QByteArray(100, 'z');
+        addProjection(e, "Вид", m_source->writeFile(QString("%1.frw").arg(i), view), {}, 1, 0);
         elements.push_back(e);
     }
     const QString path = m_out->filePath("five.uss");
     QVERIFY(
         ExportUss::Export(path, elements, false, edw::nullProgress(), ExportUss::Options{{}, 0}));
     QByteArray bytes = ziptest::readFile(path);
-    QVERIFY(ziptest::damage(bytes, "MODEL-2"));
+    QVERIFY(ziptest::damage(bytes, damaged));
     ziptest::writeFile(path, bytes);
 
     exchange::ImportArchive archive;
     QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
     exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    worker.setTransactions(transactions);
     QList<int> seen;
     connect(&worker, &exchange::ImportWorker::progress, this, [&](int done) { seen << done; });
     worker.run();
     QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 4 из 5.");
     QCOMPARE(worker.skipped(), 1);
     QCOMPARE(seen, (QList<int>{1, 2, 3, 4, 5}));
-    QVERIFY(!m_target->find("P", "E2"));
-    for (int i : {0, 1, 3, 4}) {
+    const QString skippedId = QString("E%1").arg(skipped);
+    QVERIFY(!m_target->find("P", skippedId));
+    QStringList named;
+    for (int i = 0; i < 5; ++i) {
+        if (i == skipped) continue;
         es_stdsize_t* e = m_target->find("P", QString("E%1").arg(i));
         QVERIFY(e);
         QCOMPARE(dump(e), dump(elements[size_t(i)]));
+        named << QFileInfo(edw::fromEs(model_GetModelFile(stdsize_GetModel(e)))).fileName()
+              << QFileInfo(edw::fromEs(projection_GetFragmentFile(
+                               projections_GetProjection(stdsize_GetProjections(e), 0))))
+                     .fileName();
     }
+    // Nor is the folder of the skipped element left behind, nor a file that no row names.
+    es_folder_t* f = folder_GetParentFolder(edw::folderOf(m_target->find("P", "E0")));
+    QCOMPARE(edw::childFolders(f).size(), size_t(4));
+    QVERIFY(!edw::childFolders(f).count("folder " + skippedId));
+    named.removeDuplicates();
+    named.sort();
+    QCOMPARE(QDir(m_target->path + ".files").entryList(QDir::Files, QDir::Name), named);
+}
+
+void TestImport::workerRunsOnThePoolAndReportsToThisThread_data()
+{
+    QTest::addColumn<bool>("pool");
+    QTest::newRow("global pool") << true;
+    // Nothing is written, yet a dialog waiting for the finish signal still closes.
+    QTest::newRow("no pool") << false;
 }
 
 void TestImport::workerRunsOnThePoolAndReportsToThisThread()
 {
+    QFETCH(bool, pool);
     std::vector<es_stdsize_t*> elements;
     for (int i = 0; i < 5; ++i)
         elements.push_back(m_source->addElement("P", "F", QString("E%1").arg(i)));
@@ -679,9 +756,17 @@ void TestImport::workerRunsOnThePoolAndReportsToThisThread()
     });
     QSignalSpy finished(&worker, &exchange::ImportWorker::finished);
     QSignalSpy watched(&worker.watcher(), &QFutureWatcher<void>::finished);
-    worker.start();
+    const QFuture<void> future = worker.start(pool ? QThreadPool::globalInstance() : nullptr);
     QVERIFY(watched.wait(10000));
     QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(future.isCanceled(), !pool);
+    if (!pool) {
+        QVERIFY(future.isFinished());
+        QCOMPARE(seen, QList<int>());
+        QCOMPARE(provider_GetPacketCount(m_target->provider), 0u);
+        QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 0 из 5.");
+        return;
+    }
     QTRY_COMPARE(seen, (QList<int>{1, 2, 3, 4, 5}));
     for (QThread* t : threads)
         QCOMPARE(t, QThread::currentThread());

@@ -284,6 +284,17 @@ ESDATA_API bool esx_Rollback(es_provider_t* provider);
  * implementations do not have it; callers look it up at run time. */
 ESDATA_API const char16_t* esx_StoreFileAhead(es_provider_t* provider, const char16_t* path,
                                               bool move);
+/* Removes each of the count files at paths (stored files, as esx_StoreFileAhead gives them)
+ * that no model and no projection of the catalog names: files stored ahead of writes that
+ * were undone or never came. Files outside the catalog's file folder are left alone. It holds
+ * the catalog's write lock while it looks and removes, so that no writer, in this process or
+ * another, comes to name a file in between; inside a transaction scope of this thread the
+ * scope's own writes count. A file stored ahead for a write still to come counts as unused:
+ * call it when no such write is pending. Returns how many files it removed (0 and
+ * esx_LastError on failure). Other catalog access implementations do not have it; callers
+ * look it up at run time. */
+ESDATA_API uint32_t esx_RemoveUnusedFiles(es_provider_t* provider, const char16_t* const* paths,
+                                          uint32_t count);
 /* The items recorded by esUpdateRtw in this process, joined with "|" (owned by the store,
  * valid until the next call). */
 ESDATA_API const char16_t* esx_UpdatedRtw(void);
