@@ -292,6 +292,15 @@ std::optional<QByteArray> ImportArchive::read(const QString& entryName)
     return d->zip->readAll(key, maxEntryBytes);
 }
 
+bool ImportArchive::check(const QString& entryName)
+{
+    if (entryName.isEmpty() || !d->zip) return false;
+    const QString key = zipper::unzip::normalized(entryName);
+    if (!isSafeEntryName(key) || !d->zip->contains(key)) return false;
+    d->zip->check(key);
+    return true;
+}
+
 int ImportArchive::extractedCount() const
 {
     std::lock_guard lock(d->mutex);

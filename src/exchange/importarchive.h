@@ -69,6 +69,10 @@ public:
     // ends up in memory anyway). Nothing for an empty name or a name that the archive does
     // not hold. Throws zipper::error when the entry is damaged, as extract does.
     std::optional<QByteArray> read(const QString& entryName);
+    // Reads the entry to its end with every check of extract() and keeps nothing. False for
+    // an empty name, an unsafe one or one that the archive does not hold; throws
+    // zipper::error when the entry is damaged.
+    bool check(const QString& entryName);
     // An entry that the writes of record `record` will ask for, with or without hand-over.
     struct Prefetch
     {

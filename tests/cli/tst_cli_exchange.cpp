@@ -292,7 +292,12 @@ void CliExchange::verifyAcceptsWrittenArchive()
     const QString source = makeSource("verify_source.db", "01.02.2024 10:00:00", 2.5);
     const QString archive = path("verify.uss");
     QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
-    const Run run = ussctl({"verify", archive});
+    // Entries are read through, never extracted: no temporary folder is needed at all.
+    const QString noFolder = path("verify_tmp_is_a_file");
+    writeFile(noFolder, "not a folder");
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("TMPDIR", noFolder);
+    const Run run = ussctl({"verify", archive}, env);
     QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
     QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/verify.txt"))).arg(archive));
 }

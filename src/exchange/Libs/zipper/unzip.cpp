@@ -153,6 +153,11 @@ QByteArray unzip::readAll(const QString& entryName, std::int64_t maxBytes)
     return bytes;
 }
 
+void unzip::check(const QString& entryName)
+{
+    readEntry(entryName, m_limits.maxTotalBytes, [](const char*, std::int64_t) {});
+}
+
 void unzip::extract(const QString& entryName, const QString& targetPath)
 {
     QFile target(targetPath);

@@ -51,6 +51,9 @@ public:
     // The whole entry in memory; throws zipper::error when it is missing, damaged or larger
     // than maxBytes.
     QByteArray readAll(const QString& entryName, std::int64_t maxBytes);
+    // Reads the entry to its end and lets go of the bytes: the same checks as a read, nothing
+    // kept. Throws zipper::error when it is missing or damaged.
+    void check(const QString& entryName);
     // Extracts the entry into targetPath (created or replaced); on any failure the target is
     // removed and zipper::error is thrown.
     void extract(const QString& entryName, const QString& targetPath);
