@@ -253,7 +253,7 @@ void ImportWorker::wait()
 // its open batch, never a part of one.
 //
 // Without transactions (a store without them, or switched off) each record is written alone,
-// and what a record that failed halfway wrote is deleted again.
+// and the element of a record that failed halfway is deleted again.
 void ImportWorker::run()
 {
     const bool batches = m_transactions && edw::TransactionScope::supported();
@@ -383,6 +383,26 @@ bool ImportWorker::writeRecord(size_t index)
     m_replacing[index] = false;
     m_adding = nullptr;
     try {
+        // What the archive must give is read before the catalog is touched: a damaged entry
+        // fails the record before the element it replaces is deleted, which matters where
+        // the store has no transaction to undo that deletion.
+        struct Files
+        {
+            QString file, icon;
+        };
+        std::optional<Files> model;
+        if (record.model)
+            model = Files{m_archive.extract(record.model->file, true),
+                          m_archive.extract(record.model->icon)};
+        std::vector<Files> projections;
+        projections.reserve(record.prj.size());
+        for (const ProjectionRecord& p : record.prj)
+            projections.push_back({m_archive.extract(p.file, true), m_archive.extract(p.icon)});
+        // Representation data go to the store from memory: a file per element would cost
+        // more to create than the data are worth.
+        std::optional<QByteArray> representation;
+        if (record.repPath) representation = m_archive.read(*record.repPath);
+
         es_packet_t* packet = m_tree->packet(record.packet);
         if (!packet) return false;
         es_folder_t* folder = m_tree->path(packet, record.folder);
@@ -424,28 +444,21 @@ bool ImportWorker::writeRecord(size_t index)
         }
 
         // Files that the archive does not hold leave the element without them.
-        if (record.model) {
-            const QString file = m_archive.extract(record.model->file, true);
-            const QString icon = m_archive.extract(record.model->icon);
-            if (!file.isEmpty())
-                model_SetModelEx(stdsize_GetModel(element), es(file).c_str(), es(icon).c_str(),
-                                 es(record.model->name).c_str(), record.model->version);
-        }
+        if (model && !model->file.isEmpty())
+            model_SetModelEx(stdsize_GetModel(element), es(model->file).c_str(),
+                             es(model->icon).c_str(), es(record.model->name).c_str(),
+                             record.model->version);
         es_projections_t* list = stdsize_GetProjections(element);
-        for (const ProjectionRecord& p : record.prj) {
-            const QString file = m_archive.extract(p.file, true);
-            const QString icon = m_archive.extract(p.icon);
-            if (file.isEmpty()) continue;
-            projections_AddProjectionEx(list, es(p.name).c_str(), es(file).c_str(),
-                                        es(icon).c_str(), uint32_t(p.type), u"", uint32_t(p.view));
+        for (size_t i = 0; i < record.prj.size(); ++i) {
+            const ProjectionRecord& p = record.prj[i];
+            if (projections[i].file.isEmpty()) continue;
+            projections_AddProjectionEx(list, es(p.name).c_str(), es(projections[i].file).c_str(),
+                                        es(projections[i].icon).c_str(), uint32_t(p.type), u"",
+                                        uint32_t(p.view));
         }
-
-        // Representation data go to the store from memory: a file per element would cost
-        // more to create than the data are worth.
-        if (record.repPath) {
-            if (const std::optional<QByteArray> bytes = m_archive.read(*record.repPath))
-                stdsize_SetRepresentationData(element, bytes->constData(), size_t(bytes->size()));
-        }
+        if (representation)
+            stdsize_SetRepresentationData(element, representation->constData(),
+                                          size_t(representation->size()));
 
         if (!record.spc.empty()) {
             std::vector<edw::SpecDescription> specs;

@@ -73,8 +73,11 @@ public:
     // Whether the catalog access module the program runs with can add them in one write.
     static bool oneWriteAttributesAvailable();
     // Whether records are written in transactions of the store, when it has them; on by
-    // default. Without them a record that fails halfway is deleted again, so that its element
-    // is still complete or absent (only a killed import can leave one half written).
+    // default. Without them the archive's entries of a record are read before anything is
+    // written, and an element that fails halfway is deleted again with the folders it added:
+    // it is absent, not half written. What cannot be undone without them: an element it was
+    // to replace when the store fails after the deletion, attributes added to a table, an
+    // empty packet; and a killed import may leave one element half written.
     void setTransactions(bool on) { m_transactions = on; }
 
     int total() const { return int(m_records.size()); }

@@ -664,12 +664,16 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone_data()
     QTest::addColumn<QByteArray>("damaged"); // content of the damaged entry
     QTest::addColumn<int>("skipped");        // the element that names it
     QTest::addColumn<bool>("transactions");
-    QTest::newRow("model, in transactions") << QByteArray("MODEL-2") << 2 << true;
+    QTest::addColumn<bool>("replacing"); // the catalog holds the element it was to replace
+    QTest::newRow("model, in transactions") << QByteArray("MODEL-2") << 2 << true << false;
     // As with a catalog module without transactions: what the element wrote is deleted again.
-    QTest::newRow("model, without transactions") << QByteArray("MODEL-2") << 2 << false;
+    QTest::newRow("model, without transactions") << QByteArray("MODEL-2") << 2 << false << false;
     // The element's model and fragment are in the store's folder by the time its icon fails.
-    QTest::newRow("icon, in transactions") << QByteArray("ICON-1") << 1 << true;
-    QTest::newRow("icon, without transactions") << QByteArray("ICON-1") << 1 << false;
+    QTest::newRow("icon, in transactions") << QByteArray("ICON-1") << 1 << true << false;
+    QTest::newRow("icon, without transactions") << QByteArray("ICON-1") << 1 << false << false;
+    // The catalog's own element stays: nothing is deleted before the archive gave its files.
+    QTest::newRow("replacing, in transactions") << QByteArray("ICON-3") << 3 << true << true;
+    QTest::newRow("replacing, without transactions") << QByteArray("ICON-3") << 3 << false << true;
 }
 
 void TestImport::damagedElementAmongOthersIsSkippedAlone()
@@ -677,6 +681,14 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone()
     QFETCH(QByteArray, damaged);
     QFETCH(int, skipped);
     QFETCH(bool, transactions);
+    QFETCH(bool, replacing);
+    const QString skippedId = QString("E%1").arg(skipped);
+    QString mine;
+    if (replacing) {
+        es_stdsize_t* old = m_target->addElement("P", "F", skippedId);
+        addAttribute(old, {"Count", 1, "mine"});
+        mine = dump(old);
+    }
     std::vector<es_stdsize_t*> elements;
     for (int i = 0; i < 5; ++i) {
         es_stdsize_t* e = m_source->addElement("P", "F", QString("E%1").arg(i));
@@ -699,6 +711,7 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone()
 
     exchange::ImportArchive archive;
     QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::decide(archive.records(), m_target->provider);
     exchange::ImportWorker worker(archive, m_target->provider, archive.records());
     worker.setTransactions(transactions);
     QList<int> seen;
@@ -707,8 +720,10 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone()
     QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 4 из 5.");
     QCOMPARE(worker.skipped(), 1);
     QCOMPARE(seen, (QList<int>{1, 2, 3, 4, 5}));
-    const QString skippedId = QString("E%1").arg(skipped);
-    QVERIFY(!m_target->find("P", skippedId));
+    if (replacing)
+        QCOMPARE(dump(m_target->find("P", skippedId)), mine);
+    else
+        QVERIFY(!m_target->find("P", skippedId));
     QStringList named;
     for (int i = 0; i < 5; ++i) {
         if (i == skipped) continue;
@@ -722,8 +737,8 @@ void TestImport::damagedElementAmongOthersIsSkippedAlone()
     }
     // Nor is the folder of the skipped element left behind, nor a file that no row names.
     es_folder_t* f = folder_GetParentFolder(edw::folderOf(m_target->find("P", "E0")));
-    QCOMPARE(edw::childFolders(f).size(), size_t(4));
-    QVERIFY(!edw::childFolders(f).count("folder " + skippedId));
+    QCOMPARE(edw::childFolders(f).size(), size_t(replacing ? 5 : 4));
+    QCOMPARE(edw::childFolders(f).count("folder " + skippedId), size_t(replacing ? 1 : 0));
     named.removeDuplicates();
     named.sort();
     QCOMPARE(QDir(m_target->path + ".files").entryList(QDir::Files, QDir::Name), named);
