@@ -1120,15 +1120,16 @@ uint32_t Catalog::removeUnusedFiles(const std::vector<std::u16string>& files)
         std::unordered_set<std::u16string> named;
         {
             Query q = query(sNamedFiles);
+            // Folded: on a disk that ignores case, "A.M3D" and "a.m3d" are one file.
             while (q.next())
-                named.insert(q.text(0));
+                named.insert(fromQString(toQString(q.text(0)).toCaseFolded()));
         }
         const QString folder = QFileInfo(toQString(m_filesDir)).canonicalFilePath();
         uint32_t removed = 0;
         for (const std::u16string& file : files) {
             const QFileInfo info(toQString(file));
             if (folder.isEmpty() || !info.isFile() || info.canonicalPath() != folder) continue;
-            if (named.count(fromQString(info.fileName()))) continue;
+            if (named.count(fromQString(info.fileName().toCaseFolded()))) continue;
             if (QFile::remove(info.absoluteFilePath())) ++removed;
         }
         if (own) query(sCommit).run();
@@ -1137,6 +1138,14 @@ uint32_t Catalog::removeUnusedFiles(const std::vector<std::u16string>& files)
         if (own) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
         throw;
     }
+}
+
+void Catalog::requireStored(const std::u16string& name)
+{
+    // Checked under the write lock: another connection's removal of unused files may have
+    // taken the file after it was stored and before this row could name it.
+    if (!QFileInfo::exists(toQString(filePath(name))))
+        throw std::runtime_error("the stored file is gone: " + toQString(name).toStdString());
 }
 
 bool Catalog::storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest)
@@ -1164,6 +1173,7 @@ bool Catalog::setModel(es_model* m, std::u16string_view file, std::u16string_vie
     std::vector<uint8_t> iconBytes;
     readBytes(toQString(icon), iconBytes);
     writeSingle([&] {
+        requireStored(stored);
         Query q = query(sSetModel);
         q.bind(1, m->element->id)
             .bind(2, stored)
@@ -1227,6 +1237,7 @@ es_projection* Catalog::addProjection(es_projections* list, std::u16string_view 
     readBytes(toQString(icon), iconBytes);
     projections(list);
     int64_t id = writeSingle([&] {
+        requireStored(stored);
         int64_t pos = 0;
         {
             Query q = query(sProjNextPos);

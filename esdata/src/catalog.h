@@ -163,6 +163,7 @@ private:
     void eraseFromMap(const Tracked& t);
     const std::u16string* intern(std::u16string_view s);
     const std::u16string* intern(const Query& q, int column);
+    void requireStored(const std::u16string& name);
     bool storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest);
     std::u16string filePath(const std::u16string& name) const;
 
