@@ -24,6 +24,7 @@
 #include <future>
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace exchange {
 
@@ -156,17 +157,21 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
     // Each export works in a folder of its own under the shared parent, so exports running
     // at the same time (other threads, other processes) never touch each other's files.
     const QString parent = workingFolder();
-    QDir().mkpath(parent);
     removeStaleWorkFolders(parent, folderPrefix);
-    QTemporaryDir own(workFolderTemplate(parent, folderPrefix));
-    if (!own.isValid()) {
-        qDebug() << "export working folder:" << own.errorString();
+    // Another export that ends may remove the empty parent between the two steps: try again.
+    std::optional<QTemporaryDir> own;
+    for (int attempt = 0; attempt < 3 && !(own && own->isValid()); ++attempt) {
+        QDir().mkpath(parent);
+        own.emplace(workFolderTemplate(parent, folderPrefix));
+    }
+    if (!own->isValid()) {
+        qDebug() << "export working folder:" << own->errorString();
         edw::messenger().critical(QString(), texts::jsonFailed());
         return false;
     }
     // The session removes it however the export ends, after the archive has been written.
-    own.setAutoRemove(false);
-    const QString folder = own.path();
+    own->setAutoRemove(false);
+    const QString folder = own->path();
     session.setFolder(folder);
 
     FileRegistry registry(key, previousVersion, folder);
@@ -189,6 +194,18 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
         exportDate = options.exportDate;
         const QDateTime given = QDateTime::fromString(exportDate, dateFormat);
         if (given.isValid()) moment = QDateTime(given.date(), given.time(), Qt::UTC);
+    }
+
+    // The archive first: a target folder that cannot take it is told before any work.
+    std::unique_ptr<zipper::zip> archive;
+    try {
+        archive = std::make_unique<zipper::zip>(path);
+        archive->setCompressionLevel(options.compressionLevel);
+        archive->setEntryTime(moment.toSecsSinceEpoch());
+    } catch (const std::exception& e) {
+        qDebug() << e.what();
+        edw::messenger().critical(QString(), texts::archiveFailed());
+        return false;
     }
 
     double position = 0.0;
@@ -215,16 +232,6 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
         return false;
     }
 
-    std::unique_ptr<zipper::zip> archive;
-    try {
-        archive = std::make_unique<zipper::zip>(path);
-        archive->setCompressionLevel(options.compressionLevel);
-        archive->setEntryTime(moment.toSecsSinceEpoch());
-    } catch (const std::exception& e) {
-        qDebug() << e.what();
-        edw::messenger().critical(QString(), texts::archiveFailed());
-        return false;
-    }
     const QString documentEntry = key + QStringLiteral(".json");
     const auto& records = registry.records();
 

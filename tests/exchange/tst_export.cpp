@@ -386,6 +386,8 @@ void TestExport::failedExportLeavesExistingTargetUnchanged()
     RecordingProgress refused;
     QVERIFY(!ExportUss::Export(m_out->filePath("no/such/folder/a.uss"), {e}, false, refused));
     QCOMPARE(messenger.texts, QStringList{"Не смогли создать архив"});
+    QCOMPARE(refused.ended, 1);
+    QVERIFY(refused.values.isEmpty());
     QVERIFY(!QFileInfo::exists(m_out->filePath("no")));
     QVERIFY(workingFoldersLeft().isEmpty());
 }
@@ -395,6 +397,9 @@ void TestExport::failedExportLeavesExistingTargetUnchanged()
 // leaves those of running ones.
 void TestExport::leftoversOfEndedProcessesAreRemoved()
 {
+#ifndef Q_OS_UNIX
+    QSKIP("the processes are started with sh and sleep");
+#endif
     QProcess ended;
     ended.start("sh", {"-c", "exit 0"});
     QVERIFY(ended.waitForStarted());

@@ -321,9 +321,7 @@ void TestZipper::damagedEntryFailsAndLeavesNoFile()
     // Read with the document's bound, in less memory than the declared size: a lying directory
     // must not cost what it claims before a byte is read.
     const ziptest::AddressSpaceCeiling ceiling(256 << 20);
-#ifdef Q_OS_LINUX
-    QVERIFY(ceiling.active());
-#endif
+    if (!ceiling.active()) QSKIP("no address-space ceiling can be set here");
     QVERIFY_THROWS_EXCEPTION(zipper::error, u.readAll("TX\\model\\1.m3d", qint64(1) << 30));
 }
 

@@ -1,5 +1,6 @@
 #include "unzip.h"
 
+#include "pathname.h"
 #include "ziperror.h"
 
 #include <QFile>
@@ -32,7 +33,7 @@ QString unzip::normalized(QString entryName)
 unzip::unzip(const QString& path, const limits& bounds) : m_path(path), m_limits(bounds)
 {
     int code = 0;
-    m_zip = zip_open(QFile::encodeName(path).constData(), ZIP_RDONLY, &code);
+    m_zip = zip_open(libzipPath(path).constData(), ZIP_RDONLY, &code);
     if (!m_zip) {
         zip_error_t err;
         zip_error_init_with_code(&err, code);

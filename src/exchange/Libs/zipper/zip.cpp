@@ -1,5 +1,6 @@
 #include "zip.h"
 
+#include "pathname.h"
 #include "unzip.h"
 #include "ziperror.h"
 
@@ -10,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -27,8 +29,8 @@ namespace {
                 err ? zip_error_code_system(err) : 0);
 }
 
-// The partial archive beside the target: hidden, named after the target and the writing
-// process. libzip writes its own temporary file next to it ("<partial>.XXXXXX").
+// The partial archive beside the target: hidden on Unix, named after the target and the
+// writing process. libzip writes its own temporary file next to it ("<partial>.XXXXXX").
 QString partialPrefix(const QFileInfo& target)
 {
     return QLatin1Char('.') + target.fileName() + QStringLiteral(".part-");
@@ -55,8 +57,11 @@ zip::zip(const QString& path) : m_path(path)
 {
     const QFileInfo target(path);
     removeStalePartials(target);
+    // Unique within the process too: two writers of one target never share a partial.
+    static std::atomic<unsigned> serial{0};
     m_partial = target.absoluteDir().filePath(partialPrefix(target) +
-                                              QString::number(QCoreApplication::applicationPid()));
+                                              QString::number(QCoreApplication::applicationPid()) +
+                                              QLatin1Char('.') + QString::number(++serial));
     // libzip creates nothing before the archive is closed: a folder that cannot take the
     // archive is found now, before the work, not after it.
     {
@@ -67,7 +72,7 @@ zip::zip(const QString& path) : m_path(path)
         probe.remove();
     }
     int code = 0;
-    m_zip = zip_open(QFile::encodeName(m_partial).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
+    m_zip = zip_open(libzipPath(m_partial).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
     if (!m_zip) {
         zip_error_t err;
         zip_error_init_with_code(&err, code);
@@ -109,7 +114,7 @@ void zip::addCompressedFrom(const QString& archivePath, const QString& sourceEnt
     struct ::zip*& from = m_sources[archivePath];
     if (!from) {
         int code = 0;
-        from = zip_open(QFile::encodeName(archivePath).constData(), ZIP_RDONLY, &code);
+        from = zip_open(libzipPath(archivePath).constData(), ZIP_RDONLY, &code);
         if (!from) {
             m_sources.erase(archivePath);
             throw error("Failed to add file to archive", archivePath.toStdString(), code, 0);
@@ -146,7 +151,7 @@ void zip::addFile(const QString& sourcePath, const QString& entryName, Content c
 {
     if (!m_zip)
         throw error("Failed to add file to archive", entryName.toStdString(), ZIP_ER_INVAL, 0);
-    zip_source_t* source = zip_source_file(m_zip, QFile::encodeName(sourcePath).constData(), 0, -1);
+    zip_source_t* source = zip_source_file(m_zip, libzipPath(sourcePath).constData(), 0, -1);
     if (!source) fail("Failed to add file to archive", sourcePath, zip_get_error(m_zip));
     const QByteArray name = unzip::normalized(entryName).toUtf8();
     const zip_int64_t index = zip_file_add(m_zip, name.constData(), source, ZIP_FL_ENC_UTF_8);
@@ -201,6 +206,9 @@ void zip::setCommitProgress(std::function<void(double)> callback)
 void zip::commit()
 {
     if (!m_zip) throw error("Failed to write archive", m_path.toStdString(), ZIP_ER_INVAL, 0);
+    // libzip writes no file for an archive without entries: the target then goes, as it
+    // would have had libzip written it in place.
+    const bool empty = zip_get_num_entries(m_zip, 0) == 0;
     if (zip_close(m_zip) != 0) {
         zip_error_t* err = zip_get_error(m_zip);
         const int ze = zip_error_code_zip(err);
@@ -210,12 +218,10 @@ void zip::commit()
     }
     m_zip = nullptr;
     closeSources();
-    // libzip writes no file for an archive without entries; the target then goes, as it
-    // would have had libzip written it in place.
     std::error_code ec;
-    const std::filesystem::path partial(QFile::encodeName(m_partial).toStdString());
-    const std::filesystem::path target(QFile::encodeName(m_path).toStdString());
-    if (!std::filesystem::exists(partial, ec)) {
+    const std::filesystem::path partial = fsPath(m_partial);
+    const std::filesystem::path target = fsPath(m_path);
+    if (empty) {
         std::filesystem::remove(target, ec);
         return;
     }

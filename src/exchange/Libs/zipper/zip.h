@@ -11,7 +11,7 @@ struct zip;
 namespace zipper {
 
 // Writes a new ZIP archive. Entries are collected first and written when commit() runs into
-// a hidden partial archive beside the target (".<name>.part-<pid>"), renamed over the target
+// a hidden partial archive beside the target (".<name>.part-<pid>.<n>"), renamed over the target
 // only on success: an archive that is not committed (an error, a stop, a destroyed object,
 // a killed process) leaves whatever was at the target before untouched. Partial archives of
 // the same target left by processes that no longer run are removed by the next writer.
