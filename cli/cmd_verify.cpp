@@ -33,8 +33,10 @@ QStringList referencedEntries(const std::vector<exchange::ImportRecord>& records
     QStringList names;
     QSet<QString> seen;
     const auto add = [&](const QString& name) {
-        if (!name.isEmpty() && !seen.contains(name)) {
-            seen.insert(name);
+        // "a/b" and "a\b" are one entry: read once.
+        const QString key = zipper::unzip::normalized(name);
+        if (!name.isEmpty() && !seen.contains(key)) {
+            seen.insert(key);
             names.append(name);
         }
     };
