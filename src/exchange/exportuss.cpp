@@ -157,7 +157,7 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
     // Each export works in a folder of its own under the shared parent, so exports running
     // at the same time (other threads, other processes) never touch each other's files.
     const QString parent = workingFolder();
-    removeStaleWorkFolders(parent, folderPrefix);
+    removeStaleLeftovers(parent, folderPrefix);
     // Another export that ends may remove the empty parent between the two steps: try again.
     std::optional<QTemporaryDir> own;
     for (int attempt = 0; attempt < 3 && !(own && own->isValid()); ++attempt) {

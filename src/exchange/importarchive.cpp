@@ -28,7 +28,7 @@ const QString folderPrefix = QStringLiteral("uss_import_");
 // the next import.
 void removeStaleFolders()
 {
-    removeStaleWorkFolders(QDir::tempPath(), folderPrefix);
+    removeStaleLeftovers(QDir::tempPath(), folderPrefix);
 }
 
 QString safeSuffix(const QString& entryName)

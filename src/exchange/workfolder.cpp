@@ -4,6 +4,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 
 namespace exchange {
 
@@ -13,18 +15,28 @@ QString workFolderTemplate(const QString& parent, const QString& prefix)
                                  QStringLiteral("_XXXXXX"));
 }
 
-void removeStaleWorkFolders(const QString& parent, const QString& prefix)
+void removeStaleLeftovers(const QString& parent, const QString& prefix)
 {
     QDir dir(parent);
-    const QStringList names = dir.entryList({prefix + QLatin1Char('*')},
-                                            QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden);
+    const QStringList names =
+        dir.entryList({prefix + QLatin1Char('*')}, QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot |
+                                                       QDir::Hidden | QDir::System);
     for (const QString& name : names) {
-        const QString rest = name.mid(prefix.size());
-        const qsizetype separator = rest.indexOf(QLatin1Char('_'));
-        if (separator <= 0) continue;
+        // The process id: the digits right after the prefix, up to "_", "." or the end.
+        const QStringView rest = QStringView(name).mid(prefix.size());
+        qsizetype digits = 0;
+        while (digits < rest.size() && rest[digits].isDigit())
+            ++digits;
+        if (digits == 0 || (digits < rest.size() && rest[digits] != u'_' && rest[digits] != u'.'))
+            continue;
         bool ok = false;
-        const long long pid = rest.left(separator).toLongLong(&ok);
-        if (ok && !processIsRunning(pid)) QDir(dir.filePath(name)).removeRecursively();
+        const long long pid = rest.left(digits).toLongLong(&ok);
+        if (!ok || processIsRunning(pid)) continue;
+        const QString path = dir.filePath(name);
+        if (QFileInfo(path).isDir())
+            QDir(path).removeRecursively();
+        else
+            QFile::remove(path);
     }
 }
 

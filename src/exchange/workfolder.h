@@ -9,8 +9,9 @@ namespace exchange {
 
 // The QTemporaryDir template of a working folder of this process under parent.
 QString workFolderTemplate(const QString& parent, const QString& prefix);
-// Removes every folder under parent named by the template above whose process no longer
-// runs. Folders of running processes, this one included, are left alone.
-void removeStaleWorkFolders(const QString& parent, const QString& prefix);
+// Removes every folder or file under parent named prefix + process id (followed by "_", "."
+// or nothing) whose process no longer runs: working folders by the template above, partial
+// archives. Those of running processes, this one included, are left alone.
+void removeStaleLeftovers(const QString& parent, const QString& prefix);
 
 } // namespace exchange

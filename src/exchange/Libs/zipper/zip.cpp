@@ -4,7 +4,7 @@
 #include "unzip.h"
 #include "ziperror.h"
 
-#include "exchange/process.h"
+#include "exchange/workfolder.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -36,27 +36,13 @@ QString partialPrefix(const QFileInfo& target)
     return QLatin1Char('.') + target.fileName() + QStringLiteral(".part-");
 }
 
-// Partial archives of this target left by processes that no longer run.
-void removeStalePartials(const QFileInfo& target)
-{
-    const QString prefix = partialPrefix(target);
-    QDir dir = target.absoluteDir();
-    const QStringList names =
-        dir.entryList({prefix + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::System);
-    for (const QString& name : names) {
-        bool ok = false;
-        const long long pid =
-            name.mid(prefix.size()).section(QLatin1Char('.'), 0, 0).toLongLong(&ok);
-        if (ok && !exchange::processIsRunning(pid)) dir.remove(name);
-    }
-}
-
 } // namespace
 
 zip::zip(const QString& path) : m_path(path)
 {
     const QFileInfo target(path);
-    removeStalePartials(target);
+    // Partial archives of this target left by processes that no longer run.
+    exchange::removeStaleLeftovers(target.absolutePath(), partialPrefix(target));
     // Unique within the process too: two writers of one target never share a partial.
     static std::atomic<unsigned> serial{0};
     m_partial = target.absoluteDir().filePath(partialPrefix(target) +
