@@ -43,15 +43,6 @@ typedef struct es_provider es_provider_t;
 /* Native handle of a host window, widened to 64 bits. */
 typedef uint64_t marlouss_window_t;
 
-/* Request of the element editor (create, clone or edit a user element). The caller sets size
- * to sizeof(marlouss_edit_request_t) of the header it was built with, so that a caller and a
- * library of different ages still agree on the fields that both know. The fields after size
- * belong to the element editor. */
-typedef struct marlouss_edit_request
-{
-    uint32_t size;
-} marlouss_edit_request_t;
-
 /* ---- library identity ----------------------------------------------------------------------- */
 
 /* The library's name, L"marlouss". Always the same pointer, owned by the library. */
@@ -67,35 +58,6 @@ MARLOUSS_API const wchar_t* LIBRARYNAMEW(void);
 MARLOUSS_API void uss_get_command_id(const wchar_t* library, const wchar_t* command,
                                      unsigned int* id, unsigned int* idcat);
 
-/* ---- user elements -------------------------------------------------------------------------- */
-
-/* Creates, clones or edits a user element as the request says. False on failure. */
-MARLOUSS_API bool uss_create_clone_edit(marlouss_edit_request_t* request);
-
-/* Exports every user element of provider into an exchange archive chosen by the user. */
-MARLOUSS_API bool uss_export_all(es_provider_t* provider, marlouss_window_t parent);
-
-/* Exports the elements named in list (items separated by separator) from provider. */
-MARLOUSS_API bool uss_export_from_list(const wchar_t* list, const wchar_t* separator,
-                                       es_provider_t* provider);
-
-/* Imports user elements from an exchange archive chosen by the user into provider; flag is
- * handed through to the import dialog. */
-MARLOUSS_API bool uss_import(es_provider_t* provider, marlouss_window_t parent, bool flag);
-
-/* ---- drawing update ------------------------------------------------------------------------- */
-
-/* Tells the user that a drawing was rebuilt from the catalog: title and text of the notice;
- * flag (in/out) asks for a pop-up message instead of the notice for this drawing. Returns 1
- * (not 0) when it fails. */
-MARLOUSS_API int uss_show_update_dialog(marlouss_window_t parent, const wchar_t* title,
-                                        const wchar_t* text, bool* flag);
-
-/* Register of catalog items updated in this session. */
-MARLOUSS_API bool uss_try_update_rtw(const wchar_t* name);
-MARLOUSS_API bool uss_is_rtw_updated(const wchar_t* name);
-MARLOUSS_API void uss_reload_updated_rtw(void);
-
 /* ---- engineering systems -------------------------------------------------------------------- */
 
 /* Lets the user choose the current section of a drawing. request is the JSON record
@@ -104,11 +66,6 @@ MARLOUSS_API void uss_reload_updated_rtw(void);
  * (empty when none was chosen), in the library's buffer for this export. */
 MARLOUSS_API bool engsys_select_part_dialog(marlouss_window_t parent, const char* request,
                                             const char** result);
-
-/* Edits an engineering system and its conveyed medium; secondForm selects the second form of
- * the dialog. request and *result are JSON records as for engsys_select_part_dialog. */
-MARLOUSS_API bool engsys_medium_dialog(marlouss_window_t parent, bool flag, bool secondForm,
-                                       const char* request, const char** result);
 
 /* ---- drawings produced from building models ------------------------------------------------- */
 

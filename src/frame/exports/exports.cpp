@@ -7,7 +7,7 @@
 #include "engsys/drawing_files.h"
 #include "engsys/engsys.h"
 #include "frame/exports/boundary.h"
-#include "frame/exports/command_description.h"
+#include "catalog/command_description.h"
 #include "frame/session.h"
 #include "look/gui_messenger.h"
 

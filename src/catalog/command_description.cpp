@@ -1,4 +1,4 @@
-#include "frame/exports/command_description.h"
+#include "catalog/command_description.h"
 
 #include <QFileInfo>
 
