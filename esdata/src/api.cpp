@@ -5,6 +5,7 @@
 
 #include "catalog.h"
 #include "registry.h"
+#include "sql.h"
 #include "text.h"
 
 #include <mutex>
@@ -91,6 +92,8 @@ template <class F, class R> R guarded(Catalog* cat, R fail, F&& f)
     try {
         std::lock_guard lock(cat->mutex);
         return f(*cat);
+    } catch (const esdata::StoreError& e) {
+        esdata::setLastError(std::string(e.what()), int(e.fault));
     } catch (const std::exception& e) {
         esdata::setLastError(std::string(e.what()));
     } catch (...) {
@@ -872,6 +875,8 @@ const char16_t* esx_StoreFileAhead(es_provider_t* provider, const char16_t* path
         thread_local std::u16string stored;
         stored = catalogOf(provider)->storeAhead(view(path), move);
         return stored.c_str();
+    } catch (const esdata::StoreError& e) {
+        esdata::setLastError(std::string(e.what()), int(e.fault));
     } catch (const std::exception& e) {
         esdata::setLastError(std::string(e.what()));
     } catch (...) {
@@ -904,6 +909,21 @@ const char16_t* esx_UpdatedRtw(void)
 const char16_t* esx_LastError(void)
 {
     return esdata::lastError();
+}
+
+int esx_LastErrorCode(void)
+{
+    return esdata::lastErrorCode();
+}
+
+bool esx_CheckIntegrity(es_provider_t* provider)
+{
+    return call(provider, false, [&](Catalog& c) { return c.checkIntegrity(); });
+}
+
+void esx_TestFailWrite(uint32_t n)
+{
+    esdata::failWriteAt(n);
 }
 
 } // extern "C"

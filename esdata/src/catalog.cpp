@@ -18,6 +18,7 @@ namespace {
 
 constexpr const char* kFormat = "esdata-catalog";
 constexpr int kFormatVersion = 1;
+constexpr int kBusyMilliseconds = 3000;
 
 const char* const kSchema = R"SQL(
 CREATE TABLE es_meta(key TEXT PRIMARY KEY, value) WITHOUT ROWID;
@@ -284,7 +285,9 @@ std::unique_ptr<Catalog> Catalog::open(const std::u16string& path, std::u16strin
 
 bool Catalog::initialise(bool create, std::string& error)
 {
-    sqlite3_busy_timeout(m_db, 5000);
+    // A catalog another program holds for writing is waited for a few seconds, then the call
+    // fails with the lock named (esx_LastErrorCode ESX_ERROR_LOCKED).
+    sqlite3_busy_timeout(m_db, kBusyMilliseconds);
     sqlite3_extended_result_codes(m_db, 1);
     try {
         sqlite3_stmt* st = nullptr;
@@ -1099,13 +1102,9 @@ bool Catalog::clearModel(es_model* m)
 std::u16string Catalog::storeAhead(std::u16string_view file, bool move) const
 {
     const QString folder = toQString(m_filesDir);
-    StoredFile stored;
-    QString error;
     if (!QDir().mkpath(folder))
-        throw std::runtime_error("cannot create the folder " + folder.toStdString());
-    const bool done = move ? takeFile(folder, toQString(file), stored, error)
-                           : storeFile(folder, toQString(file), stored, error);
-    if (!done) throw std::runtime_error(error.toStdString());
+        throw StoreError(Fault::Write, "cannot create the folder " + folder.toStdString());
+    const StoredFile stored = storeFile(folder, toQString(file), move);
     return filePath(fromQString(stored.name));
 }
 
@@ -1150,16 +1149,13 @@ void Catalog::requireStored(const std::u16string& name)
 
 bool Catalog::storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest)
 {
-    StoredFile stored;
-    QString error;
     if (!m_filesDirReady) {
         if (!QDir().mkpath(toQString(m_filesDir)))
-            throw std::runtime_error("cannot create the folder " +
-                                     toQString(m_filesDir).toStdString());
+            throw StoreError(Fault::Write,
+                             "cannot create the folder " + toQString(m_filesDir).toStdString());
         m_filesDirReady = true;
     }
-    if (!storeFile(toQString(m_filesDir), toQString(file), stored, error))
-        throw std::runtime_error(error.toStdString());
+    const StoredFile stored = storeFile(toQString(m_filesDir), toQString(file), false);
     name = fromQString(stored.name);
     digest = fromQString(stored.digest);
     return true;
@@ -1373,6 +1369,28 @@ bool Catalog::runCommand(std::u16string_view xml)
             created(Kind::Spec, s);
     }
     return true;
+}
+
+bool Catalog::checkIntegrity()
+{
+    sqlite3_stmt* st = nullptr;
+    if (sqlite3_prepare_v2(m_db, "PRAGMA quick_check(20)", -1, &st, nullptr) != SQLITE_OK)
+        throwSql(m_db, "integrity check");
+    std::vector<std::u16string> rows;
+    try {
+        Query q(m_db, st);
+        while (q.next())
+            rows.push_back(q.text(0));
+    } catch (...) {
+        sqlite3_finalize(st);
+        throw;
+    }
+    sqlite3_finalize(st);
+    if (rows.size() == 1 && rows[0] == u"ok") return true;
+    QString what;
+    for (const std::u16string& r : rows)
+        what += (what.isEmpty() ? QString() : QStringLiteral("; ")) + toQString(r);
+    throw StoreError(Fault::Damaged, "Каталог повреждён: " + what.toStdString());
 }
 
 // ---- objects ------------------------------------------------------------------------------

@@ -112,6 +112,8 @@ public:
     const std::vector<es_spec*>& specs(es_stdsize* e);
 
     bool runCommand(std::u16string_view xml);
+    // PRAGMA quick_check: true when the database is whole; throws what is damaged otherwise.
+    bool checkIntegrity();
 
     // objects
     es_object* createObject(es_stdsize* e);

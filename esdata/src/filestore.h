@@ -12,17 +12,15 @@ namespace esdata {
 struct StoredFile
 {
     QString name;   // "<md5><.ext>" inside the folder
-    QString digest; // MD5 of the content, lower-case hex
+    QString digest; // MD5 of the stored bytes, lower-case hex
 };
 
-// Copies source into folder under the name of its digest (an existing copy is kept). The
-// folder must exist.
-// False with a reason when the source cannot be read or the copy cannot be written.
-bool storeFile(const QString& folder, const QString& source, StoredFile& out, QString& error);
-
-// The same, moving source into the folder instead of copying it where the file system allows;
-// source is gone afterwards either way.
-bool takeFile(const QString& folder, const QString& source, StoredFile& out, QString& error);
+// Stores source in folder (which must exist) under the MD5 of the bytes actually stored: the
+// bytes are hashed as they are copied, and the copy is named only once it is whole and on the
+// disk. With move the file is renamed into the folder where the file system allows (and
+// hashed there), and source is gone afterwards. Throws StoreError: Failed when source cannot
+// be read, Write when the copy, its sync or its rename fails.
+StoredFile storeFile(const QString& folder, const QString& source, bool move);
 
 // The whole content of path; false when it is not a readable file.
 bool readBytes(const QString& path, std::vector<uint8_t>& out);

@@ -1,11 +1,14 @@
 #include "registry.h"
 
 #include "catalog.h"
+#include "sql.h"
 #include "text.h"
 
 #include <QDir>
 #include <QFileInfo>
 
+#include <csignal>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -30,6 +33,27 @@ Registry& registry()
 }
 
 thread_local std::u16string t_lastError;
+thread_local int t_lastErrorCode = 0;
+
+// A write past the file-size limit must fail as a write error that the caller reports, not
+// end the process with SIGXFSZ: the store's writes all check their results.
+void ignoreFileSizeSignal()
+{
+#if defined(SIGXFSZ)
+    static std::once_flag once;
+    std::call_once(once, [] { std::signal(SIGXFSZ, SIG_IGN); });
+#endif
+}
+
+// The write fault seam of esx_TestFailWrite, for tests that run a whole program.
+void readFaultSeam()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        if (const char* n = std::getenv("ESDATA_FAIL_WRITE"); n && std::atoi(n) > 0)
+            failWriteAt(uint32_t(std::atoi(n)));
+    });
+}
 
 std::u16string canonical(std::u16string_view path)
 {
@@ -65,6 +89,8 @@ es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, b
         setLastError(std::string("no catalog path given"));
         return nullptr;
     }
+    ignoreFileSizeSignal();
+    readFaultSeam();
     std::u16string key = canonical(path);
     Registry& r = registry();
     std::lock_guard lock(r.mutex);
@@ -142,16 +168,24 @@ const char16_t* updatedItems()
 void setLastError(std::u16string_view text)
 {
     t_lastError = text;
+    t_lastErrorCode = 1;
 }
 
-void setLastError(const std::string& utf8)
+void setLastError(const std::string& utf8, int code)
 {
     t_lastError = fromQString(QString::fromStdString(utf8));
+    t_lastErrorCode = code;
 }
 
 void clearLastError()
 {
     t_lastError.clear();
+    t_lastErrorCode = 0;
+}
+
+int lastErrorCode()
+{
+    return t_lastErrorCode;
 }
 
 const char16_t* lastError()

@@ -21,9 +21,11 @@ bool recordUpdated(std::u16string_view item);
 const char16_t* updatedItems();
 
 void setLastError(std::u16string_view text);
-void setLastError(const std::string& utf8);
+// code: an ESX_ERROR_ code (1, failed, unless told otherwise).
+void setLastError(const std::string& utf8, int code = 1);
 void clearLastError();
 const char16_t* lastError();
+int lastErrorCode();
 
 } // namespace esdata
 

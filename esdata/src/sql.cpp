@@ -1,5 +1,6 @@
 #include "sql.h"
 
+#include <atomic>
 #include <charconv>
 #include <string>
 
@@ -9,7 +10,44 @@ namespace esdata {
 
 void throwSql(sqlite3* db, const char* what)
 {
-    throw SqlError(std::string(what) + ": " + (db ? sqlite3_errmsg(db) : "no database"));
+    const std::string text =
+        std::string(what) + ": " + (db ? sqlite3_errmsg(db) : "no database");
+    switch (db ? sqlite3_extended_errcode(db) & 0xff : SQLITE_ERROR) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        throw StoreError(Fault::Locked, std::string(kLockedText) + " (" + text + ")");
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        throw StoreError(Fault::Damaged, "Каталог повреждён (" + text + ")");
+    case SQLITE_FULL:
+    case SQLITE_IOERR:
+    case SQLITE_READONLY:
+    case SQLITE_CANTOPEN:
+        throw StoreError(Fault::Write, text);
+    default:
+        throw StoreError(Fault::Failed, text);
+    }
+}
+
+namespace {
+std::atomic<uint32_t> g_failAt{0};
+std::atomic<uint32_t> g_writes{0};
+} // namespace
+
+void failWriteAt(uint32_t n)
+{
+    g_writes = 0;
+    g_failAt = n;
+}
+
+void writePoint(const char* what)
+{
+    const uint32_t at = g_failAt.load(std::memory_order_relaxed);
+    if (at == 0) return;
+    if (++g_writes == at) {
+        g_failAt = 0;
+        throw StoreError(Fault::Write, std::string("injected write failure: ") + what);
+    }
 }
 
 bool Query::next()
@@ -26,7 +64,13 @@ void exec(sqlite3* db, const char* sql)
     if (sqlite3_exec(db, sql, nullptr, nullptr, &msg) != SQLITE_OK) {
         std::string text = msg ? msg : "error";
         sqlite3_free(msg);
-        throw SqlError(text);
+        const int code = sqlite3_extended_errcode(db) & 0xff;
+        if (code == SQLITE_BUSY || code == SQLITE_LOCKED)
+            throw StoreError(Fault::Locked, std::string(kLockedText) + " (" + text + ")");
+        throw StoreError(code == SQLITE_CORRUPT || code == SQLITE_NOTADB ? Fault::Damaged
+                         : code == SQLITE_FULL || code == SQLITE_IOERR   ? Fault::Write
+                                                                         : Fault::Failed,
+                         text);
     }
 }
 

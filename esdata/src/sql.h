@@ -12,13 +12,35 @@
 
 namespace esdata {
 
-class SqlError : public std::runtime_error
+// Why a call failed, as esx_LastErrorCode tells it (the ESX_ERROR_ codes).
+enum class Fault : int
 {
-public:
-    using std::runtime_error::runtime_error;
+    Failed = 1,
+    Locked = 2,
+    Damaged = 3,
+    Write = 4
 };
 
+// A failure the caller can tell apart: a lock held by another program, a damaged catalog, a
+// write that did not reach the disk.
+class StoreError : public std::runtime_error
+{
+public:
+    StoreError(Fault fault, const std::string& text) : std::runtime_error(text), fault(fault) {}
+    Fault fault;
+};
+
+using SqlError = StoreError;
+
+// The text every lock failure starts with; callers may recognise it.
+inline constexpr const char* kLockedText =
+    "Каталог занят другой программой (заблокирован для записи)";
+
 [[noreturn]] void throwSql(sqlite3* db, const char* what);
+// Counts one write (a statement that changes the catalog, or a stored file) and fails it when
+// it is the one a test asked to fail (esx_TestFailWrite).
+void writePoint(const char* what);
+void failWriteAt(uint32_t n);
 void utf8To16(const unsigned char* p, int n, std::u16string& out);
 void utf16To8(std::u16string_view in, std::string& out);
 
@@ -83,6 +105,7 @@ public:
     bool next();
     void run()
     {
+        if (!sqlite3_stmt_readonly(m_stmt)) writePoint("statement");
         while (next()) {
         }
     }

@@ -302,6 +302,40 @@ ESDATA_API const char16_t* esx_UpdatedRtw(void);
  * the next call on this thread. */
 ESDATA_API const char16_t* esx_LastError(void);
 
+/* What kind of failure the last call of this thread met (0 when it did not fail):
+ * - ESX_ERROR_LOCKED: another program holds the catalog for writing. Each call waits for it
+ *   a few seconds (3 s), once, then fails; esx_LastError then starts with the text
+ *   "Каталог занят другой программой (заблокирован для записи)". A caller that writes many
+ *   elements stops at the first such failure rather than wait again for every element.
+ * - ESX_ERROR_DAMAGED: the catalog file has damaged pages.
+ * - ESX_ERROR_WRITE: a write did not reach the disk (full disk, file-size limit, read-only
+ *   file or folder, failed copy, sync or rename of a stored file). Nothing of the failed call
+ *   is kept; inside a transaction scope the caller rolls the scope back.
+ * - ESX_ERROR_FAILED: anything else (bad arguments, dead handles, missing files to read).
+ * Opening a catalog makes the process ignore SIGXFSZ, so that a write past the file-size
+ * limit fails as ESX_ERROR_WRITE instead of ending the process. */
+enum
+{
+    ESX_ERROR_NONE = 0,
+    ESX_ERROR_FAILED = 1,
+    ESX_ERROR_LOCKED = 2,
+    ESX_ERROR_DAMAGED = 3,
+    ESX_ERROR_WRITE = 4
+};
+ESDATA_API int esx_LastErrorCode(void);
+/* Checks the catalog's pages (PRAGMA quick_check): true when whole. False with
+ * esx_LastErrorCode ESX_ERROR_DAMAGED and esx_LastError telling what is damaged, so that a
+ * writer can refuse the catalog before it writes. Reads the whole file: call it once before
+ * a long run of writes, not per element. */
+ESDATA_API bool esx_CheckIntegrity(es_provider_t* provider);
+/* Test seam: the n-th write from now (counted over every catalog of the process) fails as a
+ * write error (ESX_ERROR_WRITE) as if the disk had refused it; 0 turns the seam off. A write
+ * is one statement that changes a catalog or one file stored in a catalog's file folder; one
+ * write fails, the ones after it succeed again. A process started with the environment
+ * variable ESDATA_FAIL_WRITE=n behaves as if it had called esx_TestFailWrite(n) before its
+ * first catalog was opened. */
+ESDATA_API void esx_TestFailWrite(uint32_t n);
+
 #ifdef __cplusplus
 }
 #endif
