@@ -9,6 +9,9 @@
 
 #include <sqlite3.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <atomic>
 #include <thread>
 
@@ -23,6 +26,8 @@ private slots:
     void modelIsStoredByDigest_data();
     void modelIsStoredByDigest();
     void modelRefusesUnreadableFile();
+    void rewrittenFileIsStoredWithItsNewContent_data();
+    void rewrittenFileIsStoredWithItsNewContent();
     void projectionsKeepOrderAndShareContent();
     void representationRoundTrips();
     void fileStoredAheadIsFoundByTheWrite_data();
@@ -109,6 +114,54 @@ void TstEsdataFiles::modelIsStoredByDigest()
     QVERIFY(model_IsEmpty(m));
     QCOMPARE(qs(model_GetModelFile(m)), QString());
     QCOMPARE(qs(model_GetDigest(m)), QString());
+}
+
+void TstEsdataFiles::rewrittenFileIsStoredWithItsNewContent_data()
+{
+    QTest::addColumn<bool>("ahead");
+    QTest::newRow("model written") << false;
+    QTest::newRow("stored ahead") << true;
+}
+
+// A file rewritten in place with the same size and modification time (cp -p, an archive
+// extraction, two writes within one tick) is stored with what it holds now.
+void TstEsdataFiles::rewrittenFileIsStoredWithItsNewContent()
+{
+    QFETCH(bool, ahead);
+    const QString file = src(ahead ? "ahead.m3d" : "rewritten.m3d");
+    const QByteArray first("first content "), second("second content");
+    QCOMPARE(first.size(), second.size());
+    QVERIFY(writeFile(file, first));
+    struct stat before;
+    QCOMPARE(::stat(QFile::encodeName(file).constData(), &before), 0);
+    es_model_t* m = stdsize_GetModel(m_e);
+    auto store = [&] {
+        std::u16string path = u16(file);
+        if (ahead) {
+            const char16_t* stored = esx_StoreFileAhead(m_p, path.c_str(), false);
+            if (!stored) return false;
+            path = stored;
+        }
+        return model_SetModelEx(m, path.c_str(), nullptr, u"m", 1);
+    };
+    QVERIFY(store());
+    QCOMPARE(readFile(qs(model_GetModelFile(m))), first);
+
+    QFile f(file);
+    QVERIFY(f.open(QIODevice::ReadWrite));
+    QCOMPARE(f.write(second), second.size());
+    f.close();
+    const timespec times[2] = {before.st_atim, before.st_mtim};
+    QCOMPARE(::utimensat(AT_FDCWD, QFile::encodeName(file).constData(), times, 0), 0);
+    struct stat after;
+    QCOMPARE(::stat(QFile::encodeName(file).constData(), &after), 0);
+    QCOMPARE(after.st_ino, before.st_ino);
+    QCOMPARE(after.st_size, before.st_size);
+    QCOMPARE(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+
+    QVERIFY(store());
+    QCOMPARE(qs(model_GetDigest(m)), md5(second));
+    QCOMPARE(readFile(qs(model_GetModelFile(m))), second);
 }
 
 void TstEsdataFiles::modelRefusesUnreadableFile()
