@@ -8,6 +8,7 @@
 #include "sql.h"
 #include "text.h"
 
+#include <cmath>
 #include <mutex>
 
 using esdata::Catalog;
@@ -453,9 +454,18 @@ bool stdsize_SetValueI(es_stdsize_t* element, es_attribute_t* attribute, int32_t
     });
 }
 
+// A real value is a finite number: not a number and infinities have no stored form.
+static bool finiteReal(double value)
+{
+    if (std::isfinite(value)) return true;
+    esdata::setLastError(std::string("a real value must be a finite number"));
+    return false;
+}
+
 bool stdsize_SetValueD(es_stdsize_t* element, es_attribute_t* attribute, double value)
 {
-    if (!attribute) return false;
+    esdata::clearLastError();
+    if (!attribute || !finiteReal(value)) return false;
     return call(element, false, [&](Catalog& c) {
         return alive(attribute) && c.setValue(element, attribute, realValue(value));
     });
@@ -772,6 +782,8 @@ bool object_SetValueI(es_object_t* object, es_attribute_t* attribute, int32_t va
 
 bool object_SetValueD(es_object_t* object, es_attribute_t* attribute, double value)
 {
+    esdata::clearLastError();
+    if (!finiteReal(value)) return false;
     return objectSet(object, attribute, realValue(value));
 }
 

@@ -2,6 +2,10 @@
 
 #include <QLocale>
 
+#include <charconv>
+#include <cmath>
+#include <string>
+
 namespace edw {
 
 QString fromEs(const char16_t* text)
@@ -31,20 +35,44 @@ QString valueToText(const es_value& value)
     return {};
 }
 
+namespace {
+
+// The text as plain ASCII with a leading "+" dropped, or empty when it holds anything else:
+// blanks around a number, other digits and signs make it no number at all.
+std::string numberChars(const QString& text)
+{
+    std::string out;
+    out.reserve(size_t(text.size()));
+    for (QChar c : text) {
+        if (c.unicode() > 0x7f) return {};
+        out.push_back(char(c.unicode()));
+    }
+    if (out.size() > 1 && out[0] == '+' && out[1] != '-') out.erase(0, 1);
+    return out;
+}
+
+} // namespace
+
 int32_t textToInt(const QString& text)
 {
-    bool ok = false;
-    const int result = text.toInt(&ok, 10);
-    return ok ? result : 0;
+    const std::string chars = numberChars(text);
+    int32_t result = 0;
+    const auto [end, error] = std::from_chars(chars.data(), chars.data() + chars.size(), result);
+    return chars.empty() || error != std::errc() || end != chars.data() + chars.size() ? 0
+                                                                                        : result;
 }
 
 double textToReal(const QString& text)
 {
     QString dotted = text;
     dotted.replace(QLatin1Char(','), QLatin1Char('.'));
-    bool ok = false;
-    const double result = dotted.toDouble(&ok);
-    return ok ? result : 0.0;
+    const std::string chars = numberChars(dotted);
+    double result = 0.0;
+    const auto [end, error] = std::from_chars(chars.data(), chars.data() + chars.size(), result);
+    if (chars.empty() || error != std::errc() || end != chars.data() + chars.size() ||
+        !std::isfinite(result))
+        return 0.0;
+    return result;
 }
 
 bool writeValue(es_stdsize_t* element, es_attribute_t* attribute, const QString& text)

@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <limits>
+
 #include <cmath>
 
 class TstEsdataValues : public QObject
@@ -18,6 +20,8 @@ private slots:
     void valuesAreTaggedAndPersist_data();
     void valuesAreTaggedAndPersist();
     void valueOfAnotherTableIsRefused();
+    void nonFiniteRealIsRefused_data();
+    void nonFiniteRealIsRefused();
     void newElementReadsBackWhatWasWritten_data();
     void newElementReadsBackWhatWasWritten();
     void uniqueValuesAreSortedAndJoined_data();
@@ -149,6 +153,32 @@ void TstEsdataValues::newElementReadsBackWhatWasWritten()
     }
     QVERIFY(esx_Commit(m_p));
     check();
+}
+
+void TstEsdataValues::nonFiniteRealIsRefused_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN();
+    QTest::newRow("infinity") << std::numeric_limits<double>::infinity();
+    QTest::newRow("negative infinity") << -std::numeric_limits<double>::infinity();
+}
+
+void TstEsdataValues::nonFiniteRealIsRefused()
+{
+    QFETCH(double, value);
+    es_attribute_t* a = table_FindAttribute(stdsize_GetTable(m_e), u"Mass");
+    QVERIFY(stdsize_SetValueD(m_e, a, 7.25));
+    QVERIFY(!stdsize_SetValueD(m_e, a, value));
+    es_object_t* o = pool_CreateObject(esGetLibraryProviderPool(u"orvik.aec.engsystx"), m_e, u"");
+    QVERIFY(o);
+    QVERIFY(!object_SetValueD(o, a, value));
+    es_value v;
+    QVERIFY(object_GetValueByName(o, u"Mass", &v));
+    QCOMPARE(v.d, 7.25);
+    object_Delete(o);
+    QVERIFY(stdsize_GetValue(m_e, a, &v));
+    QCOMPARE(int(v.kind), int(ES_VALUE_REAL));
+    QCOMPARE(v.d, 7.25);
 }
 
 void TstEsdataValues::valueOfAnotherTableIsRefused()
