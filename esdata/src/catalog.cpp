@@ -80,6 +80,8 @@ CREATE TABLE es_projection(
   digest TEXT NOT NULL,
   icon BLOB);
 CREATE INDEX es_projection_element ON es_projection(element, pos);
+CREATE INDEX es_model_file ON es_model(file COLLATE NOCASE);
+CREATE INDEX es_projection_file ON es_projection(file COLLATE NOCASE);
 CREATE TABLE es_spec(
   id INTEGER PRIMARY KEY AUTOINCREMENT,
   element INTEGER NOT NULL REFERENCES es_element(id) ON DELETE CASCADE,
@@ -182,6 +184,11 @@ enum Catalog::Stmt : unsigned
     sUnique,
     sInsertAttrFull,
     sNamedFiles,
+    sModelFile,
+    sProjFile,
+    sElementFiles,
+    sSubtreeFiles,
+    sFileNamed,
     sStmtCount
 };
 
@@ -250,6 +257,16 @@ static const char* const kStatements[] = {
     "INSERT INTO es_attribute(folder, pos, number, old_number, name, description, type, "
     "var_name, measure, formula) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
     "SELECT file FROM es_model UNION SELECT file FROM es_projection",
+    "SELECT file FROM es_model WHERE element=?",
+    "SELECT file FROM es_projection WHERE id=?",
+    "SELECT file FROM es_model WHERE element=?1 UNION SELECT file FROM es_projection WHERE "
+    "element=?1",
+    "WITH RECURSIVE sub(id) AS (SELECT ?1 UNION ALL SELECT f.id FROM es_folder f JOIN sub ON "
+    "f.parent=sub.id), el(id) AS (SELECT e.id FROM es_element e JOIN sub ON e.folder=sub.id) "
+    "SELECT m.file FROM es_model m JOIN el ON m.element=el.id UNION "
+    "SELECT p.file FROM es_projection p JOIN el ON p.element=el.id",
+    "SELECT 1 FROM es_model WHERE file=?1 COLLATE NOCASE UNION ALL "
+    "SELECT 1 FROM es_projection WHERE file=?1 COLLATE NOCASE LIMIT 1",
 };
 
 // ---- opening ------------------------------------------------------------------------------
@@ -369,6 +386,7 @@ bool Catalog::initialise(bool create, std::string& error)
             }
             m_dbName = name;
             exec(m_db, "PRAGMA journal_mode=WAL");
+            addFileIndexes();
         }
         exec(m_db, "PRAGMA synchronous=NORMAL");
         exec(m_db, "PRAGMA foreign_keys=ON");
@@ -679,10 +697,12 @@ bool Catalog::deleteChild(es_folder* folder, es_folder* child)
             while (q.next())
                 elements.push_back(q.i64(0));
         }
+        collectFiles(sSubtreeFiles, child->id);
         Query del = query(sDeleteFolder);
         del.bind(1, child->id).run();
         return true;
     });
+    removeUnused();
     for (int64_t id : elements)
         if (auto it = m_elements.find(id); it != m_elements.end())
             killed(Kind::Element, it->second);
@@ -933,12 +953,14 @@ bool Catalog::deleteElement(es_table* table, es_stdsize* element)
 {
     if (element->folder != table->folder) return false;
     writeSingle([&] {
+        collectFiles(sElementFiles, element->id);
         Query del = query(sDeleteElement);
         del.bind(1, element->id).run();
         return true;
     });
     killed(Kind::Element, element);
     if (fresh(table->elementsGen)) std::erase(table->elements, element);
+    removeUnused();
     return true;
 }
 
@@ -1091,11 +1113,13 @@ es_model* Catalog::model(es_stdsize* e)
 bool Catalog::clearModel(es_model* m)
 {
     writeSingle([&] {
+        collectFiles(sModelFile, m->element->id);
         Query q = query(sClearModel);
         q.bind(1, m->element->id).run();
         return true;
     });
     m->gen = kStale;
+    removeUnused();
     return true;
 }
 
@@ -1105,7 +1129,10 @@ std::u16string Catalog::storeAhead(std::u16string_view file, bool move) const
     if (!QDir().mkpath(folder))
         throw StoreError(Fault::Write, "cannot create the folder " + folder.toStdString());
     const StoredFile stored = storeFile(folder, toQString(file), move);
-    return filePath(fromQString(stored.name));
+    const std::u16string name = fromQString(stored.name);
+    // Not removed as unused while the write it was stored for is still to come.
+    storedAhead(name);
+    return filePath(name);
 }
 
 uint32_t Catalog::removeUnusedFiles(const std::vector<std::u16string>& files)
@@ -1139,12 +1166,88 @@ uint32_t Catalog::removeUnusedFiles(const std::vector<std::u16string>& files)
     }
 }
 
-void Catalog::requireStored(const std::u16string& name)
+void Catalog::ensureStored(std::u16string_view file, std::u16string& name, std::u16string& digest)
 {
     // Checked under the write lock: another connection's removal of unused files may have
-    // taken the file after it was stored and before this row could name it.
-    if (!QFileInfo::exists(toQString(filePath(name))))
-        throw std::runtime_error("the stored file is gone: " + toQString(name).toStdString());
+    // taken the file after it was stored and before this row could name it. Stored again
+    // now, no remover can come in between.
+    if (!QFileInfo::exists(toQString(filePath(name)))) storeCopy(file, name, digest);
+    named(name);
+}
+
+void Catalog::collectFiles(Stmt s, int64_t id)
+{
+    Query q = query(s);
+    q.bind(1, id);
+    while (q.next())
+        m_unused.push_back(q.text(0));
+}
+
+void Catalog::addFileIndexes()
+{
+    // Catalogs made before the removal of unused files have no index on stored file names. A
+    // catalog that cannot be written to works without it.
+    sqlite3_exec(m_db,
+                 "CREATE INDEX IF NOT EXISTS es_model_file ON es_model(file COLLATE NOCASE);"
+                 "CREATE INDEX IF NOT EXISTS es_projection_file ON es_projection(file COLLATE "
+                 "NOCASE)",
+                 nullptr, nullptr, nullptr);
+}
+
+static std::u16string folded(std::u16string_view name)
+{
+    return fromQString(toQString(name).toCaseFolded());
+}
+
+void Catalog::storedAhead(const std::u16string& name) const
+{
+    std::lock_guard lock(m_aheadMutex);
+    ++m_ahead[folded(name)];
+}
+
+void Catalog::named(const std::u16string& name)
+{
+    std::lock_guard lock(m_aheadMutex);
+    if (auto it = m_ahead.find(folded(name)); it != m_ahead.end() && --it->second <= 0)
+        m_ahead.erase(it);
+}
+
+void Catalog::removeUnused()
+{
+    if (m_unused.empty() || m_inScope) return;
+    // Without waiting: a catalog held by another writer keeps the names for the next time.
+    sqlite3_busy_timeout(m_db, 0);
+    try {
+        query(sBegin).run();
+        try {
+            std::vector<std::u16string> keep;
+            for (const std::u16string& name : m_unused) {
+                bool stillNamed = false;
+                {
+                    Query q = query(sFileNamed);
+                    q.bind(1, name);
+                    stillNamed = q.next();
+                }
+                bool ahead = false;
+                {
+                    std::lock_guard lock(m_aheadMutex);
+                    ahead = m_ahead.count(folded(name)) > 0;
+                }
+                if (stillNamed || ahead) continue;
+                const QString path = toQString(filePath(name));
+                if (QFileInfo::exists(path) && !QFile::remove(path)) keep.push_back(name);
+            }
+            query(sCommit).run();
+            m_unused = std::move(keep);
+        } catch (...) {
+            sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+            throw;
+        }
+    } catch (...) {
+        // The data are written; the files wait for the next removal.
+        if (m_unused.size() > 4096) m_unused.clear();
+    }
+    sqlite3_busy_timeout(m_db, kBusyMilliseconds);
 }
 
 bool Catalog::storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest)
@@ -1169,7 +1272,8 @@ bool Catalog::setModel(es_model* m, std::u16string_view file, std::u16string_vie
     std::vector<uint8_t> iconBytes;
     readBytes(toQString(icon), iconBytes);
     writeSingle([&] {
-        requireStored(stored);
+        ensureStored(file, stored, digest);
+        collectFiles(sModelFile, m->element->id);
         Query q = query(sSetModel);
         q.bind(1, m->element->id)
             .bind(2, stored)
@@ -1187,6 +1291,7 @@ bool Catalog::setModel(es_model* m, std::u16string_view file, std::u16string_vie
     m->version = version;
     m->icon = std::move(iconBytes);
     m->gen = m_gen;
+    removeUnused();
     return true;
 }
 
@@ -1233,7 +1338,7 @@ es_projection* Catalog::addProjection(es_projections* list, std::u16string_view 
     readBytes(toQString(icon), iconBytes);
     projections(list);
     int64_t id = writeSingle([&] {
-        requireStored(stored);
+        ensureStored(file, stored, digest);
         int64_t pos = 0;
         {
             Query q = query(sProjNextPos);
@@ -1275,12 +1380,14 @@ bool Catalog::deleteProjection(es_projections* list, es_projection* p)
 {
     if (p->element != list->element) return false;
     writeSingle([&] {
+        collectFiles(sProjFile, p->id);
         Query q = query(sDeleteProj);
         q.bind(1, p->id).run();
         return true;
     });
     killed(Kind::Projection, p);
     if (fresh(list->gen)) std::erase(list->items, p);
+    removeUnused();
     return true;
 }
 
@@ -1423,6 +1530,7 @@ bool Catalog::begin()
     if (m_inScope) throw std::runtime_error("a transaction scope is already open");
     query(sBegin).run();
     m_inScope = true;
+    m_unusedBeforeScope = m_unused.size();
     m_scopeOwner = std::this_thread::get_id();
     m_scopeCreated.clear();
     m_scopeKilled.clear();
@@ -1437,6 +1545,9 @@ bool Catalog::commit()
     m_inScope = false;
     m_scopeCreated.clear();
     m_scopeKilled.clear();
+    // Files named by rows the scope deleted go once the deletion is committed: a rolled back
+    // scope brings its rows back with their files.
+    removeUnused();
     return true;
 }
 
@@ -1496,6 +1607,7 @@ bool Catalog::rollback()
         throw std::runtime_error("no transaction scope of this thread is open");
     query(sRollback).run();
     m_inScope = false;
+    m_unused.resize(std::min(m_unused.size(), m_unusedBeforeScope));
     // What was killed inside lives again; what was made inside never existed. The order
     // matters for a handle both made and killed inside the scope.
     for (const Tracked& t : m_scopeKilled)

@@ -165,7 +165,15 @@ private:
     void eraseFromMap(const Tracked& t);
     const std::u16string* intern(std::u16string_view s);
     const std::u16string* intern(const Query& q, int column);
-    void requireStored(const std::u16string& name);
+    void ensureStored(std::u16string_view file, std::u16string& name, std::u16string& digest);
+    // Notes the stored files the rows about to be deleted by s (of id) name.
+    void collectFiles(Stmt s, int64_t id);
+    // Removes the noted files that no row names any more (outside a scope, or once it is
+    // committed) and that no write of this process is still to name.
+    void removeUnused();
+    void addFileIndexes();
+    void storedAhead(const std::u16string& name) const;
+    void named(const std::u16string& name);
     bool storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest);
     std::u16string filePath(const std::u16string& name) const;
 
@@ -196,6 +204,11 @@ private:
     uint64_t m_packetListGen = kStale;
     std::vector<es_packet*> m_packetList;
     std::unordered_set<es_object*> m_objects;
+
+    std::vector<std::u16string> m_unused; // stored names of deleted rows
+    size_t m_unusedBeforeScope = 0;
+    mutable std::mutex m_aheadMutex;
+    mutable std::unordered_map<std::u16string, int> m_ahead; // case folded, stored ahead
 
     bool m_inScope = false;
     std::thread::id m_scopeOwner;

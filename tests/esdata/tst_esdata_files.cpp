@@ -35,6 +35,8 @@ private slots:
     void storingAheadDoesNotWaitForAnOpenScope();
     void storedFileIsRemovedOnlyWhenUnused_data();
     void storedFileIsRemovedOnlyWhenUnused();
+    void fileGoesWithTheLastRowNamingIt_data();
+    void fileGoesWithTheLastRowNamingIt();
     void createSpecReplacesRecords_data();
     void createSpecReplacesRecords();
 
@@ -296,6 +298,77 @@ void TstEsdataFiles::storingAheadDoesNotWaitForAnOpenScope()
 
     QVERIFY(!esx_StoreFileAhead(m_p, u16(src("missing.frw")).c_str(), true));
     QVERIFY(qs(esx_LastError()).contains("missing.frw"));
+}
+
+void TstEsdataFiles::fileGoesWithTheLastRowNamingIt_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<bool>("ownGone");
+    QTest::newRow("model cleared") << "clear model" << true;
+    QTest::newRow("model replaced") << "replace model" << true;
+    QTest::newRow("projection deleted") << "delete projection" << true;
+    QTest::newRow("element deleted") << "delete element" << true;
+    QTest::newRow("folder deleted") << "delete folder" << true;
+    QTest::newRow("element deleted in a committed scope") << "commit" << true;
+    QTest::newRow("element deleted in a rolled back scope") << "rollback" << false;
+    QTest::newRow("same content stored ahead meanwhile") << "ahead" << false;
+}
+
+// Element A names a file of its own and one it shares with element B: whatever takes A's
+// rows takes A's own file and leaves the shared one.
+void TstEsdataFiles::fileGoesWithTheLastRowNamingIt()
+{
+    QFETCH(QString, action);
+    QFETCH(bool, ownGone);
+    QTemporaryDir dir;
+    const QString db = dir.filePath("unused.db");
+    CatalogGuard g(openCatalog(db, "user_ov"));
+    es_provider_t* p = g.get();
+    const QString own = dir.filePath("own.m3d"), shared = dir.filePath("shared.frw");
+    QVERIFY(writeFile(own, "own model"));
+    QVERIFY(writeFile(shared, "shared fragment"));
+    es_stdsize_t* a = addElement(p, u"P", u"FA", u"A");
+    es_stdsize_t* b = addElement(p, u"P", u"FB", u"B");
+    QVERIFY(model_SetModelEx(stdsize_GetModel(a), u16(own).c_str(), nullptr, u"m", 1));
+    QVERIFY(model_SetModelEx(stdsize_GetModel(b), u16(shared).c_str(), nullptr, u"m", 1));
+    es_projections_t* list = stdsize_GetProjections(a);
+    QVERIFY(projections_AddProjectionEx(list, u"v", u16(shared).c_str(), nullptr, 1, u"", 0));
+    QVERIFY(projections_AddProjectionEx(list, u"w", u16(own).c_str(), nullptr, 1, u"", 0));
+    const QString ownStored = qs(model_GetModelFile(stdsize_GetModel(a)));
+    const QString sharedStored = qs(model_GetModelFile(stdsize_GetModel(b)));
+    QVERIFY(QFile::exists(ownStored) && QFile::exists(sharedStored));
+
+    es_table_t* table = stdsize_GetTable(a);
+    es_folder_t* root = packet_GetRootFolder(provider_GetPacket(p, 0));
+    if (action == "clear model") {
+        QVERIFY(model_Clear(stdsize_GetModel(a)));
+        QVERIFY(QFile::exists(ownStored)); // the projection still names it
+        QVERIFY(projections_DeleteProjection(list, projections_GetProjection(list, 1)));
+    } else if (action == "replace model") {
+        QVERIFY(projections_DeleteProjection(list, projections_GetProjection(list, 1)));
+        QVERIFY(QFile::exists(ownStored)); // the model still names it
+        QVERIFY(model_SetModelEx(stdsize_GetModel(a), u16(shared).c_str(), nullptr, u"m", 2));
+    } else if (action == "delete projection") {
+        QVERIFY(model_Clear(stdsize_GetModel(a)));
+        QVERIFY(projections_DeleteProjection(list, projections_GetProjection(list, 0)));
+        QVERIFY(projections_DeleteProjection(list, projections_GetProjection(list, 0)));
+    } else if (action == "delete element") {
+        QVERIFY(table_DeleteStdSize(table, a));
+    } else if (action == "delete folder") {
+        QVERIFY(folder_DeleteChildFolder(root, table_GetFolder(table)));
+    } else if (action == "commit" || action == "rollback") {
+        QVERIFY(esx_Begin(p));
+        QVERIFY(table_DeleteStdSize(table, a));
+        QVERIFY(QFile::exists(ownStored)); // not before the scope ends
+        QVERIFY(action == "commit" ? esx_Commit(p) : esx_Rollback(p));
+    } else if (action == "ahead") {
+        QVERIFY(writeFile(own, "own model"));
+        QCOMPARE(QFileInfo(qs(esx_StoreFileAhead(p, u16(own).c_str(), false))).fileName(),
+                 QFileInfo(ownStored).fileName());
+        QVERIFY(table_DeleteStdSize(table, a));
+    }
+    QCOMPARE(!QFile::exists(ownStored), ownGone);
+    QCOMPARE(readFile(sharedStored), QByteArray("shared fragment"));
 }
 
 void TstEsdataFiles::storedFileIsRemovedOnlyWhenUnused_data()
