@@ -116,6 +116,7 @@ template <class H, class R, class F> R call(H* h, R fail, F&& f)
             esdata::setLastError(std::string("the handle is dead (its item was deleted)"));
             return fail;
         }
+        cat.noticeOtherWriters();
         return f(cat);
     });
 }

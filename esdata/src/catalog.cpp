@@ -10,6 +10,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 
 namespace esdata {
@@ -189,6 +190,7 @@ enum Catalog::Stmt : unsigned
     sElementFiles,
     sSubtreeFiles,
     sFileNamed,
+    sDataVersion,
     sStmtCount
 };
 
@@ -267,6 +269,7 @@ static const char* const kStatements[] = {
     "SELECT p.file FROM es_projection p JOIN el ON p.element=el.id",
     "SELECT 1 FROM es_model WHERE file=?1 COLLATE NOCASE UNION ALL "
     "SELECT 1 FROM es_projection WHERE file=?1 COLLATE NOCASE LIMIT 1",
+    "PRAGMA data_version",
 };
 
 // ---- opening ------------------------------------------------------------------------------
@@ -1601,6 +1604,36 @@ void Catalog::eraseFromMap(const Tracked& t)
     }
 }
 
+void Catalog::noticeOtherWriters()
+{
+    // Inside a scope this connection holds the write lock: nobody else commits meanwhile.
+    if (m_inScope) return;
+    // The look costs a read transaction; a walk making a million calls looks once a
+    // millisecond, so another program's commit is seen at most a millisecond late.
+    const auto now = std::chrono::steady_clock::now();
+    if (m_dataVersion != 0 && now - m_lastLook < std::chrono::milliseconds(1)) return;
+    m_lastLook = now;
+    int64_t version = 0;
+    {
+        Query q = query(sDataVersion);
+        if (q.next()) version = q.i64(0);
+    }
+    if (version == m_dataVersion) return;
+    const bool first = m_dataVersion == 0;
+    m_dataVersion = version;
+    if (!first) dropCaches();
+}
+
+void Catalog::dropCaches()
+{
+    // Every cache is read again on its next use.
+    ++m_gen;
+    Query q = query(sAllTypes);
+    while (q.next())
+        if (auto it = m_elements.find(q.i64(0)); it != m_elements.end())
+            q.text(1, it->second->type);
+}
+
 bool Catalog::rollback()
 {
     if (!m_inScope || scopeOwnedByOtherThread())
@@ -1618,12 +1651,7 @@ bool Catalog::rollback()
     }
     m_scopeCreated.clear();
     m_scopeKilled.clear();
-    // Every cache is read again on its next use.
-    ++m_gen;
-    Query q = query(sAllTypes);
-    while (q.next())
-        if (auto it = m_elements.find(q.i64(0)); it != m_elements.end())
-            q.text(1, it->second->type);
+    dropCaches();
     return true;
 }
 

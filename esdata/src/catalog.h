@@ -6,6 +6,7 @@
 #include "handles.h"
 
 #include <array>
+#include <chrono>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -124,6 +125,9 @@ public:
     bool commit();
     bool rollback();
     bool scopeOwnedByOtherThread() const;
+    // Drops every cache when another connection (another program) committed since the last
+    // look: called before a call is served from them.
+    void noticeOtherWriters();
     // Rolls back a scope of this thread still open at closing, releasing the lock it holds.
     void abandonScope();
 
@@ -172,6 +176,7 @@ private:
     // committed) and that no write of this process is still to name.
     void removeUnused();
     void addFileIndexes();
+    void dropCaches();
     void storedAhead(const std::u16string& name) const;
     void named(const std::u16string& name);
     bool storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest);
@@ -181,6 +186,8 @@ private:
     std::vector<sqlite3_stmt*> m_stmts;
     std::u16string m_path, m_dbName, m_filesDir;
     uint64_t m_gen = 1;
+    int64_t m_dataVersion = 0;
+    std::chrono::steady_clock::time_point m_lastLook;
     // Elements whose values and model are cached, oldest first, with the load they were cached by:
     // a walk over a large catalog keeps only the most recent ones.
     std::deque<std::pair<es_stdsize*, uint64_t>> m_valueCache;

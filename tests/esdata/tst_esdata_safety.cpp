@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
 
 #include <sqlite3.h>
@@ -91,6 +92,7 @@ private slots:
     void closingRollsBackOpenScope();
     void killedWriterLeavesConsistentCatalog();
     void workerWritesWhileMainThreadWaits();
+    void commitsOfAnotherProgramAreSeen();
 
 private:
     QTemporaryDir m_dir;
@@ -281,6 +283,57 @@ void TstEsdataSafety::workerWritesWhileMainThreadWaits()
     QCOMPARE(folder_GetChildFolderCount(root), uint32_t(3 * kCount));
     for (uint32_t n : seen)
         QVERIFY2(n % kCount == 0, qPrintable(QString("saw %1 folders").arg(n)));
+}
+
+// Another program writing the same catalog file (here a connection of its own): what it
+// commits replaces what this one had read and cached.
+void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
+{
+    const QString db = m_dir.filePath("shared.db");
+    CatalogGuard g(openCatalog(db));
+    es_provider_t* p = g.get();
+    es_stdsize_t* e = addElement(p, u"P", u"F", u"E");
+    es_table_t* t = stdsize_GetTable(e);
+    es_attribute_t* a1 = table_AddAttribute(t, u"A1", u"", ES_ATTR_INT);
+    QVERIFY(stdsize_SetValueI(e, a1, 11));
+    es_folder_t* root = packet_GetRootFolder(provider_GetPacket(p, 0));
+    es_value v;
+    // Everything read once, so that it is cached.
+    QCOMPARE(provider_GetPacketCount(p), 1u);
+    QCOMPARE(folder_GetChildFolderCount(root), 1u);
+    QCOMPARE(table_GetAttributeCount(t), 1u);
+    QCOMPARE(table_GetStdSizeCount(t), 1u);
+    QVERIFY(stdsize_GetValue(e, a1, &v) && v.i == 11);
+
+    sqlite3* other = nullptr;
+    QCOMPARE(sqlite3_open(db.toUtf8().constData(), &other), SQLITE_OK);
+    const char* sql = R"SQL(
+        BEGIN IMMEDIATE;
+        INSERT INTO es_packet(name) VALUES('Q');
+        INSERT INTO es_folder(packet, parent, name) VALUES(last_insert_rowid(), NULL, 'Q');
+        UPDATE es_packet SET root=last_insert_rowid() WHERE name='Q';
+        INSERT INTO es_folder(packet, parent, name)
+          SELECT packet, id, 'G' FROM es_folder WHERE parent IS NULL AND name='P';
+        INSERT INTO es_attribute(folder, pos, number, old_number, name, type)
+          SELECT folder, 2, 2, 2, 'A2', 1 FROM es_attribute WHERE name='A1';
+        INSERT INTO es_element(packet, folder, ident) SELECT packet, folder, 'E2' FROM es_element;
+        UPDATE es_value SET value=12;
+        INSERT INTO es_value SELECT e.id, a.id, 25 FROM es_element e, es_attribute a
+          WHERE e.ident='E' AND a.name='A2';
+        COMMIT;)SQL";
+    QCOMPARE(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(other);
+    QThread::msleep(5);
+
+    QCOMPARE(provider_GetPacketCount(p), 2u);
+    QCOMPARE(qs(packet_GetName(provider_GetPacket(p, 1))), QString("Q"));
+    QCOMPARE(folder_GetChildFolderCount(root), 2u);
+    QCOMPARE(table_GetAttributeCount(t), 2u);
+    QCOMPARE(table_GetStdSizeCount(t), 2u);
+    QVERIFY(stdsize_GetValue(e, a1, &v));
+    QCOMPARE(v.i, 12);
+    QVERIFY(stdsize_GetValueByName(e, u"A2", &v));
+    QCOMPARE(v.i, 25);
 }
 
 int main(int argc, char** argv)
