@@ -18,29 +18,25 @@ namespace {
 
 constexpr const char16_t* kEmptyText = u"";
 
-Catalog* catalogOf(const esdata::Handle* h)
+using esdata::HandleKind;
+
+constexpr HandleKind kindOf(const es_provider*) { return HandleKind::Provider; }
+constexpr HandleKind kindOf(const es_pool*) { return HandleKind::Pool; }
+constexpr HandleKind kindOf(const es_packet*) { return HandleKind::Packet; }
+constexpr HandleKind kindOf(const es_folder*) { return HandleKind::Folder; }
+constexpr HandleKind kindOf(const es_table*) { return HandleKind::Table; }
+constexpr HandleKind kindOf(const es_attribute*) { return HandleKind::Attribute; }
+constexpr HandleKind kindOf(const es_stdsize*) { return HandleKind::Element; }
+constexpr HandleKind kindOf(const es_model*) { return HandleKind::Model; }
+constexpr HandleKind kindOf(const es_projections*) { return HandleKind::Projections; }
+constexpr HandleKind kindOf(const es_projection*) { return HandleKind::Projection; }
+constexpr HandleKind kindOf(const es_spec*) { return HandleKind::Spec; }
+
+// A handle given as an argument beside the one a call is made on: of its kind and of the
+// same catalog, or the call fails.
+template <class H> bool ours(const Catalog& c, const H* h)
 {
-    return h->cat;
-}
-Catalog* catalogOf(const es_provider* p)
-{
-    return p->cat;
-}
-Catalog* catalogOf(const es_pool* p)
-{
-    return p->cat;
-}
-Catalog* catalogOf(const es_table* t)
-{
-    return t->folder->cat;
-}
-Catalog* catalogOf(const es_model* m)
-{
-    return m->element->cat;
-}
-Catalog* catalogOf(const es_projections* l)
-{
-    return l->element->cat;
+    return h && esdata::isHandle(h, kindOf(h), &c);
 }
 
 bool alive(const es_provider*)
@@ -111,7 +107,16 @@ template <class H, class R, class F> R call(H* h, R fail, F&& f)
         esdata::setLastError(std::string("null handle"));
         return fail;
     }
-    return guarded(catalogOf(h), fail, [&](Catalog& cat) -> R {
+    // Known by address before anything of it is read: a handle of a closed catalog or of
+    // another kind is refused here.
+    const std::shared_ptr<Catalog> owner = esdata::catalogFor(h, kindOf(h));
+    if (!owner) {
+        esdata::setLastError(
+            std::string("not a live handle of this kind (its catalog is closed, or it is a "
+                        "handle of another kind)"));
+        return fail;
+    }
+    return guarded(owner.get(), fail, [&](Catalog& cat) -> R {
         if (!alive(h)) {
             esdata::setLastError(std::string("the handle is dead (its item was deleted)"));
             return fail;
@@ -172,7 +177,9 @@ bool objectSet(es_object* object, es_attribute* attribute, esdata::Value v)
     esdata::clearLastError();
     if (!object || !object->cat || !attribute) return false;
     return guarded(object->cat, false, [&](Catalog& cat) {
-        if (!object->element || object->element->dead || !alive(attribute)) return false;
+        if (!object->element || object->element->dead || !ours(cat, attribute) ||
+            !alive(attribute))
+            return false;
         es_table* table = &object->element->folder->table;
         cat.attributes(table);
         if (attribute->table != table) return false;
@@ -209,7 +216,7 @@ es_object_t* pool_CreateObject(es_pool_t* pool, es_stdsize_t* element, const cha
 {
     if (!element) return nullptr;
     return call(pool, static_cast<es_object_t*>(nullptr), [&](Catalog& c) -> es_object_t* {
-        if (element->cat != &c || element->dead) return nullptr;
+        if (!ours(c, element) || element->dead) return nullptr;
         return c.createObject(element);
     });
 }
@@ -320,7 +327,7 @@ bool folder_DeleteChildFolder(es_folder_t* folder, es_folder_t* child)
 {
     if (!child) return false;
     return call(folder, false, [&](Catalog& c) {
-        return child->cat == &c && !child->dead && c.deleteChild(folder, child);
+        return ours(c, child) && !child->dead && c.deleteChild(folder, child);
     });
 }
 
@@ -401,7 +408,7 @@ bool table_DeleteStdSize(es_table_t* table, es_stdsize_t* element)
 {
     if (!element) return false;
     return call(table, false, [&](Catalog& c) {
-        return element->cat == &c && !element->dead && c.deleteElement(table, element);
+        return ours(c, element) && !element->dead && c.deleteElement(table, element);
     });
 }
 
@@ -433,7 +440,7 @@ bool stdsize_GetValue(es_stdsize_t* element, es_attribute_t* attribute, es_value
     clearValue(out);
     if (!attribute) return false;
     return call(element, false, [&](Catalog& c) {
-        if (!alive(attribute)) return false;
+        if (!ours(c, attribute) || !alive(attribute)) return false;
         return valueOut(element, out, c.value(element, attribute));
     });
 }
@@ -451,7 +458,8 @@ bool stdsize_SetValueI(es_stdsize_t* element, es_attribute_t* attribute, int32_t
 {
     if (!attribute) return false;
     return call(element, false, [&](Catalog& c) {
-        return alive(attribute) && c.setValue(element, attribute, intValue(value));
+        return ours(c, attribute) && alive(attribute) &&
+               c.setValue(element, attribute, intValue(value));
     });
 }
 
@@ -468,7 +476,8 @@ bool stdsize_SetValueD(es_stdsize_t* element, es_attribute_t* attribute, double 
     esdata::clearLastError();
     if (!attribute || !finiteReal(value)) return false;
     return call(element, false, [&](Catalog& c) {
-        return alive(attribute) && c.setValue(element, attribute, realValue(value));
+        return ours(c, attribute) && alive(attribute) &&
+               c.setValue(element, attribute, realValue(value));
     });
 }
 
@@ -476,7 +485,8 @@ bool stdsize_SetValueS(es_stdsize_t* element, es_attribute_t* attribute, const c
 {
     if (!attribute) return false;
     return call(element, false, [&](Catalog& c) {
-        return alive(attribute) && c.setValue(element, attribute, textValue(value));
+        return ours(c, attribute) && alive(attribute) &&
+               c.setValue(element, attribute, textValue(value));
     });
 }
 
@@ -677,7 +687,7 @@ bool projections_DeleteProjection(es_projections_t* list, es_projection_t* proje
 {
     if (!projection) return false;
     return call(list, false, [&](Catalog& c) {
-        return alive(projection) && c.deleteProjection(list, projection);
+        return ours(c, projection) && alive(projection) && c.deleteProjection(list, projection);
     });
 }
 
@@ -886,7 +896,9 @@ const char16_t* esx_StoreFileAhead(es_provider_t* provider, const char16_t* path
     // No lock: the catalog may be held by a transaction scope of the thread that will write.
     try {
         thread_local std::u16string stored;
-        stored = catalogOf(provider)->storeAhead(view(path), move);
+        const std::shared_ptr<Catalog> owner = esdata::catalogFor(provider, kindOf(provider));
+        if (!owner) throw std::runtime_error("not a live catalog");
+        stored = owner->storeAhead(view(path), move);
         return stored.c_str();
     } catch (const esdata::StoreError& e) {
         esdata::setLastError(std::string(e.what()), int(e.fault));

@@ -1,6 +1,7 @@
 #include "catalog.h"
 
 #include "command.h"
+#include "registry.h"
 #include "filestore.h"
 #include "sql.h"
 #include "text.h"
@@ -300,6 +301,8 @@ std::unique_ptr<Catalog> Catalog::open(const std::u16string& path, std::u16strin
         return nullptr;
     }
     if (!cat->initialise(create, error)) return nullptr;
+    trackHandle(&cat->provider, HandleKind::Provider, cat.get());
+    trackHandle(&cat->pool, HandleKind::Pool, cat.get());
     return cat;
 }
 
@@ -403,6 +406,7 @@ bool Catalog::initialise(bool create, std::string& error)
 
 Catalog::~Catalog()
 {
+    forgetHandles(this);
     for (es_object* o : m_objects) {
         o->cat = nullptr;
         o->element = nullptr;
@@ -476,6 +480,7 @@ es_packet* Catalog::packetById(int64_t id)
     q.bind(1, id);
     if (!q.next()) return nullptr;
     es_packet& p = m_packetArena.emplace_back();
+    trackHandle(&p, HandleKind::Packet, this);
     p.cat = this;
     p.id = id;
     q.text(0, p.name);
@@ -591,6 +596,8 @@ const std::u16string& Catalog::uniqueValues(es_packet* packet, std::u16string_vi
 es_folder* Catalog::makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string name)
 {
     es_folder& f = m_folderArena.emplace_back();
+    trackHandle(&f, HandleKind::Folder, this);
+    trackHandle(&f.table, HandleKind::Table, this);
     f.cat = this;
     f.id = id;
     f.packetId = packet;
@@ -731,6 +738,7 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
                 a = it->second;
             } else {
                 a = &m_attributeArena.emplace_back();
+                trackHandle(a, HandleKind::Attribute, this);
                 a->cat = this;
                 a->id = id;
                 m_attributes.emplace(id, a);
@@ -806,6 +814,7 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
     es_attribute* a = &m_attributeArena.emplace_back();
+    trackHandle(a, HandleKind::Attribute, this);
     a->cat = this;
     a->id = id;
     a->table = table;
@@ -860,6 +869,9 @@ es_stdsize* Catalog::makeElement(int64_t id, es_folder* folder, int64_t packet,
                                  std::u16string ident, std::u16string type)
 {
     es_stdsize& e = m_elementArena.emplace_back();
+    trackHandle(&e, HandleKind::Element, this);
+    trackHandle(&e.model, HandleKind::Model, this);
+    trackHandle(&e.projections, HandleKind::Projections, this);
     e.cat = this;
     e.id = id;
     e.folder = folder;
@@ -1311,6 +1323,7 @@ const std::vector<es_projection*>& Catalog::projections(es_projections* list)
                 p = it->second;
             } else {
                 p = &m_projectionArena.emplace_back();
+                trackHandle(p, HandleKind::Projection, this);
                 p->cat = this;
                 p->id = id;
                 p->element = list->element;
@@ -1363,6 +1376,7 @@ es_projection* Catalog::addProjection(es_projections* list, std::u16string_view 
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
     es_projection* p = &m_projectionArena.emplace_back();
+    trackHandle(p, HandleKind::Projection, this);
     p->cat = this;
     p->id = id;
     p->element = list->element;
@@ -1408,6 +1422,7 @@ const std::vector<es_spec*>& Catalog::specs(es_stdsize* e)
                     current = it->second;
                 } else {
                     current = &m_specArena.emplace_back();
+                    trackHandle(current, HandleKind::Spec, this);
                     current->cat = this;
                     current->id = id;
                     current->element = e;

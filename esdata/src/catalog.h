@@ -50,6 +50,7 @@ public:
     Catalog& operator=(const Catalog&) = delete;
 
     std::recursive_mutex mutex;
+    std::weak_ptr<Catalog> self; // for calls that keep the catalog while they run
     es_provider provider;
     es_pool pool;
 

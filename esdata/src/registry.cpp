@@ -10,6 +10,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <memory>
+#include <shared_mutex>
+#include <unordered_map>
 #include <mutex>
 #include <vector>
 
@@ -21,10 +23,28 @@ struct Registry
 {
     std::mutex mutex;
     // In opening order: a pool is the first open catalog of its library.
-    std::vector<std::unique_ptr<Catalog>> open;
+    std::vector<std::shared_ptr<Catalog>> open;
     std::vector<std::u16string> updated;
     std::u16string updatedText;
 };
+
+struct HandleInfo
+{
+    HandleKind kind;
+    Catalog* cat;
+};
+
+struct HandleTable
+{
+    std::shared_mutex mutex;
+    std::unordered_map<const void*, HandleInfo> handles;
+};
+
+HandleTable& handleTable()
+{
+    static HandleTable* t = new HandleTable;
+    return *t;
+}
 
 Registry& registry()
 {
@@ -97,11 +117,12 @@ es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, b
     for (auto& c : r.open)
         if (c->path() == key) return &c->provider;
     std::string error;
-    std::unique_ptr<Catalog> cat = Catalog::open(key, dbName, create, error);
+    std::shared_ptr<Catalog> cat = Catalog::open(key, dbName, create, error);
     if (!cat) {
         setLastError(error);
         return nullptr;
     }
+    cat->self = cat;
     r.open.push_back(std::move(cat));
     return &r.open.back()->provider;
 }
@@ -109,7 +130,7 @@ es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, b
 void closeCatalog(es_provider* provider)
 {
     Registry& r = registry();
-    std::unique_ptr<Catalog> doomed;
+    std::shared_ptr<Catalog> doomed;
     {
         std::lock_guard lock(r.mutex);
         for (auto it = r.open.begin(); it != r.open.end(); ++it) {
@@ -121,6 +142,9 @@ void closeCatalog(es_provider* provider)
         }
     }
     if (doomed) {
+        // From here on every handle of the catalog is refused; a call already under way
+        // keeps the catalog until it returns.
+        forgetHandles(doomed.get());
         // Wait for a call still running on another thread before the catalog goes away; a
         // scope this thread left open is rolled back and gives its lock back.
         doomed->mutex.lock();
@@ -140,6 +164,38 @@ es_pool* poolForLibrary(std::u16string_view libraryId)
     for (auto& c : r.open)
         if (c->databaseName().find(marker) != std::u16string::npos) return &c->pool;
     return nullptr;
+}
+
+void trackHandle(const void* h, HandleKind kind, Catalog* cat)
+{
+    HandleTable& t = handleTable();
+    std::unique_lock lock(t.mutex);
+    t.handles.insert_or_assign(h, HandleInfo{kind, cat});
+}
+
+void forgetHandles(Catalog* cat)
+{
+    HandleTable& t = handleTable();
+    std::unique_lock lock(t.mutex);
+    std::erase_if(t.handles, [cat](const auto& entry) { return entry.second.cat == cat; });
+}
+
+std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind)
+{
+    HandleTable& t = handleTable();
+    std::shared_lock lock(t.mutex);
+    auto it = t.handles.find(h);
+    if (it == t.handles.end() || it->second.kind != kind) return nullptr;
+    // Alive: its handles leave the table before it is destroyed.
+    return it->second.cat->self.lock();
+}
+
+bool isHandle(const void* h, HandleKind kind, const Catalog* cat)
+{
+    HandleTable& t = handleTable();
+    std::shared_lock lock(t.mutex);
+    auto it = t.handles.find(h);
+    return it != t.handles.end() && it->second.kind == kind && it->second.cat == cat;
 }
 
 bool recordUpdated(std::u16string_view item)

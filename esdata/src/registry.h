@@ -3,6 +3,8 @@
 #ifndef ESDATA_REGISTRY_H
 #define ESDATA_REGISTRY_H
 
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -12,6 +14,29 @@ struct es_pool;
 namespace esdata {
 
 class Catalog;
+
+// Every handle given out is known by its address with its kind and catalog, so that a handle
+// of a closed catalog or of another kind is refused without being read.
+enum class HandleKind : uint8_t
+{
+    Provider,
+    Pool,
+    Packet,
+    Folder,
+    Table,
+    Attribute,
+    Element,
+    Model,
+    Projections,
+    Projection,
+    Spec
+};
+void trackHandle(const void* h, HandleKind kind, Catalog* cat);
+void forgetHandles(Catalog* cat);
+// The open catalog of h when h is a handle of that kind, kept alive while the result is held.
+std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind);
+// True when h is a handle of that kind of catalog cat (which the caller holds).
+bool isHandle(const void* h, HandleKind kind, const Catalog* cat);
 
 es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create);
 void closeCatalog(es_provider* provider);

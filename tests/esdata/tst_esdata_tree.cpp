@@ -25,6 +25,8 @@ private slots:
     void attributeAddedInOneWriteRefusesEmptyOrTakenName();
     void elementIdsAreUniquePerPacket();
     void deletedElementIsDeadButHarmless();
+    void handleOfClosedCatalogOrOtherKindIsRefused_data();
+    void handleOfClosedCatalogOrOtherKindIsRefused();
     void poolIsFoundByLibraryMarker_data();
     void poolIsFoundByLibraryMarker();
 
@@ -329,6 +331,64 @@ void TstEsdataTree::elementIdsAreUniquePerPacket()
     QCOMPARE(table_GetStdSize(t, 0), e1);
     QCOMPARE(table_GetStdSize(t, 1), e3);
     QVERIFY(!table_GetStdSize(t, 2));
+}
+
+void TstEsdataTree::handleOfClosedCatalogOrOtherKindIsRefused_data()
+{
+    QTest::addColumn<bool>("closed");
+    QTest::newRow("closed catalog") << true;
+    QTest::newRow("handle of another kind") << false;
+}
+
+// Neither a handle kept past esx_CloseCatalog nor a handle of another kind is read: every
+// call gives its empty result and says why.
+void TstEsdataTree::handleOfClosedCatalogOrOtherKindIsRefused()
+{
+    QFETCH(bool, closed);
+    es_provider_t* p = openCatalog(m_dir.filePath(closed ? "closed.db" : "kinds.db"));
+    es_stdsize_t* e = addElement(p, u"P", u"F", u"E");
+    QVERIFY(e);
+    es_table_t* t = stdsize_GetTable(e);
+    es_folder_t* f = table_GetFolder(t);
+    es_attribute_t* a = table_AddAttribute(t, u"A", u"", ES_ATTR_INT);
+    QVERIFY(stdsize_SetValueI(e, a, 7));
+    es_packet_t* pk = folder_GetPacket(f);
+    es_model_t* m = stdsize_GetModel(e);
+    auto refused = [] { return esx_LastErrorCode() != ESX_ERROR_NONE; };
+    es_value v;
+    if (closed) {
+        esx_CloseCatalog(p);
+        QCOMPARE(provider_GetPacketCount(p), 0u);
+        QVERIFY(refused());
+        QCOMPARE(qs(packet_GetName(pk)), QString());
+        QCOMPARE(folder_GetChildFolderCount(f), 0u);
+        QCOMPARE(table_GetStdSizeCount(t), 0u);
+        QCOMPARE(qs(stdsize_GetID(e)), QString());
+        QVERIFY(!stdsize_GetValue(e, a, &v));
+        QCOMPARE(attribute_GetNumber(a), 0);
+        QVERIFY(model_IsEmpty(m));
+        QVERIFY(!table_AddStdSize(t, u"E2"));
+        QVERIFY(refused());
+        return;
+    }
+    CatalogGuard g(p);
+    // Each handle given where another kind is expected.
+    QCOMPARE(folder_GetChildFolderCount(reinterpret_cast<es_folder_t*>(t)), 0u);
+    QVERIFY(refused());
+    QCOMPARE(qs(folder_GetName(reinterpret_cast<es_folder_t*>(e))), QString());
+    QCOMPARE(table_GetAttributeCount(reinterpret_cast<es_table_t*>(f)), 0u);
+    QCOMPARE(qs(stdsize_GetID(reinterpret_cast<es_stdsize_t*>(a))), QString());
+    QVERIFY(!stdsize_GetValue(e, reinterpret_cast<es_attribute_t*>(e), &v));
+    QVERIFY(!stdsize_SetValueI(e, reinterpret_cast<es_attribute_t*>(m), 1));
+    QVERIFY(!table_DeleteStdSize(t, reinterpret_cast<es_stdsize_t*>(f)));
+    QVERIFY(!folder_DeleteChildFolder(packet_GetRootFolder(pk), reinterpret_cast<es_folder_t*>(t)));
+    QCOMPARE(provider_GetPacketCount(reinterpret_cast<es_provider_t*>(pk)), 0u);
+    QVERIFY(refused());
+    // The right handles still answer.
+    QVERIFY(stdsize_GetValue(e, a, &v));
+    QCOMPARE(v.i, 7);
+    QCOMPARE(table_GetStdSizeCount(t), 1u);
+    QCOMPARE(folder_GetChildFolderCount(packet_GetRootFolder(pk)), 1u);
 }
 
 void TstEsdataTree::deletedElementIsDeadButHarmless()
