@@ -564,7 +564,10 @@ es_stdsize* Catalog::findElement(es_packet* packet, std::u16string_view ident)
 
 const std::u16string& Catalog::uniqueValues(es_packet* packet, std::u16string_view attribute)
 {
+    // The query gives the values in order; their texts may still repeat (2 and 2.0): kept in
+    // first-seen order, each once, found again by hash.
     std::vector<std::u16string> seen;
+    std::unordered_set<std::u16string> known;
     {
         Query q = query(sUnique);
         q.bind(1, packet->id).bind(2, attribute);
@@ -580,7 +583,7 @@ const std::u16string& Catalog::uniqueValues(es_packet* packet, std::u16string_vi
                 t = v.s;
             else
                 continue;
-            if (std::find(seen.begin(), seen.end(), t) == seen.end()) seen.push_back(std::move(t));
+            if (known.insert(t).second) seen.push_back(std::move(t));
         }
     }
     packet->uniqueValues.clear();
