@@ -7,7 +7,12 @@
  * - Handles stay valid while their catalog is open (until esx_CloseCatalog). A handle of
  *   something deleted (table_DeleteStdSize, folder_DeleteChildFolder,
  *   projections_DeleteProjection) is dead from that call on; passing it is safe (the call
- *   fails as on a null handle) but gives no data.
+ *   fails as on a null handle) but gives no data. Every handle has a kind: a handle kept past
+ *   esx_CloseCatalog, or given where another kind is expected (a table as a folder), is
+ *   refused the same way without being read, and esx_LastError says why.
+ * - Another program may write the same catalog file: what it commits is seen by the calls
+ *   made here from a millisecond after its commit on (the caches are dropped when the
+ *   database's change counter moved).
  * - Every function accepts null handles and null texts: a null text reads as an empty text,
  *   a null handle makes the call return 0, false, a null handle or an empty value.
  * - Texts are NUL-terminated UTF-16 (char16_t). A text returned by a getter belongs to the
@@ -246,7 +251,10 @@ ESDATA_API bool esUpdateRtw(const char16_t* itemFile);
  * name dbName (for example "user_tx"; only used when the file is created, otherwise the
  * stored name is kept). Returns its provider, or null when the file is not a catalog or
  * cannot be opened; esx_LastError then tells why. A catalog opened twice gives the same
- * provider. The files of models and fragments live in "<path>.files" beside it. */
+ * provider. The files of models and fragments live in "<path>.files" beside it, each named
+ * by the MD5 of the bytes stored; a stored file goes when the last model or projection
+ * naming it goes (once the deletion is committed), except while a file stored ahead
+ * (esx_StoreFileAhead) in this process waits for the write that will name it. */
 ESDATA_API es_provider_t* esx_OpenCatalog(const char16_t* path, const char16_t* dbName,
                                           bool create);
 /* Closes the catalog: every handle of it is freed and must not be used again, except element
