@@ -246,6 +246,14 @@ int main(int argc, char** argv)
         std::printf("generated in %.2f s\n", double(timer.elapsed()) / 1000.0);
     }
 
+    // Measured first, while this process holds little: the two together would need twice the
+    // memory of a walk.
+    QProcess memory;
+    memory.start(QCoreApplication::applicationFilePath(), {"--memory-only", "--db", db});
+    memory.waitForFinished(-1);
+    const QList<QByteArray> mem = memory.readAllStandardOutput().trimmed().split(' ');
+    const double base = mem.value(0).toDouble(), peak = mem.value(1).toDouble();
+
     const int repeat = std::max(1, cl.value("repeat").toInt());
     // One untimed pass of each side, so that both start from a warm file cache.
     Tally warm;
@@ -270,11 +278,6 @@ int main(int argc, char** argv)
         again = {std::min(again.wall, second.wall), std::min(again.cpu, second.cpu)};
         shell = {std::min(shell.wall, s.wall), std::min(shell.cpu, s.cpu)};
     }
-    QProcess memory;
-    memory.start(QCoreApplication::applicationFilePath(), {"--memory-only", "--db", db});
-    memory.waitForFinished(-1);
-    const QList<QByteArray> mem = memory.readAllStandardOutput().trimmed().split(' ');
-    const double base = mem.value(0).toDouble(), peak = mem.value(1).toDouble();
     std::printf("catalog: %s\n", qPrintable(db));
     std::printf("walked: %llu folders, %llu elements, %llu attributes, %llu values, %llu models, "
                 "%llu projections (checksum %llx)\n",
