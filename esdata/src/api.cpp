@@ -20,17 +20,50 @@ constexpr const char16_t* kEmptyText = u"";
 
 using esdata::HandleKind;
 
-constexpr HandleKind kindOf(const es_provider*) { return HandleKind::Provider; }
-constexpr HandleKind kindOf(const es_pool*) { return HandleKind::Pool; }
-constexpr HandleKind kindOf(const es_packet*) { return HandleKind::Packet; }
-constexpr HandleKind kindOf(const es_folder*) { return HandleKind::Folder; }
-constexpr HandleKind kindOf(const es_table*) { return HandleKind::Table; }
-constexpr HandleKind kindOf(const es_attribute*) { return HandleKind::Attribute; }
-constexpr HandleKind kindOf(const es_stdsize*) { return HandleKind::Element; }
-constexpr HandleKind kindOf(const es_model*) { return HandleKind::Model; }
-constexpr HandleKind kindOf(const es_projections*) { return HandleKind::Projections; }
-constexpr HandleKind kindOf(const es_projection*) { return HandleKind::Projection; }
-constexpr HandleKind kindOf(const es_spec*) { return HandleKind::Spec; }
+constexpr HandleKind kindOf(const es_provider*)
+{
+    return HandleKind::Provider;
+}
+constexpr HandleKind kindOf(const es_pool*)
+{
+    return HandleKind::Pool;
+}
+constexpr HandleKind kindOf(const es_packet*)
+{
+    return HandleKind::Packet;
+}
+constexpr HandleKind kindOf(const es_folder*)
+{
+    return HandleKind::Folder;
+}
+constexpr HandleKind kindOf(const es_table*)
+{
+    return HandleKind::Table;
+}
+constexpr HandleKind kindOf(const es_attribute*)
+{
+    return HandleKind::Attribute;
+}
+constexpr HandleKind kindOf(const es_stdsize*)
+{
+    return HandleKind::Element;
+}
+constexpr HandleKind kindOf(const es_model*)
+{
+    return HandleKind::Model;
+}
+constexpr HandleKind kindOf(const es_projections*)
+{
+    return HandleKind::Projections;
+}
+constexpr HandleKind kindOf(const es_projection*)
+{
+    return HandleKind::Projection;
+}
+constexpr HandleKind kindOf(const es_spec*)
+{
+    return HandleKind::Spec;
+}
 
 // A handle given as an argument beside the one a call is made on: of its kind and of the
 // same catalog, or the call fails.
@@ -177,8 +210,7 @@ bool objectSet(es_object* object, es_attribute* attribute, esdata::Value v)
     esdata::clearLastError();
     if (!object || !object->cat || !attribute) return false;
     return guarded(object->cat, false, [&](Catalog& cat) {
-        if (!object->element || object->element->dead || !ours(cat, attribute) ||
-            !alive(attribute))
+        if (!object->element || object->element->dead || !ours(cat, attribute) || !alive(attribute))
             return false;
         es_table* table = &object->element->folder->table;
         cat.attributes(table);

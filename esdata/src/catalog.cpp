@@ -1,8 +1,8 @@
 #include "catalog.h"
 
 #include "command.h"
-#include "registry.h"
 #include "filestore.h"
+#include "registry.h"
 #include "sql.h"
 #include "text.h"
 

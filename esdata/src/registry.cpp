@@ -10,9 +10,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
 #include <shared_mutex>
 #include <unordered_map>
-#include <mutex>
 #include <vector>
 
 namespace esdata {

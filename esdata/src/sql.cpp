@@ -10,8 +10,7 @@ namespace esdata {
 
 void throwSql(sqlite3* db, const char* what)
 {
-    const std::string text =
-        std::string(what) + ": " + (db ? sqlite3_errmsg(db) : "no database");
+    const std::string text = std::string(what) + ": " + (db ? sqlite3_errmsg(db) : "no database");
     switch (db ? sqlite3_extended_errcode(db) & 0xff : SQLITE_ERROR) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:

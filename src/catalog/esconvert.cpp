@@ -58,8 +58,7 @@ int32_t textToInt(const QString& text)
     const std::string chars = numberChars(text);
     int32_t result = 0;
     const auto [end, error] = std::from_chars(chars.data(), chars.data() + chars.size(), result);
-    return chars.empty() || error != std::errc() || end != chars.data() + chars.size() ? 0
-                                                                                        : result;
+    return chars.empty() || error != std::errc() || end != chars.data() + chars.size() ? 0 : result;
 }
 
 double textToReal(const QString& text)

@@ -38,13 +38,20 @@ void ValuesTest::textWrittenByAttributeType_data()
                              << "42";
     QTest::newRow("integer with letter") << 1 << "12a"
                                          << "0";
-    QTest::newRow("integer after a blank") << 1 << " 12" << "0";
-    QTest::newRow("integer before a blank") << 1 << "12 " << "0";
-    QTest::newRow("integer with sign") << 1 << "-7" << "-7";
-    QTest::newRow("real after a blank") << 2 << " 2,5" << "0";
-    QTest::newRow("real not a number") << 2 << "nan" << "0";
-    QTest::newRow("real infinite") << 2 << "inf" << "0";
-    QTest::newRow("real with exponent") << 2 << "1,5e3" << "1500";
+    QTest::newRow("integer after a blank") << 1 << " 12"
+                                           << "0";
+    QTest::newRow("integer before a blank") << 1 << "12 "
+                                            << "0";
+    QTest::newRow("integer with sign") << 1 << "-7"
+                                       << "-7";
+    QTest::newRow("real after a blank") << 2 << " 2,5"
+                                        << "0";
+    QTest::newRow("real not a number") << 2 << "nan"
+                                       << "0";
+    QTest::newRow("real infinite") << 2 << "inf"
+                                   << "0";
+    QTest::newRow("real with exponent") << 2 << "1,5e3"
+                                        << "1500";
     QTest::newRow("text as it stands") << 3 << "3,75 мм"
                                        << "3,75 мм";
     QTest::newRow("unknown type not written") << 7 << "5"

@@ -37,8 +37,8 @@ bool writeElement(es_provider_t* p, const QString& dir, const char16_t* id, int 
     for (int k = 0; k < 2; ++k) {
         const QString frw = dir + "/v" + QString::number(k) + ".frw";
         writeFile(frw, "view " + QByteArray::number(version * 10 + k));
-        if (!projections_AddProjectionEx(stdsize_GetProjections(e), u"v", u16(frw).c_str(),
-                                         nullptr, 1, u"", 0))
+        if (!projections_AddProjectionEx(stdsize_GetProjections(e), u"v", u16(frw).c_str(), nullptr,
+                                         1, u"", 0))
             return false;
     }
     return true;
@@ -133,7 +133,8 @@ void TstEsdataFaults::fileSizeLimitFailsTheWriteInsteadOfTheProcess()
         setrlimit(RLIMIT_FSIZE, &limit);
         es_provider_t* p = openCatalog(db, "user_tx", false);
         es_stdsize_t* e = packet_FindStdSize(provider_GetPacket(p, 0), u"E");
-        const bool stored = model_SetModelEx(stdsize_GetModel(e), u16(big).c_str(), nullptr, u"m", 1);
+        const bool stored =
+            model_SetModelEx(stdsize_GetModel(e), u16(big).c_str(), nullptr, u"m", 1);
         const int code = esx_LastErrorCode();
         _exit(!e ? 3 : stored ? 4 : code == ESX_ERROR_WRITE ? 0 : 5);
     }
