@@ -68,8 +68,7 @@ QString forTerminal(const QString& message)
     static const QString help =
         QStringLiteral("\nДля получения информации по устранению проблемы нажмите кнопку Справка.");
     QString text = message;
-    if (text.endsWith(help)) text.chop(help.size());
-    return text;
+    return text.remove(help);
 }
 
 void err(const QString& text)

@@ -3,6 +3,7 @@
 #include "clitestsupport.h"
 
 #include <QDir>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -20,6 +21,7 @@ private slots:
     void createNamesDatabaseByKind_data();
     void createNamesDatabaseByKind();
     void createRefusesExistingFile();
+    void versionIsPrinted();
     void listShowsPacketsFoldersAndElements();
     void listSummaryCountsOnly();
 
@@ -89,6 +91,12 @@ void CliUsage::badInputEndsWithCodeAndMessage_data()
     QTest::newRow("generate bad number")
         << QStringList{"generate", "--kind", "tx", "--elements", "ten", m_dir.filePath("g.db")} << 2
         << "--elements needs a whole number, not 'ten'";
+    QTest::newRow("trailing garbage after a number")
+        << QStringList{"generate", "--kind", "tx", "--elements", "10x", m_dir.filePath("g.db")} << 2
+        << "--elements needs a whole number, not '10x'";
+    QTest::newRow("fixed date not a date")
+        << QStringList{"export", m_dir.filePath("dated.db"), m_dir.filePath("dated.uss")} << 2
+        << "USSCTL_FIXED_DATE '2024.13.05 14:07:31' is not a date";
     QTest::newRow("generate no packets")
         << QStringList{"generate", "--kind", "tx", "--packets", "0", m_dir.filePath("p0.db")} << 2
         << "ussctl generate: --packets must be at least 1";
@@ -102,11 +110,23 @@ void CliUsage::badInputEndsWithCodeAndMessage()
     QFETCH(QStringList, args);
     QFETCH(int, exitCode);
     QFETCH(QString, message);
-    const Run run = ussctl(args);
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    // A fixed export date that is no date.
+    if (QByteArray(QTest::currentDataTag()) == "fixed date not a date")
+        env.insert("USSCTL_FIXED_DATE", "2024.13.05 14:07:31");
+    const Run run = ussctl(args, env);
     QVERIFY2(run.err.contains(message), qPrintable(run.err));
     QCOMPARE(run.exitCode, exitCode);
     // Refused input creates nothing.
     if (args.value(0) == "generate") QVERIFY(!QFile::exists(args.last()));
+}
+
+void CliUsage::versionIsPrinted()
+{
+    const Run run = ussctl({"--version"});
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY2(QRegularExpression("^ussctl \\d+\\.\\d+\\.\\d+\n$").match(run.out).hasMatch(),
+             qPrintable(run.out));
 }
 
 void CliUsage::createNamesDatabaseByKind_data()
