@@ -2,12 +2,19 @@
 // the dry run, the conflict policy and rejected archives.
 #include "clitestsupport.h"
 
+#include "Libs/zipper/unzip.h"
+#include "Libs/zipper/zip.h"
+
 #include <QDir>
+#include <QElapsedTimer>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
 #include <QtEndian>
+#include <csignal>
 #include <sqlite3.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -52,6 +59,7 @@ private slots:
     void writeFaultsAreToldAndLoseNothing();
     void readOnlyCatalogIsRefusedBeforeAnyWork();
     void exportNamesTheElementOfAMissingFile();
+    void interruptStopsAfterTheElementInHand();
     void progressBarOnlyOnTerminal_data();
     void progressBarOnlyOnTerminal();
 
@@ -322,6 +330,24 @@ void CliExchange::verifyAcceptsWrittenArchive()
     const Run run = ussctl({"verify", archive}, env);
     QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
     QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/verify.txt"))).arg(archive));
+
+    // X2 names the model shared with X1 with the other separator: still one entry.
+    const QString mixed = path("verify_mixed.uss");
+    {
+        zipper::unzip in(archive);
+        QByteArray document = in.readAll("TX.json", 1 << 20);
+        const QByteArray backslashed = "TX\\\\model\\\\1.m3d";
+        const qsizetype second = document.indexOf(backslashed, document.indexOf(backslashed) + 1);
+        QVERIFY(second > 0);
+        document.replace(second, backslashed.size(), "TX/model/1.m3d");
+        zipper::zip out(mixed);
+        out.addBytes(document, "TX.json");
+        out.addBytes(in.readAll("TX\\model\\1.m3d", 1 << 20), "TX\\model\\1.m3d");
+        out.commit();
+    }
+    const Run once = ussctl({"verify", mixed});
+    QCOMPARE(once.exitCode, 0);
+    QVERIFY2(once.out.contains("entries 1 referenced, 1 read"), qPrintable(once.out));
 }
 
 QString CliExchange::damagedArchive(const QString& name)
@@ -485,6 +511,46 @@ void CliExchange::exportNamesTheElementOfAMissingFile()
     QVERIFY2(run.err.contains("Элемент \"X1\" пакета \"Трубы\": нет файла " + source + ".files/"),
              qPrintable(run.err));
     QVERIFY(!QFile::exists(path("gone.uss")));
+}
+
+void CliExchange::interruptStopsAfterTheElementInHand()
+{
+#ifndef Q_OS_UNIX
+    QSKIP("SIGINT");
+#endif
+    const QString source = path("interrupt_source.db");
+    const Run generated = ussctl({"generate", "--kind", "tx", "--elements", "2000", source});
+    if (generated.exitCode == 2) QSKIP("ussctl is built without its generator");
+    QCOMPARE(generated.exitCode, 0);
+    const QString archive = path("interrupt.uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    const QString target = path("interrupt_target.db");
+    QCOMPARE(ussctl({"create", "--kind", "tx", target}).exitCode, 0);
+
+    QProcess process;
+    process.start(USSCTL_PATH, {"import", target, archive});
+    QVERIFY(process.waitForStarted());
+    // Ctrl+C once the writes are under way.
+    QElapsedTimer waited;
+    waited.start();
+    while (QFileInfo(target + "-wal").size() < 256 * 1024 && waited.elapsed() < 60000 &&
+           process.state() == QProcess::Running)
+        QThread::msleep(20);
+    ::kill(pid_t(process.processId()), SIGINT);
+    QVERIFY(process.waitForFinished(60000));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    const QString out = QString::fromUtf8(process.readAllStandardOutput());
+    const QString err = QString::fromUtf8(process.readAllStandardError());
+    const QRegularExpressionMatch summary =
+        QRegularExpression("Импорт прерван.\nИмпортировано (\\d+) из 2000.").match(err);
+    QVERIFY2(summary.hasMatch(), qPrintable(err));
+    const int written = summary.captured(1).toInt();
+    QVERIFY(written > 0 && written < 2000);
+    QCOMPARE(process.exitCode(), 1);
+    QVERIFY2(out.startsWith(QString("imported %1 of 2000").arg(written)), qPrintable(out));
+    // What the summary counts is what the catalog holds.
+    QVERIFY(ussctl({"list", "--summary", target})
+                .out.contains(QString(", %1 elements\n").arg(written)));
 }
 
 void CliExchange::progressBarOnlyOnTerminal_data()

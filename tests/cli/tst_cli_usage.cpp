@@ -14,8 +14,6 @@ class CliUsage : public QObject
     Q_OBJECT
 
 private slots:
-    void helpDescribesEachCommand_data();
-    void helpDescribesEachCommand();
     void badInputEndsWithCodeAndMessage_data();
     void badInputEndsWithCodeAndMessage();
     void createNamesDatabaseByKind_data();
@@ -28,35 +26,6 @@ private slots:
 private:
     QTemporaryDir m_dir;
 };
-
-void CliUsage::helpDescribesEachCommand_data()
-{
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("mentions");
-    QTest::newRow("create") << "create"
-                            << "--kind";
-    QTest::newRow("list") << "list"
-                          << "--summary";
-    QTest::newRow("export") << "export"
-                            << "--list";
-    QTest::newRow("import") << "import"
-                            << "--dry-run";
-    QTest::newRow("verify") << "verify"
-                            << "--kind";
-    QTest::newRow("generate") << "generate"
-                              << "--file-size";
-}
-
-void CliUsage::helpDescribesEachCommand()
-{
-    QFETCH(QString, command);
-    QFETCH(QString, mentions);
-    const Run run = ussctl({command, "--help"});
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY2(run.out.startsWith("Usage: ussctl " + command + " "), qPrintable(run.out));
-    QVERIFY2(run.out.contains(mentions), qPrintable(run.out));
-    QVERIFY(run.err.isEmpty());
-}
 
 void CliUsage::badInputEndsWithCodeAndMessage_data()
 {
@@ -135,10 +104,6 @@ void CliUsage::createNamesDatabaseByKind_data()
     QTest::addColumn<QString>("databaseName");
     QTest::newRow("vo") << "vo"
                         << "user_vo";
-    QTest::newRow("tx") << "tx"
-                        << "user_tx";
-    QTest::newRow("vk") << "vk"
-                        << "user_vk";
     QTest::newRow("ov") << "ov"
                         << "user_ov";
 }

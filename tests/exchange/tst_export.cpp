@@ -33,7 +33,6 @@ private slots:
     void exportSharesIdenticalModels();
     void modelWithoutIconHasEmptyIconAndNoPng();
     void elementWithoutModelHasNullModel();
-    void emptyDigestGivesEmptyRecordAndNoNumber();
     void attributeMembersFollowPresenceRules_data();
     void attributeMembersFollowPresenceRules();
     void headerCarriesKeyDateAndCount();
@@ -106,12 +105,6 @@ void TestExport::extensionFollowsDatabaseKind_data()
     QTest::newRow("object library") << "x_user_vo_1"
                                     << "vobject"
                                     << "vos";
-    QTest::newRow("TX") << "user_tx"
-                        << "TX"
-                        << "uss";
-    QTest::newRow("VK") << "user_vk"
-                        << "VK"
-                        << "uss";
     QTest::newRow("OV") << "my user_ov"
                         << "OV"
                         << "uss";
@@ -223,22 +216,6 @@ void TestExport::elementWithoutModelHasNullModel()
     QVERIFY(!item.contains("repPath"));
     QVERIFY(!item.contains("spc"));
     QCOMPARE(entries(path), QStringList{"TX.json"});
-}
-
-void TestExport::emptyDigestGivesEmptyRecordAndNoNumber()
-{
-    // A model or projection for which the catalog gives no digest matches nothing.
-    QTemporaryDir work;
-    exchange::FileRegistry registry("TX", false, work.path());
-    const exchange::FileRecord& model = registry.model(nullptr);
-    QVERIFY(model.entry.isEmpty());
-    QVERIFY(model.iconEntry.isEmpty());
-    QVERIFY(model.digest.isEmpty());
-    const exchange::FileRecord& fragment = registry.fragment(nullptr);
-    QVERIFY(fragment.entry.isEmpty());
-    QVERIFY(registry.records().empty());
-    QCOMPARE(registry.lastNumber(), 0);
-    QCOMPARE(registry.representation("x").entry, "TX\\repr\\1.xml");
 }
 
 void TestExport::attributeMembersFollowPresenceRules_data()
