@@ -29,15 +29,12 @@ private slots:
     void extensionFollowsDatabaseKind_data();
     void extensionFollowsDatabaseKind();
     void documentComesFirstThenFilesInRegistryOrder();
-    void counterInterleavesModelsFragmentsAndRepresentations();
     void exportSharesIdenticalModels();
-    void modelWithoutIconHasEmptyIconAndNoPng();
     void elementWithoutModelHasNullModel();
     void attributeMembersFollowPresenceRules_data();
     void attributeMembersFollowPresenceRules();
     void headerCarriesKeyDateAndCount();
     void specificationsAndColumnsAreWritten();
-    void progressRunsOverTwiceTheElements();
     void failedExportLeavesExistingTargetUnchanged();
     void leftoversOfEndedProcessesAreRemoved_data();
     void leftoversOfEndedProcessesAreRemoved();
@@ -146,34 +143,6 @@ void TestExport::documentComesFirstThenFilesInRegistryOrder()
     QCOMPARE(entries(path), expected);
 }
 
-void TestExport::counterInterleavesModelsFragmentsAndRepresentations()
-{
-    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
-    QVERIFY(setModel(e, m_catalog->writeFile("m.m3d", "model"),
-                     m_catalog->writeFile("m.png", "model icon"), "M", 5));
-    QVERIFY(addProjection(e, "top", m_catalog->writeFile("t.frw", "fragment"),
-                          m_catalog->writeFile("t.png", "fragment icon"), 1, 0));
-    const QByteArray repr = "<repr/>";
-    QVERIFY(stdsize_SetRepresentationData(e, repr.constData(), size_t(repr.size())));
-    const QString path = m_out->filePath("a.uss");
-    QVERIFY(ExportUss::Export(path, {e}, false));
-
-    const QJsonObject item = document(path)["std-size"].toArray()[0].toObject();
-    QCOMPARE(item["model"].toObject()["file"].toString(), "TX\\model\\1.m3d");
-    QCOMPARE(item["model"].toObject()["icon"].toString(), "TX\\model\\1.png");
-    QCOMPARE(item["prj"].toArray()[0].toObject()["file"].toString(), "TX\\prj\\2.frw");
-    QCOMPARE(item["prj"].toArray()[0].toObject()["icon"].toString(), "TX\\prj\\2.png");
-    QCOMPARE(item["repPath"].toString(), "TX\\repr\\3.xml");
-
-    zipper::unzip u(path);
-    QCOMPARE(u.entryCount(), 6);
-    QCOMPARE(u.readAll("TX\\model\\1.m3d", 100), QByteArray("model"));
-    QCOMPARE(u.readAll("TX\\model\\1.png", 100), QByteArray("model icon"));
-    QCOMPARE(u.readAll("TX\\prj\\2.frw", 100), QByteArray("fragment"));
-    QCOMPARE(u.readAll("TX\\prj\\2.png", 100), QByteArray("fragment icon"));
-    QCOMPARE(u.readAll("TX\\repr\\3.xml", 100), repr);
-}
-
 void TestExport::exportSharesIdenticalModels()
 {
     es_stdsize_t* e1 = m_catalog->addElement("P", "F", "E1");
@@ -187,19 +156,6 @@ void TestExport::exportSharesIdenticalModels()
     QCOMPARE(items[0].toObject()["model"].toObject()["file"].toString(), "TX\\model\\1.m3d");
     QCOMPARE(items[1].toObject()["model"].toObject()["file"].toString(), "TX\\model\\1.m3d");
     QCOMPARE(items[1].toObject()["model"].toObject()["name"].toString(), "two");
-    QCOMPARE(entries(path), (QStringList{"TX.json", "TX\\model\\1.m3d"}));
-}
-
-void TestExport::modelWithoutIconHasEmptyIconAndNoPng()
-{
-    es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
-    QVERIFY(setModel(e, m_catalog->writeFile("1.m3d", "model"), {}, "M", 1));
-    const QString path = m_out->filePath("a.uss");
-    QVERIFY(ExportUss::Export(path, {e}, false));
-    const QJsonObject model =
-        document(path)["std-size"].toArray()[0].toObject()["model"].toObject();
-    QCOMPARE(model["icon"].toString(), QString());
-    QCOMPARE(model["digest"].toString(), edw::contentDigest(QByteArray("model")));
     QCOMPARE(entries(path), (QStringList{"TX.json", "TX\\model\\1.m3d"}));
 }
 
@@ -319,28 +275,6 @@ void TestExport::specificationsAndColumnsAreWritten()
     QCOMPARE(columns[0].toObject()["val"].toString(), "{A1}");
     QCOMPARE(columns[1].toObject()["val"].toString(), "шт.");
     QCOMPARE(spc[1].toObject()["column"].toArray().size(), 0);
-}
-
-void TestExport::progressRunsOverTwiceTheElements()
-{
-    std::vector<es_stdsize_t*> elements;
-    for (int i = 0; i < 3; ++i) {
-        es_stdsize_t* e = m_catalog->addElement("P", "F", QString("E%1").arg(i));
-        QVERIFY(setModel(e, m_catalog->writeFile(QString("%1.m3d").arg(i), QByteArray::number(i)),
-                         {}, "M", 1));
-        elements.push_back(e);
-    }
-    RecordingProgress progress;
-    QVERIFY(ExportUss::Export(m_out->filePath("a.uss"), elements, false, progress));
-    QCOMPARE(progress.caption, "Экспорт пользовательских элементов:");
-    QCOMPARE(progress.maximum, 6);
-    QCOMPARE(progress.begun, 1);
-    QCOMPARE(progress.ended, 1);
-    // Document phase: only odd indexes advance (0, 1, 1); then three records of two steps
-    // of (6 - 1) / 6 + 0.001 each.
-    QCOMPARE(progress.values, (QList<int>{0, 1, 1, 1, 2, 3, 4, 5, 6}));
-    QVERIFY(workingFoldersLeft().isEmpty());
-    QVERIFY2(!QFileInfo::exists(ExportUss::workingFolder()), "the empty uss_export stays");
 }
 
 void TestExport::failedExportLeavesExistingTargetUnchanged()

@@ -39,11 +39,8 @@ private slots:
     void allSameNeedsNoDecisionAndWritesNothing();
     void conflictKeptLeavesElementUntouched();
     void conflictReplacedTakesTheImportedElement();
-    void compactionKeepsOrderOfKeptRecords();
     void recordsSharingAModelExtractItOnce();
     void filesMoveIntoTheStoreOnce();
-    void readGivesEntryBytesWithoutAFile_data();
-    void readGivesEntryBytesWithoutAFile();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog();
     void importStopsAfterThird();
@@ -500,21 +497,6 @@ void TestImport::conflictReplacedTakesTheImportedElement()
     QCOMPARE(dump(replaced), dump(m_source->find("ПЭ_Трубы", "E1")));
 }
 
-void TestImport::compactionKeepsOrderOfKeptRecords()
-{
-    std::vector<exchange::ImportRecord> records(6);
-    const QList<bool> skip{false, true, true, false, true, false};
-    for (int i = 0; i < 6; ++i) {
-        records[size_t(i)].id = QString::number(i);
-        records[size_t(i)].skip = skip[i];
-    }
-    QCOMPARE(exchange::compactRecords(records), size_t(3));
-    QStringList ids;
-    for (const auto& r : records)
-        ids << r.id;
-    QCOMPARE(ids, (QStringList{"0", "3", "5"}));
-}
-
 void TestImport::recordsSharingAModelExtractItOnce()
 {
     es_stdsize_t* a = m_source->addElement("P", "F", "A");
@@ -572,40 +554,6 @@ void TestImport::filesMoveIntoTheStoreOnce()
         QVERIFY(e);
         QCOMPARE(dump(e), dump(elements[size_t(i)]));
     }
-}
-
-void TestImport::readGivesEntryBytesWithoutAFile_data()
-{
-    QTest::addColumn<QString>("entry"); // "<repr>": the first element's representation entry
-    QTest::addColumn<bool>("found");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("representation")
-        << "<repr>" << true << QByteArray("<representation kind=\"pipe\"/>");
-    QTest::newRow("forward slashes")
-        << "<repr/>" << true << QByteArray("<representation kind=\"pipe\"/>");
-    QTest::newRow("missing") << "TX\\repr\\none.dat" << false << QByteArray();
-    QTest::newRow("dot-dot") << "..\\TX.json" << false << QByteArray();
-    QTest::newRow("empty") << "" << false << QByteArray();
-}
-
-void TestImport::readGivesEntryBytesWithoutAFile()
-{
-    QFETCH(QString, entry);
-    QFETCH(bool, found);
-    QFETCH(QByteArray, bytes);
-    const QString path = richArchive();
-    QVERIFY(!path.isEmpty());
-    exchange::ImportArchive archive;
-    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
-    const exchange::ImportRecord& first = archive.records().front();
-    QVERIFY(first.repPath);
-    if (entry == "<repr>") entry = *first.repPath;
-    if (entry == "<repr/>") entry = QString(*first.repPath).replace('\\', '/');
-    const std::optional<QByteArray> got = archive.read(entry);
-    QCOMPARE(got.has_value(), found);
-    QCOMPARE(got.value_or(QByteArray()), bytes);
-    QCOMPARE(archive.extractedCount(), 0);
-    QCOMPARE(archive.temporaryFolder(), QString());
 }
 
 void TestImport::attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data()
