@@ -9,6 +9,7 @@
 
 #include <esdata/esdata.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 
@@ -82,7 +83,15 @@ int runExport(const QStringList& args)
                                       "Try 'ussctl export --help'.");
     }
 
-    Catalog catalog = Catalog::open(line.positional().at(0));
+    const QString fixedDate = qEnvironmentVariable("USSCTL_FIXED_DATE");
+    // A date the archive cannot carry would be written as it stands into every export.
+    if (!fixedDate.isEmpty() &&
+        !QDateTime::fromString(fixedDate, "yyyy.MM.dd HH:mm:ss").isValid()) {
+        throw CommandError(ExitUsage, QString("USSCTL_FIXED_DATE '%1' is not a date "
+                                              "\"yyyy.MM.dd hh:mm:ss\"")
+                                          .arg(fixedDate));
+    }
+    Catalog catalog = Catalog::open(line.positional().at(0), true);
     const Kind& kind = catalog.kind();
     std::vector<es_stdsize_t*> elements =
         line.isSet("list")
@@ -96,7 +105,7 @@ int runExport(const QStringList& args)
     MessengerGuard guard(&messenger);
     TerminalProgress progress(TerminalProgress::stderrIsTerminal());
     ExportUss::Options options;
-    options.exportDate = qEnvironmentVariable("USSCTL_FIXED_DATE");
+    options.exportDate = fixedDate;
     options.compressionLevel = int(level);
     if (!ExportUss::Export(path, elements, false, progress, options))
         throw CommandError(ExitFailed, exchange::texts::exportFailed());

@@ -5,6 +5,7 @@
 #include "terminalprogress.h"
 
 #include "catalog/esconvert.h"
+#include "exchange/catalogcheck.h"
 #include "exchange/exchangetexts.h"
 #include "exchange/importarchive.h"
 #include "exchange/importdecision.h"
@@ -14,6 +15,9 @@
 
 #include <QFileInfo>
 #include <QObject>
+
+#include <atomic>
+#include <csignal>
 
 namespace ussctl {
 
@@ -70,6 +74,23 @@ void printDryRun(const std::vector<exchange::ImportRecord>& records,
             .arg(counts[int(exchange::Decision::Repeated)]));
 }
 
+// The worker's state word: Ctrl+C sets it to stop, the worker finishes the element in hand.
+std::atomic<int> stopWord{exchange::ImportWorker::Run};
+
+extern "C" void stopOnInterrupt(int)
+{
+    stopWord.store(exchange::ImportWorker::Stop);
+    // A second Ctrl+C ends the process at once.
+    std::signal(SIGINT, SIG_DFL);
+}
+
+// Ctrl+C stops the import instead of the process while the guard lives.
+struct InterruptGuard
+{
+    InterruptGuard() { std::signal(SIGINT, stopOnInterrupt); }
+    ~InterruptGuard() { std::signal(SIGINT, SIG_DFL); }
+};
+
 } // namespace
 
 int runImport(const QStringList& args)
@@ -97,20 +118,29 @@ int runImport(const QStringList& args)
     const auto policy = policyName == "replace" ? exchange::ConflictPolicy::ReplaceWithImported
                                                 : exchange::ConflictPolicy::KeepMine;
     const QString archivePath = line.positional().at(1);
-    Catalog catalog = Catalog::open(line.positional().at(0));
+    const bool dryRun = line.isSet("dry-run");
+    Catalog catalog = Catalog::open(line.positional().at(0), dryRun);
     catalog.kind(); // an unknown kind is refused before the archive is read
     if (!QFileInfo(archivePath).isFile())
         throw CommandError(ExitNotFound, QString("archive not found: %1").arg(archivePath));
+    // A catalog that cannot be written is told before any work.
+    if (!dryRun) {
+        if (const QString problem = exchange::writeProblem(catalog.provider()); !problem.isEmpty())
+            throw CommandError(ExitFailed, problem);
+    }
 
     StderrMessenger messenger;
     MessengerGuard guard(&messenger);
     exchange::ImportArchive archive;
-    if (archive.open(archivePath, catalog.provider()) != exchange::ImportArchive::Status::Ok)
-        throw CommandError(ExitFailed, archive.errorText());
+    if (archive.open(archivePath, catalog.provider()) != exchange::ImportArchive::Status::Ok) {
+        const QString detail = archive.detailText();
+        throw CommandError(ExitFailed, detail.isEmpty() ? archive.errorText()
+                                                        : archive.errorText() + "\n" + detail);
+    }
 
     std::vector<exchange::ImportRecord>& records = archive.records();
     const std::vector<exchange::Decision> decisions = exchange::decide(records, catalog.provider());
-    if (line.isSet("dry-run")) {
+    if (dryRun) {
         printDryRun(records, decisions);
         return ExitOk;
     }
@@ -124,6 +154,10 @@ int runImport(const QStringList& args)
 
     TerminalProgress progress(TerminalProgress::stderrIsTerminal());
     exchange::ImportWorker worker(archive, catalog.provider(), std::move(records));
+    worker.setCheckFirst(false);
+    stopWord.store(exchange::ImportWorker::Run);
+    worker.shareState(&stopWord);
+    InterruptGuard interrupts;
     QObject::connect(&worker, &exchange::ImportWorker::progress,
                      [&progress](int done) { progress.setValue(done); });
     progress.begin("Импорт пользовательских элементов:", worker.total());
@@ -135,6 +169,7 @@ int runImport(const QStringList& args)
         messenger.information(QString(), worker.finishText());
     else
         messenger.critical(QString(), worker.finishText());
+    if (!worker.failureText().isEmpty()) messenger.critical(QString(), worker.failureText());
     out(QString("imported %1 of %2 (new %3, replaced %4)\n")
             .arg(worker.written())
             .arg(worker.total())

@@ -58,7 +58,7 @@ int runList(const QStringList& args)
     line.addOption({{"s", "summary"}, "Print the totals only."});
     line.parse(args, 1, 1);
     const bool summary = line.isSet("summary");
-    Catalog catalog = Catalog::open(line.positional().at(0));
+    Catalog catalog = Catalog::open(line.positional().at(0), true);
     es_provider_t* provider = catalog.provider();
     const Kind* kind = kindOfDatabase(catalog.databaseName());
     out(QString("database \"%1\" (kind %2)\n")

@@ -1,5 +1,8 @@
 #include "common.h"
 
+#include "catalog/store_extension.h"
+#include "exchange/exchangetexts.h"
+
 #include <esdata/esdata.h>
 
 #include <QFileInfo>
@@ -46,6 +49,28 @@ void out(const QString& text)
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
 }
 
+namespace {
+QString lastMessage;
+}
+
+bool alreadyPrinted(const QString& message)
+{
+    return !message.isEmpty() && lastMessage == forTerminal(message);
+}
+
+void noteMessage(const QString& message)
+{
+    lastMessage = message;
+}
+
+QString forTerminal(const QString& message)
+{
+    static const QString help =
+        QStringLiteral("\nДля получения информации по устранению проблемы нажмите кнопку Справка.");
+    QString text = message;
+    return text.remove(help);
+}
+
 void err(const QString& text)
 {
     std::fflush(stdout);
@@ -63,14 +88,23 @@ std::u16string toEs(const QString& text)
     return std::u16string(reinterpret_cast<const char16_t*>(text.utf16()), size_t(text.size()));
 }
 
-Catalog Catalog::open(const QString& path)
+Catalog Catalog::open(const QString& path, bool forReading)
 {
     if (!QFileInfo(path).isFile())
         throw CommandError(ExitNotFound, QString("catalog not found: %1").arg(path));
-    es_provider_t* provider = esx_OpenCatalog(toEs(path).c_str(), u"", false);
+    // A store that can open a catalog for reading alone says so with this function; others
+    // open every catalog for writing.
+    using OpenForReadingFn = es_provider_t* (*)(const char16_t*);
+    static const auto openForReading =
+        edw::storeFunction<OpenForReadingFn>("esx_OpenCatalogForReading");
+    es_provider_t* provider = forReading && openForReading
+                                  ? openForReading(toEs(path).c_str())
+                                  : esx_OpenCatalog(toEs(path).c_str(), u"", false);
     if (!provider) {
-        throw CommandError(
-            ExitNotFound, QString("cannot open catalog %1: %2").arg(path, fromEs(esx_LastError())));
+        const QString reason = fromEs(esx_LastError());
+        if (!forReading && reason.contains("readonly"))
+            throw CommandError(ExitFailed, exchange::texts::catalogReadOnly(path));
+        throw CommandError(ExitNotFound, QString("cannot open catalog %1: %2").arg(path, reason));
     }
     return Catalog(provider);
 }

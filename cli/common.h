@@ -51,13 +51,22 @@ const Kind* kindOfDatabase(const QString& databaseName);
 // Writes text (UTF-8) to stdout / stderr; a newline is not added.
 void out(const QString& text);
 void err(const QString& text);
+// Whether message was the last message printed to stderr (so that a failure is told once).
+bool alreadyPrinted(const QString& message);
+void noteMessage(const QString& message);
+// A message written for a dialog, as it reads on a terminal: a dialog's help button is not
+// there.
+QString forTerminal(const QString& message);
 
 // An open catalog closed on destruction.
 class Catalog
 {
 public:
-    // Opens an existing catalog; missing file or not a catalog throws CommandError.
-    static Catalog open(const QString& path);
+    // Opens an existing catalog; missing file or not a catalog throws CommandError. A
+    // catalog opened forReading is only read: a file or folder the user may not write is
+    // fine where the store can open such a catalog. One opened for writing that can only be
+    // read is refused with the reason.
+    static Catalog open(const QString& path, bool forReading = false);
     // Creates a new catalog; an existing file throws CommandError.
     static Catalog create(const QString& path, const Kind& kind);
     Catalog(Catalog&& other) noexcept;

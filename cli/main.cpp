@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+#include <csignal>
 #include <exception>
 #include <functional>
 
@@ -31,12 +32,21 @@ const QList<Command>& commands()
     return table;
 }
 
+// Lines of the debug log go to standard error marked as such, apart from the command's own
+// messages.
+void logLine(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    const char* level = type == QtDebugMsg || type == QtInfoMsg ? "debug" : "warning";
+    ussctl::err(QString("ussctl: %1: %2\n").arg(QLatin1String(level), message));
+}
+
 QString usage()
 {
     QString text = "Usage: ussctl <command> [options] [arguments]\n\nCommands:\n";
     for (const Command& command : commands())
         text += QString("  %1  %2\n").arg(QString(command.name), -9).arg(command.summary);
-    text += "\n'ussctl <command> --help' describes a command.\n"
+    text += "\n'ussctl <command> --help' describes a command; 'ussctl --version' tells the "
+            "version.\n"
             "Exit codes: 0 success, 1 the operation failed or its input was rejected,\n"
             "2 bad options or arguments, 3 an input file is missing or cannot be opened.\n";
     return text;
@@ -46,8 +56,15 @@ QString usage()
 
 int main(int argc, char* argv[])
 {
+#ifdef SIGXFSZ
+    // A file-size limit then fails the write with an error that is reported, instead of
+    // ending the process without a word.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName("ussctl");
+    QCoreApplication::setApplicationVersion(USSCTL_VERSION);
+    qInstallMessageHandler(logLine);
     QStringList args = QCoreApplication::arguments().mid(1);
     if (args.isEmpty()) {
         ussctl::err(usage());
@@ -58,6 +75,10 @@ int main(int argc, char* argv[])
         ussctl::out(usage());
         return ussctl::ExitOk;
     }
+    if (name == "--version") {
+        ussctl::out(QString("ussctl %1\n").arg(USSCTL_VERSION));
+        return ussctl::ExitOk;
+    }
     for (const Command& command : commands()) {
         if (name != command.name) continue;
         try {
@@ -65,10 +86,10 @@ int main(int argc, char* argv[])
         } catch (const ussctl::CommandError& e) {
             if (e.code() == ussctl::ExitOk) {
                 ussctl::out(e.message());
-            } else {
-                ussctl::err(e.message().startsWith("ussctl")
-                                ? e.message() + "\n"
-                                : "ussctl " + name + ": " + e.message() + "\n");
+            } else if (!ussctl::alreadyPrinted(e.message())) {
+                const QString text = ussctl::forTerminal(e.message());
+                ussctl::err(text.startsWith("ussctl") ? text + "\n"
+                                                      : "ussctl " + name + ": " + text + "\n");
             }
             return e.code();
         } catch (const std::exception& e) {

@@ -26,7 +26,10 @@ void StderrMessenger::print(const QString& level, const QString& title, const QS
     m_last = text;
     // A single blank is the title of input warnings: nothing worth printing.
     const QString heading = title.trimmed().isEmpty() ? QString() : title.trimmed() + ": ";
-    err(level + heading + text + "\n");
+    const QString line = forTerminal(text);
+    if (heading.isEmpty() && alreadyPrinted(line)) return;
+    err(level + heading + line + "\n");
+    noteMessage(line);
 }
 
 MessengerGuard::MessengerGuard(edw::IMessenger* messenger)

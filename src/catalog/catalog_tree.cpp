@@ -2,7 +2,6 @@
 
 #include "esconvert.h"
 
-#include <QRegularExpression>
 #include <QStringList>
 
 #include <array>
@@ -65,9 +64,8 @@ es_folder_t* findOrAddChildFolder(es_folder_t* folder, const QString& name)
 es_folder_t* ensureFolderPath(es_packet_t* packet, const QString& path)
 {
     es_folder_t* current = packet_GetRootFolder(packet);
-    static const QRegularExpression separators(QStringLiteral("[\\\\/]"));
-    const QStringList parts = path.split(separators, Qt::SkipEmptyParts);
-    for (const QString& part : parts) {
+    // "\\" alone separates folders: a folder may be named "Ду 1/2".
+    for (const QString& part : path.split(QLatin1Char('\\'), Qt::SkipEmptyParts)) {
         if (!current) return nullptr;
         current = findOrAddChildFolder(current, part);
     }

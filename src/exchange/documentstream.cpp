@@ -316,6 +316,7 @@ void element(StyledStream& out, es_stdsize_t* e, FileRegistry& registry)
 
     // Registry numbers go to the model, then the fragments, then the representation; the
     // members come out in that order too.
+    registry.setOwner(e);
     out.name("model");
     es_model_t* model = stdsize_GetModel(e);
     if (model && !model_IsEmpty(model)) {

@@ -70,6 +70,7 @@ Json::Value elementValue(es_stdsize_t* element, FileRegistry& registry)
     item["atr"] = std::move(atr);
 
     // Registry numbers are handed out in this order: model, fragments, representation.
+    registry.setOwner(element);
     es_model_t* model = stdsize_GetModel(element);
     if (model && !model_IsEmpty(model)) {
         const FileRecord& record = registry.model(model);

@@ -11,6 +11,7 @@ ImportOutcome importArchive(const QString& path, es_provider_t* provider,
     outcome.records = int(archive.records().size());
     if (outcome.status != ImportArchive::Status::Ok) {
         outcome.message = archive.errorText();
+        outcome.failure = archive.detailText();
         return outcome;
     }
     const std::vector<Decision> decisions = decide(archive.records(), provider);
@@ -41,6 +42,7 @@ ImportOutcome importArchive(const QString& path, es_provider_t* provider,
     outcome.replaced = worker.replaced();
     outcome.skipped = worker.skipped();
     outcome.message = worker.finishText();
+    outcome.failure = worker.failureText();
     return outcome;
 }
 

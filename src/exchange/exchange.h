@@ -23,6 +23,7 @@
 // Import in one call: exchange::importArchive() below.
 
 #include "archivekind.h"
+#include "catalogcheck.h"
 #include "exchangetexts.h"
 #include "exportuss.h"
 #include "importarchive.h"
@@ -51,6 +52,9 @@ struct ImportOutcome
     int added = 0;    // written as new elements
     int replaced = 0; // written in place of an element of the catalog
     int skipped = 0;  // kept but could not be created
+    // Why records failed or nothing was written (ImportWorker::failureText()), or why the
+    // archive was refused where more can be said (ImportArchive::detailText()).
+    QString failure;
 };
 
 struct ImportOptions

@@ -11,6 +11,13 @@ inline QString notExportFile()
     return QStringLiteral("Файл не является файлом экспортированных элементов.\nДля получения "
                           "информации по устранению проблемы нажмите кнопку Справка.");
 }
+// %1 the key of the archive's document, %2 the key the catalog's kind reads.
+inline QString otherKind(const QString& found, const QString& expected)
+{
+    return QStringLiteral("Архив выгружен из каталога другого вида: %1 (документ %1.json), "
+                          "а каталог этого вида читает %2.json.")
+        .arg(found, expected);
+}
 inline QString noElements()
 {
     return QStringLiteral("Файл не содержит пользовательских элементов");
@@ -31,6 +38,31 @@ inline QString importDone()
 inline QString importStopped()
 {
     return QStringLiteral("Импорт прерван.\nИмпортировано %1 из %2.");
+}
+// Why an import writes nothing or stops: %1 the catalog file, %2 the store's reason.
+inline QString catalogReadOnly(const QString& path)
+{
+    return QStringLiteral("Каталог %1 доступен только для чтения: импорт в него невозможен.")
+        .arg(path);
+}
+inline QString catalogLocked(const QString& path, const QString& reason)
+{
+    return QStringLiteral("Каталог %1 занят: другая программа держит блокировку записи (%2).")
+        .arg(path, reason);
+}
+inline QString catalogUnwritable(const QString& path, const QString& reason)
+{
+    return QStringLiteral("В каталог %1 нельзя записать: %2").arg(path, reason);
+}
+inline QString catalogDamaged(const QString& path, const QString& reason)
+{
+    return QStringLiteral("Файл каталога %1 повреждён, импорт в него не выполняется: %2")
+        .arg(path, reason);
+}
+// %1 packet, %2 element id, %3 what was being written, %4 the store's reason.
+inline QString elementNotWritten()
+{
+    return QStringLiteral("Элемент \"%2\" пакета \"%1\" не записан (%3): %4");
 }
 inline QString laterVersion()
 {
@@ -61,6 +93,10 @@ inline QString jsonFailed()
 inline QString archiveFailed()
 {
     return QStringLiteral("Не смогли создать архив");
+}
+inline QString fileMissing(const QString& packet, const QString& id, const QString& file)
+{
+    return QStringLiteral("Элемент \"%2\" пакета \"%1\": нет файла %3").arg(packet, id, file);
 }
 inline QString jsonAddFailed()
 {

@@ -58,7 +58,7 @@ using namespace exchange;
 
 namespace {
 
-const QString folderPrefix = QStringLiteral("export_");
+const QString folderPrefix = QString::fromUtf16(exportFolderPrefix);
 
 // Closes the indicator and removes the working folder however the export ends, and the
 // shared parent with it when no other export is using it.
@@ -157,7 +157,7 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
     // Each export works in a folder of its own under the shared parent, so exports running
     // at the same time (other threads, other processes) never touch each other's files.
     const QString parent = workingFolder();
-    removeStaleLeftovers(parent, folderPrefix);
+    sweepLeftovers(QFileInfo(path).absolutePath());
     // Another export that ends may remove the empty parent between the two steps: try again.
     std::optional<QTemporaryDir> own;
     for (int attempt = 0; attempt < 3 && !(own && own->isValid()); ++attempt) {
@@ -234,6 +234,13 @@ bool ExportUss::Export(const QString& path, const std::vector<es_stdsize_t*>& el
 
     const QString documentEntry = key + QStringLiteral(".json");
     const auto& records = registry.records();
+    // A stored file that has gone is named with its element, before any entry is written.
+    for (const auto& [digest, record] : records) {
+        if (record.sourcePath.isEmpty() || QFileInfo(record.sourcePath).isFile()) continue;
+        edw::messenger().critical(QString(),
+                                  texts::fileMissing(record.packet, record.id, record.sourcePath));
+        return false;
+    }
 
     // The large entries are deflated on two threads into two part archives of the working
     // folder; the archive then takes their compressed data as they are. Deflate is most of

@@ -1,5 +1,6 @@
 #include "fileregistry.h"
 
+#include <catalog/catalog_tree.h>
 #include <catalog/digest.h>
 #include <catalog/esconvert.h>
 #include <catalog/host.h>
@@ -68,6 +69,10 @@ const FileRecord& FileRegistry::fileRecord(const char* folder, const char* exten
     record.entry = stem + QLatin1Char('.') + QLatin1String(extension);
     record.sourcePath = path;
     record.digest = digest;
+    if (m_owner) {
+        record.id = edw::fromEs(stdsize_GetID(m_owner));
+        record.packet = edw::fromEs(packet_GetName(folder_GetPacket(edw::folderOf(m_owner))));
+    }
     if (iconSize > 0 && icon) {
         record.icon = QByteArray(static_cast<const char*>(icon), qsizetype(iconSize));
         record.iconEntry = stem + QStringLiteral(".png");

@@ -19,6 +19,8 @@ struct FileRecord
     QByteArray content; // bytes stored when there is no file on disk
     QByteArray icon;    // icon bytes
     QString digest;
+    // The first element naming the file, as ("packet", "id"), for messages.
+    QString packet, id;
 };
 
 // The files of one export, keyed so that a model or fragment met twice (same digest in the
@@ -32,6 +34,8 @@ public:
     // the record then names that copy and carries its recomputed digest.
     FileRegistry(const QString& key, bool previousVersion, const QString& workFolder);
 
+    // The element whose files are asked for next.
+    void setOwner(es_stdsize_t* element) { m_owner = element; }
     // The record of the element's model or of a projection; the empty record when the
     // catalog gives no digest.
     const FileRecord& model(es_model_t* model);
@@ -53,6 +57,7 @@ private:
     QString m_workFolder;
     int m_counter = 0;
     int m_convertCounter = 0;
+    es_stdsize_t* m_owner = nullptr;
     std::map<std::string, FileRecord> m_records;
     FileRecord m_empty;
 };

@@ -9,6 +9,7 @@
 
 #include <QDebug>
 #include <QDir>
+#include <QFileInfo>
 #include <QHash>
 #include <QRegularExpression>
 #include <QSet>
@@ -22,14 +23,7 @@ namespace exchange {
 
 namespace {
 
-const QString folderPrefix = QStringLiteral("uss_import_");
-
-// Folders left by imports of processes that no longer run (killed, crashed) are removed by
-// the next import.
-void removeStaleFolders()
-{
-    removeStaleLeftovers(QDir::tempPath(), folderPrefix);
-}
+const QString folderPrefix = QString::fromUtf16(importFolderPrefix);
 
 QString safeSuffix(const QString& entryName)
 {
@@ -148,7 +142,8 @@ ImportArchive::Status ImportArchive::open(const QString& path, const QString& ke
     stopPrefetch();
     d = std::make_unique<Private>();
     m_status = Status::NotExportFile;
-    removeStaleFolders();
+    m_detail.clear();
+    sweepLeftovers(QFileInfo(path).absolutePath());
 
     std::optional<ParsedDocument> doc;
     try {
@@ -156,11 +151,16 @@ ImportArchive::Status ImportArchive::open(const QString& path, const QString& ke
         const QString name = key + QStringLiteral(".json");
         if (key.isEmpty() || !d->zip->contains(name)) {
             qDebug().noquote() << texts::jsonMissing();
+            for (int kind = 0; !archiveKey(kind).isEmpty(); ++kind) {
+                const QString other = archiveKey(kind);
+                if (other != key && d->zip->contains(other + QStringLiteral(".json")))
+                    m_detail = texts::otherKind(other, key);
+            }
             return m_status;
         }
         doc = parseDocument(d->zip->readAll(name, maxDocumentSize));
     } catch (const std::exception& e) {
-        qDebug() << e.what();
+        m_detail = QString::fromUtf8(e.what());
         d->zip.reset();
         return m_status;
     }

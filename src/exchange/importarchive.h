@@ -48,6 +48,9 @@ public:
     Status status() const { return m_status; }
     // The user's message for the status; empty for Ok.
     QString errorText() const;
+    // What exactly was refused, where more can be said: the kind of catalog an archive of
+    // another kind was written from, or why the archive could not be read. Empty otherwise.
+    QString detailText() const { return m_detail; }
 
     const DocumentHeader& header() const { return m_header; }
     std::vector<ImportRecord>& records() { return m_records; }
@@ -99,6 +102,7 @@ private:
     struct Private;
     std::unique_ptr<Private> d;
     Status m_status = Status::NotExportFile;
+    QString m_detail;
     DocumentHeader m_header;
     std::vector<ImportRecord> m_records;
 };

@@ -1,5 +1,6 @@
 #include "importworker.h"
 
+#include "catalogcheck.h"
 #include "exchangetexts.h"
 #include "importarchive.h"
 
@@ -36,10 +37,11 @@ bool sameText(const char16_t* stored, const QString& text)
     return QStringView(stored) == text;
 }
 
-void setText(es_attribute_t* attribute, const char16_t* (*get)(es_attribute_t*),
+// Writes only what differs; true when the text stands.
+bool setText(es_attribute_t* attribute, const char16_t* (*get)(es_attribute_t*),
              bool (*set)(es_attribute_t*, const char16_t*), const QString& text)
 {
-    if (!sameText(get(attribute), text)) set(attribute, es(text).c_str());
+    return sameText(get(attribute), text) || set(attribute, es(text).c_str());
 }
 
 using AddAttributeExFn = es_attribute_t* (*)(es_table_t*, const char16_t*, const char16_t*,
@@ -163,10 +165,10 @@ struct ImportWorker::Tree
     es_folder_t* path(es_packet_t* packet, const QString& path)
     {
         es_folder_t* current = packet_GetRootFolder(packet);
+        // "\\" alone separates folders, as the writer joins them: "Ду 1/2" is one folder.
         for (const QStringView part : QStringView(path).split(u'\\', Qt::SkipEmptyParts)) {
             if (!current) return nullptr;
-            for (const QStringView piece : part.split(u'/', Qt::SkipEmptyParts))
-                current = current ? child(current, piece.toString()) : nullptr;
+            current = child(current, part.toString());
         }
         return current;
     }
@@ -256,6 +258,17 @@ void ImportWorker::wait()
 // and the element of a record that failed halfway is deleted again.
 void ImportWorker::run()
 {
+    if (m_checkFirst) m_failure = writeProblem(m_provider);
+    if (!m_failure.isEmpty()) {
+        m_skipped = int(m_records.size());
+        emit finished();
+        return;
+    }
+    // Files that killed imports stored ahead, and those of elements replaced since, are
+    // named by no row. An hour old at least: another import running now may have stored
+    // files just ahead of its writes.
+    removeUnusedStoredFiles(m_provider, 3600);
+
     const bool batches = m_transactions && edw::TransactionScope::supported();
     const size_t count = m_records.size();
     std::optional<edw::TransactionScope> batch;
@@ -265,6 +278,10 @@ void ImportWorker::run()
     // Writes records [from, to) again, one transaction each (or none without batches).
     auto oneByOne = [this, batches](size_t from, size_t to) {
         for (size_t j = from; j < to; ++j) {
+            if (m_locked) {
+                ++m_skipped;
+                continue;
+            }
             if (!batches) {
                 if (writeRecord(j)) {
                     m_tree->commit();
@@ -277,7 +294,12 @@ void ImportWorker::run()
             }
             std::optional<edw::TransactionScope> single;
             single.emplace(m_provider);
-            if (writeRecord(j) && single->commit()) {
+            if (!single->active()) {
+                failed(j, QStringLiteral("транзакция"));
+                ++m_skipped;
+                continue;
+            }
+            if (writeRecord(j) && commit(*single)) {
                 m_tree->commit();
                 counted(j, j + 1);
             } else {
@@ -290,7 +312,7 @@ void ImportWorker::run()
     // Closes the open batch ending before record end.
     auto closeBatch = [&](size_t end) {
         if (!batch) return;
-        if (batch->commit()) {
+        if (commit(*batch)) {
             m_tree->commit();
             counted(batchStart, end);
         } else {
@@ -326,7 +348,7 @@ void ImportWorker::run()
             QThread::msleep(150);
             state = m_stateWord->load();
         }
-        if (state == Stop) break;
+        if (state == Stop || m_locked) break;
 
         if (!batches) {
             oneByOne(i, i + 1);
@@ -337,6 +359,15 @@ void ImportWorker::run()
             batch.emplace(m_provider);
             batchStart = i;
             batchAge.start();
+            // Writes outside a transaction would not be all or nothing.
+            if (!batch->active()) {
+                batch.reset();
+                failed(i, QStringLiteral("транзакция"));
+                if (m_locked) break;
+                ++m_skipped;
+                emit progress(++m_done);
+                continue;
+            }
         }
         if (!writeRecord(i)) {
             batch.reset();
@@ -348,6 +379,8 @@ void ImportWorker::run()
         emit progress(++m_done);
     }
     closeBatch(i);
+    // Records a held catalog kept from being written count as failed.
+    if (m_locked) m_skipped = int(count) - m_written.load();
     m_archive.stopPrefetch();
     m_archive.setHandOver({});
     // Files of records that failed, were stopped before, or were prefetched past the stop are
@@ -370,6 +403,36 @@ void ImportWorker::counted(size_t from, size_t to)
     }
 }
 
+bool ImportWorker::commit(edw::TransactionScope& scope)
+{
+    // A commit that the test seam fails is not made: a failed commit leaves nothing.
+    if (wrote(true)) return scope.commit();
+    scope.rollback();
+    return false;
+}
+
+bool ImportWorker::wrote(bool ok)
+{
+    const int n = ++m_writes;
+    if (m_failWriteAt > 0 && (n == m_failWriteAt || (m_failOnward && n > m_failWriteAt)))
+        return false;
+    return ok;
+}
+
+void ImportWorker::failed(size_t index, const QString& what)
+{
+    const QString reason = lastStoreError();
+    if (isLockError(reason)) {
+        m_locked = true;
+        m_failure = texts::catalogLocked(catalogPath(m_provider), reason);
+        return;
+    }
+    if (!m_failure.isEmpty()) return;
+    const ImportRecord& record = m_records[index];
+    m_failure = texts::elementNotWritten().arg(record.packet, record.id, what,
+                                               reason.isEmpty() ? QStringLiteral("?") : reason);
+}
+
 void ImportWorker::discardRecord()
 {
     if (m_adding) table_DeleteStdSize(stdsize_GetTable(m_adding), m_adding);
@@ -382,6 +445,13 @@ bool ImportWorker::writeRecord(size_t index)
     const ImportRecord& record = m_records[index];
     m_replacing[index] = false;
     m_adding = nullptr;
+    // Every write must stand: one that fails fails the record, and the record's writes are
+    // undone with it (the deletion of the element it replaces too).
+    auto need = [&](bool ok, const char* what) {
+        if (wrote(ok)) return true;
+        failed(index, QString::fromUtf8(what));
+        return false;
+    };
     try {
         // What the archive must give is read before the catalog is touched: a damaged entry
         // fails the record before the element it replaces is deleted, which matters where
@@ -404,19 +474,21 @@ bool ImportWorker::writeRecord(size_t index)
         if (record.repPath) representation = m_archive.read(*record.repPath);
 
         es_packet_t* packet = m_tree->packet(record.packet);
-        if (!packet) return false;
+        if (!need(packet, "пакет")) return false;
         es_folder_t* folder = m_tree->path(packet, record.folder);
         es_table_t* table = folder_GetTable(folder);
-        if (!table) return false;
+        if (!need(table, "папка")) return false;
         if (record.existing) {
             // Looked up again: the handle found while deciding may be gone by now.
-            if (es_stdsize_t* old = packet_FindStdSize(packet, es(record.id).c_str()))
+            if (es_stdsize_t* old = packet_FindStdSize(packet, es(record.id).c_str())) {
                 m_replacing[index] = table_DeleteStdSize(stdsize_GetTable(old), old);
+                if (!need(m_replacing[index], "замена")) return false;
+            }
         }
         es_stdsize_t* element = table_AddStdSize(table, es(record.id).c_str());
-        if (!element) return false;
         m_adding = element;
-        stdsize_SetType(element, es(record.type).c_str());
+        if (!need(element, "элемент")) return false;
+        if (!need(stdsize_SetType(element, es(record.type).c_str()), "тип")) return false;
 
         for (const AttributeRecord& a : record.atr) {
             const std::u16string name = es(a.name);
@@ -431,34 +503,49 @@ bool ImportWorker::writeRecord(size_t index)
             if (!attribute)
                 attribute = table_AddAttribute(
                     table, name.c_str(), es(a.desc.value_or(a.name)).c_str(), uint32_t(a.type));
-            if (!attribute) continue;
+            if (!need(attribute, "атрибут")) return false;
             // Each setter is a write of its own: only what differs is written.
-            setText(attribute, attribute_GetVarName, attribute_SetVarName, a.var);
-            setText(attribute, attribute_GetFormula, attribute_SetFormula,
-                    a.formula.value_or(QString()));
-            setText(attribute, attribute_GetMeasure, attribute_SetMeasure, a.measure);
-            if (attribute_GetNumber(attribute) != a.num) attribute_SetNumber(attribute, a.num);
-            if (attribute_GetOldNumber(attribute) != oldNum)
-                attribute_SetOldNumber(attribute, oldNum);
-            if (!a.formula && a.val) edw::writeValue(element, attribute, *a.val);
+            const bool fields =
+                setText(attribute, attribute_GetVarName, attribute_SetVarName, a.var) &&
+                setText(attribute, attribute_GetFormula, attribute_SetFormula,
+                        a.formula.value_or(QString())) &&
+                setText(attribute, attribute_GetMeasure, attribute_SetMeasure, a.measure) &&
+                (attribute_GetNumber(attribute) == a.num ||
+                 attribute_SetNumber(attribute, a.num)) &&
+                (attribute_GetOldNumber(attribute) == oldNum ||
+                 attribute_SetOldNumber(attribute, oldNum));
+            if (!need(fields, "атрибут")) return false;
+            // A value of a type the catalog has no setter for is not written, as before.
+            const uint32_t type = attribute_GetType(attribute);
+            const bool settable =
+                type == ES_ATTR_INT || type == ES_ATTR_REAL || type == ES_ATTR_TEXT;
+            if (!a.formula && a.val && settable &&
+                !need(edw::writeValue(element, attribute, *a.val), "значение"))
+                return false;
         }
 
         // Files that the archive does not hold leave the element without them.
-        if (model && !model->file.isEmpty())
-            model_SetModelEx(stdsize_GetModel(element), es(model->file).c_str(),
-                             es(model->icon).c_str(), es(record.model->name).c_str(),
-                             record.model->version);
+        if (model && !model->file.isEmpty() &&
+            !need(model_SetModelEx(stdsize_GetModel(element), es(model->file).c_str(),
+                                   es(model->icon).c_str(), es(record.model->name).c_str(),
+                                   record.model->version),
+                  "модель"))
+            return false;
         es_projections_t* list = stdsize_GetProjections(element);
         for (size_t i = 0; i < record.prj.size(); ++i) {
             const ProjectionRecord& p = record.prj[i];
             if (projections[i].file.isEmpty()) continue;
-            projections_AddProjectionEx(list, es(p.name).c_str(), es(projections[i].file).c_str(),
-                                        es(projections[i].icon).c_str(), uint32_t(p.type), u"",
-                                        uint32_t(p.view));
+            if (!need(projections_AddProjectionEx(
+                          list, es(p.name).c_str(), es(projections[i].file).c_str(),
+                          es(projections[i].icon).c_str(), uint32_t(p.type), u"", uint32_t(p.view)),
+                      "проекция"))
+                return false;
         }
-        if (representation)
-            stdsize_SetRepresentationData(element, representation->constData(),
-                                          size_t(representation->size()));
+        if (representation &&
+            !need(stdsize_SetRepresentationData(element, representation->constData(),
+                                                size_t(representation->size())),
+                  "представление"))
+            return false;
 
         if (!record.spc.empty()) {
             std::vector<edw::SpecDescription> specs;
@@ -473,11 +560,13 @@ bool ImportWorker::writeRecord(size_t index)
                     spec.columns.push_back(edw::SpecColumn{c.num, c.val});
                 specs.push_back(std::move(spec));
             }
-            if (!edw::runCreateSpec(specs, element)) return false;
+            if (!need(edw::runCreateSpec(specs, element), "спецификация")) return false;
         }
         return true;
     } catch (const std::exception& e) {
-        qDebug() << "import of" << record.id << "failed:" << e.what();
+        if (m_failure.isEmpty())
+            m_failure = texts::elementNotWritten().arg(
+                record.packet, record.id, QStringLiteral("архив"), QString::fromUtf8(e.what()));
         return false;
     }
 }

@@ -14,6 +14,10 @@
 #include <memory>
 #include <vector>
 
+namespace edw {
+class TransactionScope;
+}
+
 namespace exchange {
 
 class ImportArchive;
@@ -80,6 +84,19 @@ public:
     // empty packet; and a killed import may leave one element half written.
     void setTransactions(bool on) { m_transactions = on; }
 
+    // For tests: the n-th write of the run into the catalog (counted from 1), or with onward
+    // that one and every later one, is taken as failed once made, the way a full disk fails a
+    // write halfway through an element; 0 for none.
+    void failWriteAt(int n, bool onward = false)
+    {
+        m_failWriteAt = n;
+        m_failOnward = onward;
+    }
+    // Whether run() first asks writeProblem() (catalogcheck.h) whether the catalog can be
+    // written, and writes nothing when it cannot; on by default. Off for a caller that asked
+    // itself just before.
+    void setCheckFirst(bool on) { m_checkFirst = on; }
+
     int total() const { return int(m_records.size()); }
     // Records handled so far (written or skipped).
     int done() const { return m_done.load(); }
@@ -92,6 +109,10 @@ public:
     // "Импорт пользовательских элементов завершен." when every record was written, else
     // "Импорт прерван.\nИмпортировано <written> из <total>.".
     QString finishText() const;
+    // Why records failed or the run stopped early: the catalog's problem, a held lock, or
+    // the first element that could not be written with the store's reason. Empty when every
+    // record was written or the user stopped.
+    QString failureText() const { return m_failure; }
 
 signals:
     // Count of records done, after each record.
@@ -105,6 +126,21 @@ private:
     void counted(size_t from, size_t to);
     // Deletes what the record that failed last wrote without a transaction.
     void discardRecord();
+    // Commits the scope's writes; false when they are undone.
+    bool commit(edw::TransactionScope& scope);
+    // Counts a write into the catalog and passes on whether it stands.
+    bool wrote(bool ok);
+    // Notes why record index failed (the first failure only) and whether the catalog is held
+    // by another writer, which ends the run.
+    void failed(size_t index, const QString& what);
+
+    std::atomic<int> m_writes{0};
+    int m_failWriteAt = 0;
+    bool m_failOnward = false;
+    bool m_checkFirst = true;
+    // Another writer holds the catalog: nothing more can be written.
+    bool m_locked = false;
+    QString m_failure;
 
     ImportArchive& m_archive;
     es_provider_t* m_provider;

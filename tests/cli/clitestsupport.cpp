@@ -7,7 +7,8 @@
 
 namespace clitest {
 
-Run ussctl(const QStringList& args, const QProcessEnvironment& env)
+Run ussctl(const QStringList& args, const QProcessEnvironment& env,
+           const std::function<void()>& inChild)
 {
     QProcess process;
     QProcessEnvironment environment =
@@ -20,6 +21,9 @@ Run ussctl(const QStringList& args, const QProcessEnvironment& env)
     static QTemporaryDir temporary;
     if (!environment.contains("TMPDIR")) environment.insert("TMPDIR", temporary.path());
     process.setProcessEnvironment(environment);
+#ifdef Q_OS_UNIX
+    if (inChild) process.setChildProcessModifier(inChild);
+#endif
     process.start(QStringLiteral(USSCTL_PATH), args);
     Run run;
     if (!process.waitForFinished(120000)) {

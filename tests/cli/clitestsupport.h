@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <string>
 
 // Runs the real ussctl binary and builds small catalogs through the store's C API, so that
@@ -20,7 +21,9 @@ struct Run
     QString err;
 };
 
-Run ussctl(const QStringList& args, const QProcessEnvironment& env = {});
+// inChild runs in the child process before ussctl starts (limits, another user).
+Run ussctl(const QStringList& args, const QProcessEnvironment& env = {},
+           const std::function<void()>& inChild = {});
 
 std::u16string es(const QString& text);
 QString qs(const char16_t* text);

@@ -2,19 +2,30 @@
 // the dry run, the conflict policy and rejected archives.
 #include "clitestsupport.h"
 
+#include "Libs/zipper/unzip.h"
+#include "Libs/zipper/zip.h"
+
 #include <QDir>
+#include <QElapsedTimer>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+
 #include <QtEndian>
+#include <csignal>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace clitest;
 
 namespace {
 
-const QString notExportFile = QStringLiteral(
-    "Файл не является файлом экспортированных элементов.\nДля получения информации по "
-    "устранению проблемы нажмите кнопку Справка.");
+// As it reads on a terminal: without the sentence about a dialog's help button.
+const QString notExportFile =
+    QStringLiteral("Файл не является файлом экспортированных элементов.\n");
 
 QString listWithoutHeader(const QString& catalog)
 {
@@ -44,6 +55,11 @@ private slots:
     void verifyAcceptsWrittenArchive();
     void verifyRejectsDamagedEntry();
     void importCountsOnlyWrittenElements();
+    void writeFaultsAreToldAndLoseNothing_data();
+    void writeFaultsAreToldAndLoseNothing();
+    void readOnlyCatalogIsRefusedBeforeAnyWork();
+    void exportNamesTheElementOfAMissingFile();
+    void interruptStopsAfterTheElementInHand();
     void progressBarOnlyOnTerminal_data();
     void progressBarOnlyOnTerminal();
 
@@ -152,6 +168,12 @@ void CliExchange::exportAddsExtensionOfKind()
 void CliExchange::dryRunReportsEachRecordAndWritesNothing()
 {
     const QString source = makeSource("dry_source.db", "05.05.2024 12:00:00", 7);
+    {
+        // Counts that differ from each other: 3 new, 2 same, 1 conflict.
+        TestCatalog catalog(source, "user_tx");
+        catalog.addElement("Опоры", "", "S2", "01.02.2024 10:00:00", "ivan\\pc1", 5);
+        catalog.addElement("Опоры", "", "S3", "01.02.2024 10:00:00", "ivan\\pc1", 6);
+    }
     const QString archive = path("dry.uss");
     QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
 
@@ -160,12 +182,13 @@ void CliExchange::dryRunReportsEachRecordAndWritesNothing()
         TestCatalog catalog(target, "user_tx");
         catalog.addElement("Трубы", "Отводы\\90", "X1", "01.02.2024 10:00:00", "ivan\\pc1", 1.5);
         catalog.addElement("Трубы", "Отводы\\90", "X2", "01.02.2024 10:00:00", "petr\\pc2", 2);
+        catalog.addElement("Трубы", "Тройники", "X3", "01.02.2024 10:00:00", "petr\\pc2", 30);
     }
     const QByteArray before = readFile(target);
     const Run run = ussctl({"import", "--dry-run", target, archive});
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/dry_run.txt"))));
-    QCOMPARE(valueOf(target, "Трубы", "X3", "Length"), QString());
+    QCOMPARE(valueOf(target, "Опоры", "S1", "Length"), QString());
     QCOMPARE(valueOf(target, "Трубы", "X2", "Length"), QString("2"));
     QCOMPARE(readFile(target), before);
 }
@@ -267,7 +290,10 @@ void CliExchange::rejectedArchives_data()
     QTest::newRow("missing file") << "tx" << missing << 3 << "archive not found: " + missing;
     QTest::newRow("not an archive") << "tx" << text << 1 << notExportFile;
     QTest::newRow("truncated archive") << "tx" << truncated << 1 << notExportFile;
-    QTest::newRow("other kind's archive") << "vk" << txArchive << 1 << notExportFile;
+    QTest::newRow("other kind's archive")
+        << "vk" << txArchive << 1
+        << "Архив выгружен из каталога другого вида: TX (документ TX.json), а каталог этого вида "
+           "читает VK.json.";
 }
 
 void CliExchange::rejectedArchives()
@@ -282,6 +308,10 @@ void CliExchange::rejectedArchives()
     const Run run = ussctl({"import", target, archive});
     QCOMPARE(run.exitCode, exitCode);
     QVERIFY2(run.err.contains(message), qPrintable(run.err));
+    QVERIFY2(!run.err.contains("Справка"), qPrintable(run.err));
+    // Lines of the debug log are marked as such.
+    const bool logged = kind == "vk";
+    QCOMPARE(run.err.contains("ussctl: debug: Не смогли найти json\n"), logged);
     QCOMPARE(readFile(target), before);
     QCOMPARE(ussctl({"list", "--summary", target}).out.section('\n', 1),
              QString("total: 0 packets, 0 folders, 0 elements\n"));
@@ -300,6 +330,24 @@ void CliExchange::verifyAcceptsWrittenArchive()
     const Run run = ussctl({"verify", archive}, env);
     QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
     QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/verify.txt"))).arg(archive));
+
+    // X2 names the model shared with X1 with the other separator: still one entry.
+    const QString mixed = path("verify_mixed.uss");
+    {
+        zipper::unzip in(archive);
+        QByteArray document = in.readAll("TX.json", 1 << 20);
+        const QByteArray backslashed = "TX\\\\model\\\\1.m3d";
+        const qsizetype second = document.indexOf(backslashed, document.indexOf(backslashed) + 1);
+        QVERIFY(second > 0);
+        document.replace(second, backslashed.size(), "TX/model/1.m3d");
+        zipper::zip out(mixed);
+        out.addBytes(document, "TX.json");
+        out.addBytes(in.readAll("TX\\model\\1.m3d", 1 << 20), "TX\\model\\1.m3d");
+        out.commit();
+    }
+    const Run once = ussctl({"verify", mixed});
+    QCOMPARE(once.exitCode, 0);
+    QVERIFY2(once.out.contains("entries 1 referenced, 1 read"), qPrintable(once.out));
 }
 
 QString CliExchange::damagedArchive(const QString& name)
@@ -358,6 +406,151 @@ void CliExchange::importCountsOnlyWrittenElements()
     QCOMPARE(valueOf(target, "Трубы", "X2", "Length"), QString("2"));
     QCOMPARE(valueOf(target, "Трубы", "X3", "Length"), QString("3"));
     QCOMPARE(valueOf(target, "Опоры", "S1", "Length"), QString("4"));
+}
+
+void CliExchange::writeFaultsAreToldAndLoseNothing_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<QString>("message");
+    // The store cannot take the model: the elements naming it fail, the others are written.
+    QTest::newRow("file-size limit") << "limit"
+                                     << "не записан";
+    QTest::newRow("file folder unusable") << "files"
+                                          << "только для чтения";
+    QTest::newRow("catalog locked") << "lock"
+                                    << "database is locked";
+}
+
+void CliExchange::writeFaultsAreToldAndLoseNothing()
+{
+    QFETCH(QString, fault);
+    QFETCH(QString, message);
+    const QString source = makeSource("fault_source_" + fault + ".db", "05.05.2024 12:00:00", 7);
+    const QString archive = path("fault_" + fault + ".uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    const QString target = path("fault_target_" + fault + ".db");
+    {
+        TestCatalog catalog(target, "user_tx");
+        catalog.addElement("Трубы", "Отводы\\90", "X2", "01.02.2024 10:00:00", "petr\\pc2", 2,
+                           m_modelFile);
+    }
+    const QString files = target + ".files";
+    std::function<void()> inChild;
+    sqlite3* other = nullptr;
+    const auto close = qScopeGuard([&] { sqlite3_close(other); });
+    if (fault == "limit") {
+        // Smaller than the model, larger than the store's shared-memory file.
+        inChild = [] {
+            const rlimit limit{40000, 40000};
+            setrlimit(RLIMIT_FSIZE, &limit);
+        };
+    } else if (fault == "files") {
+        QVERIFY(QDir(files).removeRecursively());
+        writeFile(files, "not a folder");
+    } else {
+        QCOMPARE(sqlite3_open(QFile::encodeName(target).constData(), &other), SQLITE_OK);
+        QCOMPARE(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    const Run run = ussctl({"import", "--policy", "replace", target, archive}, {}, inChild);
+    QCOMPARE(run.exitCode, 1); // not ended by a signal
+    QVERIFY2(run.err.contains(message), qPrintable(run.err));
+    QCOMPARE(run.err.count(message), 1);
+    sqlite3_close(other);
+    other = nullptr;
+    // The replaced element is whole, old or new; every other one is whole or absent.
+    const QString x2 = valueOf(target, "Трубы", "X2", "Length");
+    QVERIFY2(x2 == "2" || x2 == "7", qPrintable(x2));
+    TestCatalog check(target, "user_tx");
+    for (const QString id : {"X1", "X2"}) {
+        es_packet_t* packet = provider_GetPacket(check.provider(), 0);
+        es_stdsize_t* e = packet_FindStdSize(packet, es(id).c_str());
+        QVERIFY(!e || !model_IsEmpty(stdsize_GetModel(e)));
+    }
+    if (fault != "limit") QVERIFY(!run.err.contains("Импорт прерван"));
+}
+
+void CliExchange::readOnlyCatalogIsRefusedBeforeAnyWork()
+{
+#ifndef Q_OS_UNIX
+    QSKIP("permissions of POSIX");
+#endif
+    const QString source = makeSource("ro_source.db", "05.05.2024 12:00:00", 7);
+    const QString archive = path("ro.uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    const QString target = path("ro_target.db");
+    QCOMPARE(ussctl({"create", "--kind", "tx", target}).exitCode, 0);
+    const QByteArray before = readFile(target);
+    // The user may read the catalog, not write it: the superuser writes anything, so the
+    // import then runs as another user.
+    std::function<void()> inChild;
+    QFile::Permissions readable = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
+    QVERIFY(QFile::setPermissions(target, readable));
+    QVERIFY(QFile::setPermissions(m_dir.path(), readable | QFile::ExeOwner | QFile::ExeGroup |
+                                                    QFile::ExeOther | QFile::ExeUser));
+    const auto restore = qScopeGuard([&] {
+        QFile::setPermissions(m_dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFile::setPermissions(target, readable | QFile::WriteOwner);
+    });
+    if (geteuid() == 0)
+        inChild = [] {
+            if (setgid(65534) != 0 || setuid(65534) != 0) _exit(99);
+        };
+    const Run run = ussctl({"import", target, archive}, {}, inChild);
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.err.contains("доступен только для чтения"), qPrintable(run.err));
+    QVERIFY2(!run.err.contains("Импорт прерван"), qPrintable(run.err));
+    QCOMPARE(readFile(target), before);
+}
+
+void CliExchange::exportNamesTheElementOfAMissingFile()
+{
+    const QString source = makeSource("gone_source.db", "05.05.2024 12:00:00", 7);
+    QVERIFY(QDir(source + ".files").removeRecursively());
+    const Run run = ussctl({"export", source, path("gone.uss")});
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.err.contains("Элемент \"X1\" пакета \"Трубы\": нет файла " + source + ".files/"),
+             qPrintable(run.err));
+    QVERIFY(!QFile::exists(path("gone.uss")));
+}
+
+void CliExchange::interruptStopsAfterTheElementInHand()
+{
+#ifndef Q_OS_UNIX
+    QSKIP("SIGINT");
+#endif
+    const QString source = path("interrupt_source.db");
+    const Run generated = ussctl({"generate", "--kind", "tx", "--elements", "2000", source});
+    if (generated.exitCode == 2) QSKIP("ussctl is built without its generator");
+    QCOMPARE(generated.exitCode, 0);
+    const QString archive = path("interrupt.uss");
+    QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
+    const QString target = path("interrupt_target.db");
+    QCOMPARE(ussctl({"create", "--kind", "tx", target}).exitCode, 0);
+
+    QProcess process;
+    process.start(USSCTL_PATH, {"import", target, archive});
+    QVERIFY(process.waitForStarted());
+    // Ctrl+C once the writes are under way.
+    QElapsedTimer waited;
+    waited.start();
+    while (QFileInfo(target + "-wal").size() < 256 * 1024 && waited.elapsed() < 60000 &&
+           process.state() == QProcess::Running)
+        QThread::msleep(20);
+    ::kill(pid_t(process.processId()), SIGINT);
+    QVERIFY(process.waitForFinished(60000));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    const QString out = QString::fromUtf8(process.readAllStandardOutput());
+    const QString err = QString::fromUtf8(process.readAllStandardError());
+    const QRegularExpressionMatch summary =
+        QRegularExpression("Импорт прерван.\nИмпортировано (\\d+) из 2000.").match(err);
+    QVERIFY2(summary.hasMatch(), qPrintable(err));
+    const int written = summary.captured(1).toInt();
+    QVERIFY(written > 0 && written < 2000);
+    QCOMPARE(process.exitCode(), 1);
+    QVERIFY2(out.startsWith(QString("imported %1 of 2000").arg(written)), qPrintable(out));
+    // What the summary counts is what the catalog holds.
+    QVERIFY(ussctl({"list", "--summary", target})
+                .out.contains(QString(", %1 elements\n").arg(written)));
 }
 
 void CliExchange::progressBarOnlyOnTerminal_data()

@@ -6,6 +6,7 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSet>
 #include <QSignalSpy>
@@ -14,6 +15,8 @@
 #include <QThreadPool>
 
 #include <memory>
+
+#include <sqlite3.h>
 
 using namespace testing;
 
@@ -36,11 +39,8 @@ private slots:
     void allSameNeedsNoDecisionAndWritesNothing();
     void conflictKeptLeavesElementUntouched();
     void conflictReplacedTakesTheImportedElement();
-    void compactionKeepsOrderOfKeptRecords();
     void recordsSharingAModelExtractItOnce();
     void filesMoveIntoTheStoreOnce();
-    void readGivesEntryBytesWithoutAFile_data();
-    void readGivesEntryBytesWithoutAFile();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog();
     void importStopsAfterThird();
@@ -51,7 +51,12 @@ private slots:
     void pausedWorkerWaitsUntilResumed();
     void laterVersionIsRecognised_data();
     void laterVersionIsRecognised();
-    void staleImportFoldersAreRemoved();
+    void writeFaultLeavesEachElementWholeOrAbsent_data();
+    void writeFaultLeavesEachElementWholeOrAbsent();
+    void unwritableFileFolderFailsElementsAndKeepsReplaced();
+    void lockedCatalogStopsOnceNamingTheLock();
+    void unusedStoredFilesAreRemoved();
+    void slashInAFolderNameRoundTrips();
 
 private:
     // A source catalog with two rich elements (sharing one model) exported to an archive.
@@ -492,21 +497,6 @@ void TestImport::conflictReplacedTakesTheImportedElement()
     QCOMPARE(dump(replaced), dump(m_source->find("ПЭ_Трубы", "E1")));
 }
 
-void TestImport::compactionKeepsOrderOfKeptRecords()
-{
-    std::vector<exchange::ImportRecord> records(6);
-    const QList<bool> skip{false, true, true, false, true, false};
-    for (int i = 0; i < 6; ++i) {
-        records[size_t(i)].id = QString::number(i);
-        records[size_t(i)].skip = skip[i];
-    }
-    QCOMPARE(exchange::compactRecords(records), size_t(3));
-    QStringList ids;
-    for (const auto& r : records)
-        ids << r.id;
-    QCOMPARE(ids, (QStringList{"0", "3", "5"}));
-}
-
 void TestImport::recordsSharingAModelExtractItOnce()
 {
     es_stdsize_t* a = m_source->addElement("P", "F", "A");
@@ -564,40 +554,6 @@ void TestImport::filesMoveIntoTheStoreOnce()
         QVERIFY(e);
         QCOMPARE(dump(e), dump(elements[size_t(i)]));
     }
-}
-
-void TestImport::readGivesEntryBytesWithoutAFile_data()
-{
-    QTest::addColumn<QString>("entry"); // "<repr>": the first element's representation entry
-    QTest::addColumn<bool>("found");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("representation")
-        << "<repr>" << true << QByteArray("<representation kind=\"pipe\"/>");
-    QTest::newRow("forward slashes")
-        << "<repr/>" << true << QByteArray("<representation kind=\"pipe\"/>");
-    QTest::newRow("missing") << "TX\\repr\\none.dat" << false << QByteArray();
-    QTest::newRow("dot-dot") << "..\\TX.json" << false << QByteArray();
-    QTest::newRow("empty") << "" << false << QByteArray();
-}
-
-void TestImport::readGivesEntryBytesWithoutAFile()
-{
-    QFETCH(QString, entry);
-    QFETCH(bool, found);
-    QFETCH(QByteArray, bytes);
-    const QString path = richArchive();
-    QVERIFY(!path.isEmpty());
-    exchange::ImportArchive archive;
-    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
-    const exchange::ImportRecord& first = archive.records().front();
-    QVERIFY(first.repPath);
-    if (entry == "<repr>") entry = *first.repPath;
-    if (entry == "<repr/>") entry = QString(*first.repPath).replace('\\', '/');
-    const std::optional<QByteArray> got = archive.read(entry);
-    QCOMPARE(got.has_value(), found);
-    QCOMPARE(got.value_or(QByteArray()), bytes);
-    QCOMPARE(archive.extractedCount(), 0);
-    QCOMPARE(archive.temporaryFolder(), QString());
 }
 
 void TestImport::attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data()
@@ -839,21 +795,178 @@ void TestImport::laterVersionIsRecognised()
     QCOMPARE(exchange::isLaterVersion(record, *number), later);
 }
 
-void TestImport::staleImportFoldersAreRemoved()
+void TestImport::writeFaultLeavesEachElementWholeOrAbsent_data()
 {
-    // A folder of an import whose process was killed.
-    const QString stale = m_tmp.filePath("uss_import_999999999_AbCdEf");
-    QVERIFY(QDir().mkpath(stale + "/sub"));
-    ziptest::writeFile(stale + "/file1.m3d", "left over");
-    const QString path = richArchive();
-    {
-        exchange::ImportArchive archive;
-        QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
-        const QString extracted = archive.extract("TX\\model\\1.m3d");
-        QVERIFY(QFileInfo::exists(extracted));
-        QVERIFY(QFileInfo(extracted).absolutePath().startsWith(m_tmp.path()));
-        QVERIFY(!QFileInfo::exists(stale));
+    QTest::addColumn<bool>("transactions");
+    QTest::addColumn<bool>(
+        "onward"); // every write from the failing one on fails, as on a full disk
+    QTest::newRow("one write, in transactions") << true << false;
+    QTest::newRow("one write, without transactions") << false << false;
+    QTest::newRow("full disk, in transactions") << true << true;
+    QTest::newRow("full disk, without transactions") << false << true;
+}
+
+void TestImport::writeFaultLeavesEachElementWholeOrAbsent()
+{
+    QFETCH(bool, transactions);
+    QFETCH(bool, onward);
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 1; i <= 3; ++i) {
+        es_stdsize_t* e = m_source->addElement("P", "F", QString("E%1").arg(i));
+        addAttribute(e, {"USS_LAST_CHANGE_DATE", 3, QString("0%1.01.2024 10:00:00").arg(i)});
+        addAttribute(e, {"Count", 1, QString::number(i * 11)});
+        setModel(e, m_source->writeFile(QString("%1.m3d").arg(i), "MODEL-" + QByteArray::number(i)),
+                 {}, "m", i);
+        addProjection(e, "Вид", m_source->writeFile(QString("%1.frw").arg(i), "VIEW"), {}, 1, 0);
+        elements.push_back(e);
     }
+    const QString path = exportElements(elements, "three.uss");
+    QVERIFY(!path.isEmpty());
+
+    // Every write of the run fails in turn, until a run meets no fault any more.
+    for (int n = 1;; ++n) {
+        TempCatalog target;
+        es_stdsize_t* old = target.addElement("P", "F", "E1", "MINE");
+        addAttribute(old, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
+        setModel(old, target.writeFile("old.m3d", "OLD MODEL"), {}, "old", 7);
+        const QString mine = dump(old);
+        const QString oldFile =
+            QFileInfo(edw::fromEs(model_GetModelFile(stdsize_GetModel(old)))).fileName();
+
+        exchange::ImportArchive archive;
+        QCOMPARE(archive.open(path, target.provider), exchange::ImportArchive::Status::Ok);
+        exchange::applyPolicy(archive.records(),
+                              exchange::decide(archive.records(), target.provider),
+                              exchange::ConflictPolicy::ReplaceWithImported);
+        exchange::ImportWorker worker(archive, target.provider, archive.records());
+        worker.setTransactions(transactions);
+        worker.failWriteAt(n, onward);
+        worker.run();
+
+        int whole = 0;
+        QStringList named;
+        for (int i = 1; i <= 3; ++i) {
+            es_stdsize_t* e = target.find("P", QString("E%1").arg(i));
+            const QString got = e ? dump(e) : QString();
+            if (got == dump(elements[size_t(i - 1)]))
+                ++whole;
+            else if (i == 1 && transactions)
+                QVERIFY2(got == mine, qPrintable(QString("write %1: E1 is\n%2").arg(n).arg(got)));
+            else
+                QVERIFY2(!e || (i == 1 && got == mine),
+                         qPrintable(QString("write %1: E%2 is\n%3").arg(n).arg(i).arg(got)));
+            if (!e) continue;
+            named << QFileInfo(edw::fromEs(model_GetModelFile(stdsize_GetModel(e)))).fileName();
+            es_projections_t* list = stdsize_GetProjections(e);
+            for (uint32_t p = 0; p < projections_GetProjectioCount(list); ++p)
+                named << QFileInfo(edw::fromEs(projection_GetFragmentFile(
+                                       projections_GetProjection(list, p))))
+                             .fileName();
+        }
+        // The count is what the catalog holds, and the run says why it is short.
+        QCOMPARE(worker.written(), whole);
+        QCOMPARE(worker.skipped(), 3 - whole);
+        if (whole < 3) QVERIFY(worker.failureText().contains("не записан"));
+        // No stored file stays that no element names; that of the replaced element is the
+        // store's to remove.
+        named << oldFile;
+        named.removeDuplicates();
+        QStringList stored = QDir(target.path + ".files").entryList(QDir::Files);
+        stored << oldFile;
+        stored.removeDuplicates();
+        named.sort();
+        stored.sort();
+        QCOMPARE(stored, named);
+        if (whole == 3 && worker.failureText().isEmpty()) break;
+        QVERIFY2(n < 200, "the fault never stops");
+    }
+}
+
+void TestImport::unwritableFileFolderFailsElementsAndKeepsReplaced()
+{
+    const QString path = richArchive();
+    es_stdsize_t* old = m_target->addElement("ПЭ_Трубы", "Стальные\\Бесшовные", "E1", "MINE");
+    addAttribute(old, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
+    QVERIFY(setModel(old, m_target->writeFile("old.m3d", "OLD MODEL"), {}, "old", 7));
+    const QString mine = dump(old);
+    // A file where the store keeps its files: nothing can be stored, even for the superuser.
+    const QString files = m_target->path + ".files";
+    const QStringList before = QDir(files).entryList(QDir::Files);
+    QVERIFY(QDir(files).removeRecursively());
+    ziptest::writeFile(files, "not a folder");
+    QVERIFY(exchange::writeProblem(m_target->provider).contains("только для чтения"));
+
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::applyPolicy(archive.records(),
+                          exchange::decide(archive.records(), m_target->provider),
+                          exchange::ConflictPolicy::ReplaceWithImported);
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    worker.setCheckFirst(false);
+    worker.run();
+    QCOMPARE(worker.written(), 0);
+    QCOMPARE(worker.skipped(), 2);
+    QCOMPARE(worker.finishText(), "Импорт прерван.\nИмпортировано 0 из 2.");
+    QVERIFY2(
+        worker.failureText().startsWith("Элемент \"E1\" пакета \"ПЭ_Трубы\" не записан (модель)"),
+        qPrintable(worker.failureText()));
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "E1")), mine);
+    QVERIFY(!m_target->find("Арматура", "E2"));
+    // With the check the run writes nothing and says why.
+    exchange::ImportWorker checked(archive, m_target->provider, archive.records());
+    checked.run();
+    QCOMPARE(checked.skipped(), 2);
+    QVERIFY(checked.failureText().contains(m_target->path));
+}
+
+void TestImport::lockedCatalogStopsOnceNamingTheLock()
+{
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 20; ++i)
+        elements.push_back(m_source->addElement("P", "F", QString("E%1").arg(i)));
+    const QString path = exportElements(elements, "twenty.uss");
+    // Another writer holds the catalog for as long as the import runs.
+    sqlite3* other = nullptr;
+    QCOMPARE(sqlite3_open(QFile::encodeName(m_target->path).constData(), &other), SQLITE_OK);
+    const auto close = qScopeGuard([&] { sqlite3_close(other); });
+    QCOMPARE(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+
+    exchange::ImportArchive archive;
+    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
+    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
+    QElapsedTimer took;
+    took.start();
+    worker.run();
+    // One wait of the store's bounded time, not one per element.
+    QVERIFY2(took.elapsed() < 15000, qPrintable(QString::number(took.elapsed())));
+    QCOMPARE(worker.written(), 0);
+    QCOMPARE(worker.skipped(), 20);
+    QVERIFY(worker.failureText().contains("занят"));
+    QVERIFY(worker.failureText().contains("locked"));
+    QVERIFY(!m_target->find("P", "E0"));
+}
+
+void TestImport::unusedStoredFilesAreRemoved()
+{
+    es_stdsize_t* e = m_target->addElement("P", "F", "E1");
+    QVERIFY(setModel(e, m_target->writeFile("a.m3d", "NAMED"), {}, "m", 1));
+    const QString files = m_target->path + ".files";
+    ziptest::writeFile(files + "/0123456789abcdef0123456789abcdef.m3d", "LEFT BY A KILLED IMPORT");
+    QCOMPARE(QDir(files).entryList(QDir::Files).size(), 2);
+    // Files younger than the age given stay: another import may be about to name them.
+    QCOMPARE(exchange::removeUnusedStoredFiles(m_target->provider, 3600), 0);
+    QCOMPARE(exchange::removeUnusedStoredFiles(m_target->provider, 0), 1);
+    QCOMPARE(
+        QDir(files).entryList(QDir::Files),
+        QStringList{QFileInfo(edw::fromEs(model_GetModelFile(stdsize_GetModel(e)))).fileName()});
+}
+
+void TestImport::slashInAFolderNameRoundTrips()
+{
+    es_stdsize_t* e = m_source->addElement("Арматура", "Ду 1/2", "E1");
+    const QString path = exportElements({e}, "slash.uss");
+    QCOMPARE(exchange::importArchive(path, m_target->provider).written, 1);
+    QCOMPARE(edw::folderPath(edw::folderOf(m_target->find("Арматура", "E1"))), "Ду 1/2\\folder E1");
 }
 
 QTEST_GUILESS_MAIN(TestImport)

@@ -33,8 +33,8 @@ private slots:
     void copiedEntriesKeepTheirCompressedData();
     void copyFromMissingArchiveOrEntryFails();
     void uncommittedArchiveLeavesTargetUnchanged();
+    void failedCommitLeavesTargetUnchanged_data();
     void failedCommitLeavesTargetUnchanged();
-    void errorTextNamesCallFileAndCodes();
     void damagedEntryFailsAndLeavesNoFile_data();
     void damagedEntryFailsAndLeavesNoFile();
     void expansionBeyondLimitsFails_data();
@@ -254,36 +254,35 @@ void TestZipper::uncommittedArchiveLeavesTargetUnchanged()
         // destroyed without commit
     }
     QCOMPARE(ziptest::readFile(path("target.uss")), QByteArray("previous content"));
-    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files).size(), 1);
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+void TestZipper::failedCommitLeavesTargetUnchanged_data()
+{
+    QTest::addColumn<bool>("renameFails"); // else an entry's file is gone at commit
+    QTest::newRow("entry file gone") << false;
+    QTest::newRow("rename fails") << true;
 }
 
 void TestZipper::failedCommitLeavesTargetUnchanged()
 {
-    ziptest::writeFile(path("target.uss"), "previous content");
+    QFETCH(bool, renameFails);
+    // A folder in the target's place takes no archive: the final rename fails.
+    const QString target = path(renameFails ? "folder.uss" : "target.uss");
+    if (renameFails)
+        QVERIFY(QDir().mkpath(target + "/inside"));
+    else
+        ziptest::writeFile(target, "previous content");
     ziptest::writeFile(path("vanishing.m3d"), "model");
-    zipper::zip z(path("target.uss"));
+    zipper::zip z(target);
     z.addBytes("{}", "TX.json");
     z.addFile(path("vanishing.m3d"), "TX\\model\\1.m3d");
-    QVERIFY(QFile::remove(path("vanishing.m3d")));
+    if (!renameFails) QVERIFY(QFile::remove(path("vanishing.m3d")));
     QVERIFY_THROWS_EXCEPTION(zipper::error, z.commit());
-    QCOMPARE(ziptest::readFile(path("target.uss")), QByteArray("previous content"));
-    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList{"target.uss"});
-}
-
-void TestZipper::errorTextNamesCallFileAndCodes()
-{
-    const QString missing = path("missing.zip");
-    try {
-        zipper::unzip u(missing);
-        QFAIL("a missing archive was opened");
-    } catch (const zipper::error& e) {
-        const QString text = QString::fromStdString(e.what());
-        QCOMPARE(text, QStringLiteral("Failed to open archive: %1. ZipErr=%2, SysErr=%3")
-                           .arg(missing)
-                           .arg(e.zipError())
-                           .arg(e.systemError()));
-        QCOMPARE(e.zipError(), 9); // no such file
-    }
+    if (!renameFails) QCOMPARE(ziptest::readFile(target), QByteArray("previous content"));
+    // No partial archive stays beside it.
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden),
+             renameFails ? QStringList{"vanishing.m3d"} : QStringList{"target.uss"});
 }
 
 void TestZipper::damagedEntryFailsAndLeavesNoFile_data()

@@ -29,23 +29,17 @@ namespace {
                 err ? zip_error_code_system(err) : 0);
 }
 
-// The partial archive beside the target: hidden on Unix, named after the target and the
-// writing process. libzip writes its own temporary file next to it ("<partial>.XXXXXX").
-QString partialPrefix(const QFileInfo& target)
-{
-    return QLatin1Char('.') + target.fileName() + QStringLiteral(".part-");
-}
-
 } // namespace
 
 zip::zip(const QString& path) : m_path(path)
 {
     const QFileInfo target(path);
-    // Partial archives of this target left by processes that no longer run.
-    exchange::removeStaleLeftovers(target.absolutePath(), partialPrefix(target));
-    // Unique within the process too: two writers of one target never share a partial.
+    // The partial archive beside the target: hidden on Unix, named after the target and the
+    // writing process, unique within the process too (two writers of one target never share
+    // one). libzip writes its own temporary file next to it ("<partial>.XXXXXX"). What ended
+    // processes left is swept by the exports and imports themselves.
     static std::atomic<unsigned> serial{0};
-    m_partial = target.absoluteDir().filePath(partialPrefix(target) +
+    m_partial = target.absoluteDir().filePath(exchange::partialPrefix(target.fileName()) +
                                               QString::number(QCoreApplication::applicationPid()) +
                                               QLatin1Char('.') + QString::number(++serial));
     // libzip creates nothing before the archive is closed: a folder that cannot take the
