@@ -84,6 +84,7 @@ class HostTest : public QObject
 
 private slots:
     void initTestCase();
+    void init();
     void application7Failures_data();
     void application7Failures();
     void loaderOnFolder_data();
@@ -97,8 +98,8 @@ private slots:
     void messageBoxCaption_data();
     void messageBoxCaption();
     void sessionTakesHostIcon();
-    void sessionInstallsThemeSource_data();
-    void sessionInstallsThemeSource();
+    void themeFollowsTheHostWithoutSession_data();
+    void themeFollowsTheHostWithoutSession();
     void applicationClosingDropsSubscription();
     void documentLockExcludesThreads();
     void documentLocksAreIndependent();
@@ -117,6 +118,15 @@ void HostTest::initTestCase()
              "the host modules are built next to the test");
     // The library object exists in every process that links the frame.
     QVERIFY(&theApp() != nullptr);
+}
+
+void HostTest::init()
+{
+    // Every function starts as the library starts in a host: nothing acquired, the library
+    // object not subscribed, the host in its first state.
+    theApp().OnCloseApplication();
+    detail::clear_caches();
+    sandbox::reset();
 }
 
 void HostTest::application7Failures_data()
@@ -222,6 +232,7 @@ void HostTest::themeEventReachesHandler()
 
 void HostTest::eventsForwardAnswers()
 {
+    QVERIFY(automation()); // subscribes the library object
     recording_app app;
     {
         gv::app_event subscription(app);
@@ -328,7 +339,7 @@ void HostTest::sessionTakesHostIcon()
     QCOMPARE(icon.pixelColor(16, 16), QColor(Qt::red));
 }
 
-void HostTest::sessionInstallsThemeSource_data()
+void HostTest::themeFollowsTheHostWithoutSession_data()
 {
     QTest::addColumn<int>("theme");
     QTest::addColumn<bool>("dark");
@@ -337,15 +348,14 @@ void HostTest::sessionInstallsThemeSource_data()
     QTest::newRow("dark") << 2 << true;
 }
 
-void HostTest::sessionInstallsThemeSource()
+void HostTest::themeFollowsTheHostWithoutSession()
 {
 #if defined(FRAME_TEST_WITH_LOOK)
+    // No dialog session is prepared: an export that prepares none still gets the host's theme.
     QFETCH(int, theme);
     QFETCH(bool, dark);
-    prepare_dialog_session();
     sandbox::set_theme(theme);
     QCOMPARE(qt::dark_theme(), dark);
-    sandbox::set_theme(sandbox::theme_light);
 #else
     QSKIP("the look is not part of this build");
 #endif
@@ -353,6 +363,7 @@ void HostTest::sessionInstallsThemeSource()
 
 void HostTest::applicationClosingDropsSubscription()
 {
+    QVERIFY(automation());
     QVERIFY(theApp().subscribed());
     const int before = sandbox::subscriber_count();
     sandbox::fire_application_closing();
