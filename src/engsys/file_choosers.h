@@ -1,6 +1,7 @@
 #pragma once
 
 // The folder and file choosers asked for when drawings are produced from a building model.
+// Their labels, buttons and column titles are Russian; the host's translators are left alone.
 
 #include <QString>
 

@@ -51,8 +51,12 @@ QByteArray writePartChoice(const QByteArray& json, const QString& chosen)
 
 const char* keepPartChoiceResult(const QByteArray& json)
 {
-    // One buffer for the export: the caller copies the text before calling again.
+    // One buffer for the export, overwritten in place: room for any ordinary record is
+    // reserved once, so a caller holding the previous address reads the new record there.
+    // Only a record larger than that moves the buffer.
+    constexpr size_t ordinaryRecord = 64 * 1024;
     static std::string buffer;
+    if (buffer.capacity() < ordinaryRecord) buffer.reserve(ordinaryRecord);
     buffer.assign(json.constData(), static_cast<size_t>(json.size()));
     return buffer.c_str();
 }

@@ -32,7 +32,8 @@ PartChoice readPartChoice(const QByteArray& json);
 QByteArray writePartChoice(const QByteArray& json, const QString& chosen);
 
 // Keeps `json` in this export's result buffer, overwriting the previous result, and returns
-// the buffer's text. Valid until the next call.
+// the buffer's text. Valid until the next call, which writes at the same address unless its
+// record is larger than 64 KiB.
 const char* keepPartChoiceResult(const QByteArray& json);
 
 } // namespace edw

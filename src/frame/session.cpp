@@ -77,14 +77,15 @@ QIcon class_icon(quintptr window)
 void install_host_services()
 {
     static std::once_flag once;
-    std::call_once(once, [] {
-        install_host_documents();
-#if defined(MARLOUSS_FRAME_WITH_LOOK)
-        qt::set_theme_source([] { return host_theme(); });
-        qt::use_russian_qt_texts();
-#endif
-    });
+    std::call_once(once, [] { install_host_documents(); });
 }
+
+#if defined(MARLOUSS_FRAME_WITH_LOOK)
+// The dialogs ask the host for its theme from the moment the library is loaded, so a dialog
+// wears the host's theme whichever export shows it, with or without a prepared session.
+[[maybe_unused]] const bool theme_source_installed =
+    (qt::set_theme_source([] { return host_theme(); }), true);
+#endif
 
 } // namespace
 

@@ -9,8 +9,8 @@
 
 // Obtains the host automation object (which subscribes the library object to the host's
 // application events on the first call), reads the host's main window handle and gives the Qt
-// application the host window's icon. Also installs, once, the host behind the catalog cores
-// and the theme source of the dialogs' look.
+// application the host window's icon. Also installs, once, the host behind the catalog cores.
+// The dialogs' look asks the host for its theme without any session (from library load on).
 // Throws std::system_error with 0x80004003 when the host gives no automation object.
 void prepare_dialog_session();
 

@@ -7,10 +7,7 @@
 #include <QDebug>
 #include <QFile>
 #include <QGuiApplication>
-#include <QLibraryInfo>
-#include <QLocale>
 #include <QScreen>
-#include <QTranslator>
 #include <QWidget>
 
 #include <cmath>
@@ -54,29 +51,6 @@ void ensure_resources()
 {
     static std::once_flag once;
     std::call_once(once, register_look_resources);
-}
-
-bool use_russian_qt_texts()
-{
-    static std::mutex mutex;
-    static bool installed = false;
-    std::lock_guard lock(mutex);
-    if (installed) return true;
-    if (!QCoreApplication::instance()) return false;
-    // Owned by the application object, which removes it when it goes.
-    auto* translator = new QTranslator(QCoreApplication::instance());
-    const QStringList folders{QCoreApplication::applicationDirPath() +
-                                  QStringLiteral("/translations"),
-                              QLibraryInfo::path(QLibraryInfo::TranslationsPath)};
-    for (const QString& folder : folders) {
-        if (translator->load(QLocale(QLocale::Russian), QStringLiteral("qtbase"),
-                             QStringLiteral("_"), folder)) {
-            installed = QCoreApplication::installTranslator(translator);
-            break;
-        }
-    }
-    if (!installed) delete translator;
-    return installed;
 }
 
 void set_theme_source(std::function<int()> source)

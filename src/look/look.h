@@ -28,12 +28,6 @@ bool dark_theme();
 // pictures). Safe to call any number of times; the frame and the style sheet call it.
 void ensure_resources();
 
-// Gives Qt's own texts (the file chooser's labels, standard buttons, context menus) in
-// Russian, like the rest of the library's dialogs: Qt's translation is looked up beside the
-// running program ("translations") and in Qt's own translation folder. Once per process;
-// false when no translation was found or there is no application object yet.
-bool use_russian_qt_texts();
-
 // The style sheet template filled with the colours, sizes and icons of the variant; an empty
 // string when the template resource cannot be read.
 QString style_sheet(bool dark);

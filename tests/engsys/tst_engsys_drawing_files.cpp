@@ -14,22 +14,37 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTreeView>
 
 namespace {
 
-void pressAccept(QWidget* dialog)
+QAbstractButton* buttonOf(QWidget* dialog, QDialogButtonBox::ButtonRole role)
 {
     auto* box = dialog->findChild<QDialogButtonBox*>("buttonBox");
     for (QAbstractButton* button : box->buttons()) {
-        if (box->buttonRole(button) == QDialogButtonBox::AcceptRole) {
-            button->click();
-            return;
-        }
+        if (box->buttonRole(button) == role) return button;
     }
+    return nullptr;
 }
+
+void pressAccept(QWidget* dialog)
+{
+    buttonOf(dialog, QDialogButtonBox::AcceptRole)->click();
+}
+
+// Counts the language changes the application is told of.
+struct LanguageChanges : QObject
+{
+    LanguageChanges() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == qApp && event->type() == QEvent::LanguageChange) ++count;
+        return false;
+    }
+    int count = 0;
+};
 
 } // namespace
 
@@ -50,6 +65,8 @@ private slots:
     void fileResultBufferIsShared();
     void directoryResultBufferIsShared();
     void choosersAreSetUpAsAsked();
+    void choosersSpeakRussianWithoutTranslators_data();
+    void choosersSpeakRussianWithoutTranslators();
     void fileSavingDialogReturnsChosenFile();
     void directoryDialogReturnsChosenFolder();
     void cancelledChoosersGiveEmptyText();
@@ -229,11 +246,39 @@ void DrawingFilesTest::choosersAreSetUpAsAsked()
     QCOMPARE(files->acceptMode(), QFileDialog::AcceptSave);
     QCOMPARE(files->nameFilters(), QStringList{"ГРАВИС-Чертежи (*.cdw)"});
     QCOMPARE(files->findChild<QLineEdit*>("fileNameEdit")->text(), QStringLiteral("plan.cdw"));
+}
 
-    // Qt's own labels of the chooser speak Russian, like the titles.
-    const QString label = files->findChild<QLabel*>("fileNameLabel")->text();
-    QVERIFY2(label.contains(QRegularExpression("[А-Яа-я]")), qPrintable(label));
-    QVERIFY(!label.contains("File"));
+void DrawingFilesTest::choosersSpeakRussianWithoutTranslators_data()
+{
+    QTest::addColumn<QString>("chooser");
+    QTest::addColumn<QStringList>("texts"); // name label, accept, reject, first column title
+    QTest::newRow("file") << "file" << QStringList{"Имя файла:", "Сохранить", "Отмена", "Имя"};
+    QTest::newRow("folder") << "folder" << QStringList{"Имя папки:", "Выбрать", "Отмена", "Имя"};
+}
+
+void DrawingFilesTest::choosersSpeakRussianWithoutTranslators()
+{
+    QFETCH(QString, chooser);
+    QFETCH(QStringList, texts);
+    // Installing a translator tells the whole application: count what the host would see.
+    LanguageChanges changes;
+    QStringList seen;
+    ModalAnswer answer([&](QWidget* dialog) {
+        seen << dialog->findChild<QLabel*>("fileNameLabel")->text();
+        seen << buttonOf(dialog, QDialogButtonBox::AcceptRole)->text().remove('&')
+             << buttonOf(dialog, QDialogButtonBox::RejectRole)->text().remove('&');
+        auto* view = dialog->findChild<QTreeView*>("treeView");
+        seen << view->model()->headerData(0, Qt::Horizontal).toString();
+        dialog->close();
+    });
+    if (chooser == "file")
+        edw::runFileSavingDialog(0, "/tmp/plan.cdw");
+    else
+        edw::runDirectoryDialog(0);
+    QVERIFY(answer.answered());
+    QCOMPARE(seen, texts);
+    QCOMPARE(changes.count, 0);
+    QCOMPARE(QCoreApplication::translate("QFileDialog", "Cancel"), QStringLiteral("Cancel"));
 }
 
 void DrawingFilesTest::fileSavingDialogReturnsChosenFile()

@@ -234,18 +234,26 @@ void SelectPartTest::otherVersionIsRefusedWithMessage()
 
 void SelectPartTest::resultBufferIsReusedByTheNextCall()
 {
+    // The second record is the longer one: the buffer must not move when it grows.
     const char* first = nullptr;
     const char* second = nullptr;
     {
         ModalAnswer answer([](QWidget* d) { d->findChild<QPushButton*>("okButton")->click(); });
         QVERIFY(edw::runSelectPartDialog(0, request(sections(2), "Технология (ТХ)"), &first));
     }
+    QVERIFY(first);
+    const QByteArray firstText(first);
+    QCOMPARE(parsed(firstText.constData())["curPart"].toString(),
+             QStringLiteral("Технология (ТХ)"));
     {
         ModalAnswer answer([](QWidget* d) { d->findChild<QPushButton*>("okButton")->click(); });
-        QVERIFY(edw::runSelectPartDialog(0, request(sections(2), "Газоснабжение (ТХ)"), &second));
+        QVERIFY(edw::runSelectPartDialog(0, request(sections(6), "Газоснабжение (ТХ)"), &second));
     }
-    QCOMPARE(first, second);
+    QVERIFY(QByteArray(second).size() > firstText.size());
+    // The caller's first address now holds the second record.
+    QCOMPARE(static_cast<const void*>(first), static_cast<const void*>(second));
     QCOMPARE(parsed(first)["curPart"].toString(), QStringLiteral("Газоснабжение (ТХ)"));
+    QCOMPARE(parsed(first)["parts"].toArray().size(), 6);
 }
 
 QTEST_MAIN(SelectPartTest)

@@ -1,7 +1,6 @@
-// The library object's answers to the host, and the embedding widget's native set-up.
+// The host's interface identities, and the embedding widget's native set-up.
 
 #include "frame/host/host_api.h"
-#include "frame/marlouss_app.h"
 #include "frame/qwinwidget.h"
 
 #include <QApplication>
@@ -10,70 +9,17 @@
 #include <QTest>
 #include <QWindow>
 
-#include <functional>
-
-using Answer = std::function<bool(CMarloUssApp&)>;
-Q_DECLARE_METATYPE(Answer)
-
 class AppObjectTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void answers_data();
-    void answers();
-    void noPerDocumentState();
     void interfaceIdentities_data();
     void interfaceIdentities();
     void embeddingSetsNativeParent();
     void deleteOnCloseChildTakesFrameAlong();
     void modelessChildLeavesHostEnabled();
 };
-
-void AppObjectTest::answers_data()
-{
-    QTest::addColumn<Answer>("ask");
-    QTest::addColumn<bool>("expected");
-    QTest::newRow("first keyboard event") << Answer([](CMarloUssApp& a) {
-        int key = 13;
-        return a.OnKeyDown(key, 1, 0) && key == 13;
-    }) << true;
-    QTest::newRow("second keyboard event") << Answer([](CMarloUssApp& a) {
-        int key = 27;
-        return a.OnKeyUp(key, 1, 0);
-    }) << true;
-    QTest::newRow("boolean event")
-        << Answer([](CMarloUssApp& a) { return a.OnCanProceed(); }) << true;
-    QTest::newRow("document creation request")
-        << Answer([](CMarloUssApp& a) { return a.OnCreateDocument(1); }) << true;
-    QTest::newRow("not fed by the host")
-        << Answer([](CMarloUssApp& a) { return a.OnBeginOpenDocument(); }) << true;
-    QTest::newRow("document opening request")
-        << Answer([](CMarloUssApp& a) { return a.OnOpenDocument("C:/plan.cdw"); }) << true;
-    QTest::newRow("save in an earlier format request") << Answer([](CMarloUssApp& a) {
-        bool flag = true;
-        return a.OnSavePreviousRequest(nullptr, 230, nullptr, flag) || !flag;
-    }) << false;
-}
-
-void AppObjectTest::answers()
-{
-    QFETCH(Answer, ask);
-    QFETCH(bool, expected);
-    QCOMPARE(ask(theApp()), expected);
-}
-
-void AppObjectTest::noPerDocumentState()
-{
-    CMarloUssApp app;
-    QVERIFY(!app.CreateDocumentHandler(nullptr));
-    QVERIFY(!app.CreateExtension());
-    app.OnDocumentOpened(nullptr);
-    app.OnDocumentActivated(nullptr);
-    app.OnDocumentClosing(nullptr);
-    QCOMPARE(app.document_handler_count(), std::size_t(0));
-    QVERIFY(!app.subscribed());
-}
 
 void AppObjectTest::interfaceIdentities_data()
 {

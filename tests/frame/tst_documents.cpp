@@ -1,5 +1,5 @@
 // Host documents through the real host modules: hidden layers, the refusal of a document made
-// by a later version, saving in the earlier format, views, sheets and previews.
+// by a later version, saving in the earlier format, and what the catalog cores ask of them.
 
 #include "frame/host/gapi.h"
 #include "frame/host/host_error.h"
@@ -15,7 +15,6 @@
 
 #include <QApplication>
 #include <QFile>
-#include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -31,9 +30,6 @@ private slots:
     void hiddenLayers();
     void laterVersionIsRefused();
     void saveInEarlierFormat();
-    void viewsAndSheets();
-    void previewIsRendering();
-    void layerVisibilityChanges();
     void catalogHostAnswers();
 
 private:
@@ -122,53 +118,6 @@ void DocumentsTest::saveInEarlierFormat()
     auto again = gapi::sync::open_document(source, false);
     QVERIFY_THROWS_EXCEPTION(std::system_error, again->save_as_previous(target, 200));
     again->close();
-}
-
-void DocumentsTest::viewsAndSheets()
-{
-    auto doc = gapi::sync::open_document(write("views.cdw", {0}, {}), false);
-    auto views = doc->views();
-    QVERIFY(views);
-    QCOMPARE(views->count(), 1);
-    QCOMPARE(views->item(0)->scale(), 1.0);
-    QVERIFY(!views->item(0)->name().isEmpty());
-    QVERIFY(!views->item(1));
-    auto sheets = doc->sheets();
-    QCOMPARE(sheets->count(), 1);
-    QCOMPARE(sheets->item(0)->width(), 200.0);
-    QCOMPARE(sheets->item(0)->height(), 100.0);
-    doc->close();
-}
-
-void DocumentsTest::previewIsRendering()
-{
-    auto doc = gapi::sync::open_document(write("preview.frw", {0, 1}, {1}), false);
-    const QString png = m_dir.path() + "/preview.png";
-    doc->save_preview(png, 64);
-    doc->close();
-    QImage image(png);
-    QVERIFY(!image.isNull());
-    QCOMPARE(image.width(), 64);
-    QCOMPARE(image.height(), 32);
-    bool dark = false; // something drawn on the white sheet
-    for (int x = 0; x < image.width() && !dark; ++x)
-        for (int y = 0; y < image.height() && !dark; ++y)
-            dark = qGray(image.pixel(x, y)) < 200;
-    QVERIFY(dark);
-}
-
-void DocumentsTest::layerVisibilityChanges()
-{
-    const QString file = write("toggle.frw", {0, 1, 2}, {});
-    auto doc = gapi::sync::open_document(file, false);
-    auto layers = doc->layers();
-    layers->item(2)->set_visible(false);
-    QCOMPARE(layers->hidden_numbers(), std::vector<int>{2});
-    doc->save_as(file);
-    doc->close();
-    QFile saved(file);
-    QVERIFY(saved.open(QIODevice::ReadOnly));
-    QVERIFY(saved.readAll().contains("display=\"none\""));
 }
 
 void DocumentsTest::catalogHostAnswers()

@@ -1,8 +1,7 @@
 // Reaching the host: module loading, the cached objects, the event subscription, the session
-// queries and the per-document locks.
+// queries.
 
 #include "frame/host/base_app.h"
-#include "frame/host/doc_lock.h"
 #include "frame/host/gapi.h"
 #include "frame/host/module.h"
 #include "frame/host/sync.h"
@@ -17,14 +16,9 @@
 
 #include <QApplication>
 #include <QFile>
-#include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWidget>
-
-#include <atomic>
-#include <chrono>
-#include <thread>
 
 using namespace gapi;
 
@@ -84,6 +78,7 @@ class HostTest : public QObject
 
 private slots:
     void initTestCase();
+    void init();
     void application7Failures_data();
     void application7Failures();
     void loaderOnFolder_data();
@@ -94,14 +89,10 @@ private slots:
     void eventsForwardAnswers();
     void openDocumentsGetHandlersAtStart();
     void hostQueries();
-    void messageBoxCaption_data();
-    void messageBoxCaption();
     void sessionTakesHostIcon();
-    void sessionInstallsThemeSource_data();
-    void sessionInstallsThemeSource();
+    void themeFollowsTheHostWithoutSession_data();
+    void themeFollowsTheHostWithoutSession();
     void applicationClosingDropsSubscription();
-    void documentLockExcludesThreads();
-    void documentLocksAreIndependent();
     void cleanupTestCase();
 
 private:
@@ -117,6 +108,15 @@ void HostTest::initTestCase()
              "the host modules are built next to the test");
     // The library object exists in every process that links the frame.
     QVERIFY(&theApp() != nullptr);
+}
+
+void HostTest::init()
+{
+    // Every function starts as the library starts in a host: nothing acquired, the library
+    // object not subscribed, the host in its first state.
+    theApp().OnCloseApplication();
+    detail::clear_caches();
+    sandbox::reset();
 }
 
 void HostTest::application7Failures_data()
@@ -222,6 +222,7 @@ void HostTest::themeEventReachesHandler()
 
 void HostTest::eventsForwardAnswers()
 {
+    QVERIFY(automation()); // subscribes the library object
     recording_app app;
     {
         gv::app_event subscription(app);
@@ -281,38 +282,6 @@ void HostTest::hostQueries()
     QCOMPARE(host_folder(3), QString("/home/user/Gravis"));
     QCOMPARE(host_folder(1), QString());
     QCOMPARE(host_version(), QString("23.1"));
-    sandbox::clear_shown();
-    QVERIFY(host_message("Элемент сохранен"));
-    QCOMPARE(sandbox::shown_messages(), QStringList{"Элемент сохранен"});
-}
-
-void HostTest::messageBoxCaption_data()
-{
-    QTest::addColumn<bool>("defaultCaption");
-    QTest::addColumn<QString>("caption");
-    QTest::addColumn<QString>("shownCaption");
-    QTest::newRow("library caption") << true << QString() << "MarloUss";
-    QTest::newRow("empty caption") << false << QString() << "aec";
-    QTest::newRow("own caption") << false << "Импорт"
-                                 << "Импорт";
-}
-
-void HostTest::messageBoxCaption()
-{
-    QFETCH(bool, defaultCaption);
-    QFETCH(QString, caption);
-    QFETCH(QString, shownCaption);
-    sandbox::clear_shown();
-    sandbox::set_message_presenter([](const QString&, const QString&, int) { return 6; });
-    const int answer =
-        defaultCaption ? host_message_box("Готово") : host_message_box("Готово", caption);
-    sandbox::set_message_presenter({});
-    QCOMPARE(answer, 6);
-    const auto boxes = sandbox::shown_message_boxes();
-    QCOMPARE(boxes.size(), 1);
-    QCOMPARE(boxes[0].text, QString("Готово"));
-    QCOMPARE(boxes[0].caption, shownCaption);
-    QCOMPARE(boxes[0].style, 64);
 }
 
 void HostTest::sessionTakesHostIcon()
@@ -328,7 +297,7 @@ void HostTest::sessionTakesHostIcon()
     QCOMPARE(icon.pixelColor(16, 16), QColor(Qt::red));
 }
 
-void HostTest::sessionInstallsThemeSource_data()
+void HostTest::themeFollowsTheHostWithoutSession_data()
 {
     QTest::addColumn<int>("theme");
     QTest::addColumn<bool>("dark");
@@ -337,15 +306,14 @@ void HostTest::sessionInstallsThemeSource_data()
     QTest::newRow("dark") << 2 << true;
 }
 
-void HostTest::sessionInstallsThemeSource()
+void HostTest::themeFollowsTheHostWithoutSession()
 {
 #if defined(FRAME_TEST_WITH_LOOK)
+    // No dialog session is prepared: an export that prepares none still gets the host's theme.
     QFETCH(int, theme);
     QFETCH(bool, dark);
-    prepare_dialog_session();
     sandbox::set_theme(theme);
     QCOMPARE(qt::dark_theme(), dark);
-    sandbox::set_theme(sandbox::theme_light);
 #else
     QSKIP("the look is not part of this build");
 #endif
@@ -353,6 +321,7 @@ void HostTest::sessionInstallsThemeSource()
 
 void HostTest::applicationClosingDropsSubscription()
 {
+    QVERIFY(automation());
     QVERIFY(theApp().subscribed());
     const int before = sandbox::subscriber_count();
     sandbox::fire_application_closing();
@@ -362,39 +331,6 @@ void HostTest::applicationClosingDropsSubscription()
     // The automation object stays cached: no new subscription later.
     QVERIFY(automation());
     QCOMPARE(sandbox::subscriber_count(), before - 1);
-}
-
-void HostTest::documentLockExcludesThreads()
-{
-    std::atomic<int> inside{0};
-    std::atomic<int> overlaps{0};
-    auto work = [&] {
-        for (int i = 0; i < 20; ++i) {
-            std::lock_guard outer(sync::lock_of(7));
-            std::lock_guard inner(sync::lock_of(7)); // the holder may take it again
-            if (inside.fetch_add(1) != 0) ++overlaps;
-            std::this_thread::sleep_for(std::chrono::microseconds(200));
-            inside.fetch_sub(1);
-        }
-    };
-    std::thread a(work), b(work);
-    a.join();
-    b.join();
-    QCOMPARE(overlaps.load(), 0);
-    QCOMPARE(sync::lock_of(7).holders(), 0);
-}
-
-void HostTest::documentLocksAreIndependent()
-{
-    std::lock_guard held(sync::lock_of(11));
-    std::atomic<bool> entered{false};
-    std::thread other([&] {
-        std::lock_guard g(sync::lock_of(12));
-        entered = true;
-    });
-    other.join();
-    QVERIFY(entered.load());
-    QCOMPARE(sync::lock_of(11).holders(), 1);
 }
 
 void HostTest::cleanupTestCase()

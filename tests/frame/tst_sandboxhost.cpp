@@ -24,7 +24,6 @@ private slots:
     void openedDocumentsAreListed();
     void automationRefusesUnknownCalls_data();
     void automationRefusesUnknownCalls();
-    void documentsThroughAutomation();
     void objectsAnswerOnlyTheirIdentities();
 
 private:
@@ -118,27 +117,6 @@ void SandboxHostTest::automationRefusesUnknownCalls()
         QCOMPARE(e.code().value(), code);
         QCOMPARE(QString::fromUtf8(e.what()).contains(abi::IAutomation::iid_text), true);
     }
-}
-
-void SandboxHostTest::documentsThroughAutomation()
-{
-    const QString file = m_dir.path() + "/auto.frw";
-    QVERIFY(sandbox::write_sample_document(file, {1}, {}));
-    const int id = sandbox::open_document(file);
-    com_ptr<abi::IAutomation> automation = gapi::automation();
-    abi::variant_t count =
-        invoke(automation.get(), abi::disp_document_count, abi::invoke_property_get);
-    QCOMPARE(count.i4, 1);
-    abi::variant_t index;
-    index.type = abi::vt_i4;
-    index.i4 = 0;
-    abi::variant_t path =
-        invoke(automation.get(), abi::disp_document_path, abi::invoke_method, &index, 1);
-    QCOMPARE(path.type, std::uint16_t(abi::vt_string));
-    QCOMPARE(to_qstring(path.str), file);
-    path.clear();
-    QCOMPARE(path.type, std::uint16_t(abi::vt_empty));
-    sandbox::close_document(id);
 }
 
 void SandboxHostTest::objectsAnswerOnlyTheirIdentities()

@@ -46,11 +46,10 @@ void SettingsTest::unreadKeyGivesDefault_data()
 {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("fallback");
-    QTest::newRow("import folder") << "uss_import_path" << QString();
-    QTest::newRow("fragment folder with default") << "FragmentPath"
-                                                  << "C:/Fragments";
-    QTest::newRow("model folder") << "3DModelPath"
-                                  << "";
+    // Keys no other function writes: the settings file lives as long as the process.
+    QTest::newRow("no default") << "uss_export_path" << QString();
+    QTest::newRow("with default") << "LastFragmentPath"
+                                  << "C:/Fragments";
 }
 
 void SettingsTest::unreadKeyGivesDefault()
@@ -83,6 +82,7 @@ void SettingsTest::writeThenRead()
 void SettingsTest::writtenValuesReachTheFile()
 {
     write_setting("3DModelPath", "/models");
+    write_setting("uss_import_path", "E:/z");
     const QString file = m_userFolder.path() + "/aec/MarloUssCfg.ini";
     QVERIFY(QFile::exists(file));
     QSettings ini(file, QSettings::IniFormat);

@@ -91,7 +91,6 @@ private slots:
     void hoverShowsResizeCursor_data();
     void hoverShowsResizeCursor();
     void pressOnAnEdgeResizes();
-    void nullWidgetIsIgnored();
     void fileDialogKeepsItsControls();
 };
 
@@ -381,11 +380,6 @@ void LookFrameTest::pressOnAnEdgeResizes()
     QCOMPARE(border->resizes.size(), 2);
     QCOMPARE(border->resizes.at(0), Qt::TopEdge | Qt::LeftEdge);
     QCOMPARE(border->resizes.at(1), Qt::BottomEdge | Qt::RightEdge);
-}
-
-void LookFrameTest::nullWidgetIsIgnored()
-{
-    QVERIFY(qt::attach_styled_frame(nullptr).isNull());
 }
 
 void LookFrameTest::fileDialogKeepsItsControls()

@@ -31,8 +31,6 @@ private slots:
     void frameRulesTargetTheFrameParts();
     void valueContainingPercentIsNotSubstitutedAgain();
     void missingTemplateGivesEmptySheet();
-    void pixelMetricTable_data();
-    void pixelMetricTable();
     void otherMetricsComeFromTheBaseStyle();
     void controlsAreTwentyFourPixelsHigh_data();
     void controlsAreTwentyFourPixelsHigh();
@@ -145,38 +143,6 @@ void LookStyleTest::missingTemplateGivesEmptySheet()
     QVERIFY(!qt::style_sheet(false).isEmpty());
 }
 
-void LookStyleTest::pixelMetricTable_data()
-{
-    QTest::addColumn<int>("metric");
-    QTest::addColumn<int>("value");
-    QTest::newRow("scroll bar extent") << int(QStyle::PM_ScrollBarExtent) << 9;
-    QTest::newRow("tab base overlap") << int(QStyle::PM_TabBarBaseOverlap) << 1;
-    QTest::newRow("menu panel") << int(QStyle::PM_MenuPanelWidth) << 0;
-    QTest::newRow("tab shift h") << int(QStyle::PM_TabBarTabShiftHorizontal) << 0;
-    QTest::newRow("tab shift v") << int(QStyle::PM_TabBarTabShiftVertical) << 0;
-    QTest::newRow("indicator w") << int(QStyle::PM_IndicatorWidth) << 16;
-    QTest::newRow("indicator h") << int(QStyle::PM_IndicatorHeight) << 16;
-    QTest::newRow("radio w") << int(QStyle::PM_ExclusiveIndicatorWidth) << 16;
-    QTest::newRow("radio h") << int(QStyle::PM_ExclusiveIndicatorHeight) << 16;
-    QTest::newRow("tree indentation") << int(QStyle::PM_TreeViewIndentation) << 16;
-    QTest::newRow("header margin") << int(QStyle::PM_HeaderMargin) << 6;
-    QTest::newRow("focus frame h margin") << int(QStyle::PM_FocusFrameHMargin) << 6;
-    QTest::newRow("header mark") << int(QStyle::PM_HeaderMarkSize) << 15;
-    QTest::newRow("small icon") << int(QStyle::PM_SmallIconSize) << 21;
-    QTest::newRow("header section v") << int(QStyle::PM_HeaderDefaultSectionSizeVertical) << 24;
-    QTest::newRow("title bar resize band") << int(0xF0000001) << 6;
-}
-
-void LookStyleTest::pixelMetricTable()
-{
-    QFETCH(int, metric);
-    QFETCH(int, value);
-    for (bool dark : {false, true}) {
-        qt::aec_style style(dark);
-        QCOMPARE(style.pixelMetric(static_cast<QStyle::PixelMetric>(metric)), value);
-    }
-}
-
 void LookStyleTest::otherMetricsComeFromTheBaseStyle()
 {
     qt::aec_style style(false);
@@ -273,18 +239,13 @@ void LookStyleTest::indicatorsAreDrawnFromTheLibraryIcons_data()
         int side;
         const char* icon;
     };
+    // One of each kind of indicator, and both states of the check box.
     const Row rows[] = {
         {QStyle::PE_IndicatorCheckBox, QStyle::State_On, 16, "checkbox-checked"},
         {QStyle::PE_IndicatorCheckBox, QStyle::State_Off, 16, "checkbox-unchecked"},
-        {QStyle::PE_IndicatorCheckBox, QStyle::State_NoChange, 16, "checkbox-mixed"},
         {QStyle::PE_IndicatorRadioButton, QStyle::State_On, 16, "radiobox-checked"},
-        {QStyle::PE_IndicatorRadioButton, QStyle::State_Off, 16, "radiobox-unchecked"},
         {QStyle::PE_IndicatorArrowDown, {}, 9, "triangle-down"},
-        {QStyle::PE_IndicatorArrowLeft, {}, 9, "triangle-left"},
-        {QStyle::PE_IndicatorArrowRight, {}, 9, "triangle-right"},
-        {QStyle::PE_IndicatorArrowUp, {}, 9, "triangle-up"},
         {QStyle::PE_IndicatorSpinUp, {}, 9, "spinbox-up"},
-        {QStyle::PE_IndicatorSpinDown, {}, 9, "spinbox-down"},
     };
     for (bool dark : {false, true}) {
         for (const Row& row : rows) {

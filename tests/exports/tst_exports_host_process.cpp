@@ -1,5 +1,7 @@
-// Without the host's automation module next to the host executable, every dialog export
-// returns its failure result and shows nothing; with it, the same calls do show dialogs.
+// The dialog exports called by a host process: without the host's automation module next to
+// the host executable every one returns its failure result and shows nothing, with it the same
+// calls show dialogs; each one, as the first call of a process, wears the host's theme, and no
+// dialog tells the host's application that its translators changed.
 
 #include <QDir>
 #include <QFileInfo>
@@ -9,14 +11,16 @@
 
 namespace {
 
-// Runs the test host from folder; its lines by export name.
-QMap<QString, QString> runHost(const QString& folder, QString* error)
+// Runs the test host from folder with arguments; its lines by their first word.
+QMap<QString, QString> runHost(const QString& folder, QString* error,
+                               const QStringList& arguments = {})
 {
     QProcess host;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert("QT_QPA_PLATFORM", "offscreen");
     host.setProcessEnvironment(env);
-    host.start(QDir(folder).filePath(QFileInfo(QStringLiteral(TEST_HOST_PATH)).fileName()));
+    host.start(QDir(folder).filePath(QFileInfo(QStringLiteral(TEST_HOST_PATH)).fileName()),
+               arguments);
     if (!host.waitForFinished(120000) || host.exitStatus() != QProcess::NormalExit ||
         host.exitCode() != 0) {
         *error = QString::fromLocal8Bit(host.readAllStandardError());
@@ -34,13 +38,15 @@ QMap<QString, QString> runHost(const QString& folder, QString* error)
 
 } // namespace
 
-class NoHostTest : public QObject
+class HostProcessTest : public QObject
 {
     Q_OBJECT
 private slots:
     void initTestCase();
     void dialogExport_data();
     void dialogExport();
+    void firstCallWearsTheHostTheme_data();
+    void firstCallWearsTheHostTheme();
 
 private:
     QTemporaryDir m_copy;
@@ -48,7 +54,7 @@ private:
     QMap<QString, QString> m_withoutHost;
 };
 
-void NoHostTest::initTestCase()
+void HostProcessTest::initTestCase()
 {
     // A copy of the host's folder without the automation module.
     QVERIFY(m_copy.isValid());
@@ -70,7 +76,7 @@ void NoHostTest::initTestCase()
     QVERIFY2(!m_withoutHost.isEmpty(), qPrintable(error));
 }
 
-void NoHostTest::dialogExport_data()
+void HostProcessTest::dialogExport_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("failure");
@@ -84,7 +90,7 @@ void NoHostTest::dialogExport_data()
                                   << "\"\"";
 }
 
-void NoHostTest::dialogExport()
+void HostProcessTest::dialogExport()
 {
     QFETCH(QString, name);
     QFETCH(QString, failure);
@@ -93,5 +99,39 @@ void NoHostTest::dialogExport()
     QCOMPARE(m_withoutHost.value(name), failure + " shown=0");
 }
 
-QTEST_GUILESS_MAIN(NoHostTest)
-#include "tst_exports_no_host.moc"
+void HostProcessTest::firstCallWearsTheHostTheme_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("theme");
+    QTest::addColumn<QString>("dark");
+    QTest::addColumn<QString>("texts"); // of the choosers
+    for (const char* name : {"engsys_select_part_dialog", "OPEN_SAVE_CDW_DIALOG",
+                             "OPEN_CHOSE_DIRECTORY_DIALOG", "OPEN_FILE_SAVING_DIALOG"}) {
+        const QString texts =
+            QLatin1String(name) == "OPEN_CHOSE_DIRECTORY_DIALOG" ? "Имя папки:|Выбрать|Отмена"
+            : QLatin1String(name) == "OPEN_FILE_SAVING_DIALOG" ? "Имя файла:|Сохранить|Отмена"
+                                                               : QString();
+        QTest::addRow("%s, dark host", name) << name << 2 << "1" << texts;
+        QTest::addRow("%s, light host", name) << name << 0 << "0" << texts;
+    }
+}
+
+void HostProcessTest::firstCallWearsTheHostTheme()
+{
+    QFETCH(QString, name);
+    QFETCH(int, theme);
+    QFETCH(QString, dark);
+    QFETCH(QString, texts);
+    QString error;
+    const QDir bin = QFileInfo(QStringLiteral(TEST_HOST_PATH)).absoluteDir();
+    const QMap<QString, QString> lines =
+        runHost(bin.path(), &error, {"--theme", QString::number(theme), name});
+    QVERIFY2(!lines.isEmpty(), qPrintable(error));
+    QVERIFY2(lines.value(name).endsWith("shown=1"), qPrintable(lines.value(name)));
+    QCOMPARE(lines.value(name + ".dark"), dark);
+    QCOMPARE(lines.value(name + ".texts"), texts);
+    QCOMPARE(lines.value("language_changes"), QStringLiteral("0"));
+}
+
+QTEST_GUILESS_MAIN(HostProcessTest)
+#include "tst_exports_host_process.moc"
