@@ -63,6 +63,9 @@ UpdateDialog::UpdateDialog(const QString& title, const QString& text, bool* flag
     m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
     buttons->addWidget(m_cancelButton);
     layout->addLayout(buttons);
+    // The form closes the dialog by its cancel button; none of the dialog's own slots is
+    // connected to it.
+    connect(m_cancelButton, &QPushButton::clicked, this, &QDialog::reject);
 
     setWindowTitle(title);
     m_text->setText(text);
@@ -71,8 +74,6 @@ UpdateDialog::UpdateDialog(const QString& title, const QString& text, bool* flag
     connect(m_flyBox, &QCheckBox::clicked, this, &UpdateDialog::OnFlyBoxChecked);
     connect(m_okButton, &QPushButton::clicked, this, &UpdateDialog::OnOkButtonClicked);
     connect(m_helpButton, &QPushButton::clicked, this, &UpdateDialog::OnHelpButtonClicked);
-    // The cancel button has no connection of its own: the dialog closes only by OK or its
-    // frame's cross.
     resize(460, sizeHint().height());
 }
 
