@@ -332,8 +332,9 @@ void IMediumDialog::on_perehodCombo_currentIndexChanged1(int)
 
 void IMediumDialog::showColor()
 {
-    QSize size = m_colorButton->size();
-    if (size.width() < m_colorButton->minimumWidth()) size = m_colorButton->minimumSize();
+    // Inside the button's frame.
+    QSize size = m_colorButton->size() - QSize(8, 8);
+    if (size.width() < m_colorButton->minimumWidth() - 8) size = m_colorButton->minimumSize();
     QPixmap swatch(size);
     swatch.fill(unpackColor(m_record.color));
     m_colorButton->setIcon(QIcon(swatch));
@@ -345,6 +346,12 @@ void IMediumDialog::OnColorButtonClicked()
     QColor color = unpackColor(m_record.color);
     if (!colorChooser()(this, color)) return;
     m_record.color = packColor(color);
+    showColor();
+}
+
+void IMediumDialog::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
     showColor();
 }
 

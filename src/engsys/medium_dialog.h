@@ -69,6 +69,8 @@ protected:
     static void fitCombo(QComboBox* combo);
 
     void keyPressEvent(QKeyEvent* event) override;
+    // The colour swatch fills the button once the button has its laid-out size.
+    void showEvent(QShowEvent* event) override;
 
 private slots:
     void on_segCombo_currentIndexChanged1(int);

@@ -70,11 +70,15 @@ UpdateDialog::UpdateDialog(const QString& title, const QString& text, bool* flag
     setWindowTitle(title);
     m_text->setText(text);
     m_flyBox->setChecked(flag && *flag);
+    // Tall enough for the wrapped message at the notice's width.
+    // (the frame sizes the dialog by its size hint, which knows nothing of the wrapping).
+    constexpr int kWidth = 460;
+    m_text->setMinimumHeight(m_text->heightForWidth(kWidth - 40));
+    resize(kWidth, sizeHint().height());
 
     connect(m_flyBox, &QCheckBox::clicked, this, &UpdateDialog::OnFlyBoxChecked);
     connect(m_okButton, &QPushButton::clicked, this, &UpdateDialog::OnOkButtonClicked);
     connect(m_helpButton, &QPushButton::clicked, this, &UpdateDialog::OnHelpButtonClicked);
-    resize(460, sizeHint().height());
 }
 
 void UpdateDialog::OnFlyBoxChecked()
