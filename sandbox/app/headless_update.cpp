@@ -88,8 +88,9 @@ QString expectRecord(const CallResult& r, const QJsonObject& expected)
     for (auto it = expected.begin(); it != expected.end(); ++it)
         if (record.value(it.key()) != it.value())
             return QStringLiteral("expected %1 = %2")
-                .arg(it.key(), QString::fromUtf8(QJsonDocument(QJsonArray{it.value()}).toJson(
-                                   QJsonDocument::Compact)));
+                .arg(it.key(),
+                     QString::fromUtf8(
+                         QJsonDocument(QJsonArray{it.value()}).toJson(QJsonDocument::Compact)));
     return QString();
 }
 
@@ -214,8 +215,9 @@ CallResult callReloadUpdatedRtw(const MarloUssLibrary& library)
     CallResult result;
     result.text = item_log().join(QStringLiteral("; "));
     result.value = item_log().size();
-    result.line = QStringLiteral("uss_reload_updated_rtw() -> the host: %1")
-                      .arg(result.text.isEmpty() ? QStringLiteral("nothing reloaded") : result.text);
+    result.line =
+        QStringLiteral("uss_reload_updated_rtw() -> the host: %1")
+            .arg(result.text.isEmpty() ? QStringLiteral("nothing reloaded") : result.text);
     return result;
 }
 
@@ -229,8 +231,8 @@ CallResult callShowUpdateDialog(const MarloUssLibrary& library, quintptr window,
         "\n\nДля просмотра измененных пользовательских элементов используйте команду Меню - "
         "Выделить - Группу...\n");
     CallResult result;
-    result.value = library.showUpdateDialog(window, wide(QStringLiteral("Обновление элементов")).data(),
-                                            wide(text).data(), flag);
+    result.value = library.showUpdateDialog(
+        window, wide(QStringLiteral("Обновление элементов")).data(), wide(text).data(), flag);
     result.line = QStringLiteral("uss_show_update_dialog(window 0x%1, \"Обновление элементов\", "
                                  "12 elements / 4 sizes, flag %2) -> %3, flag %4")
                       .arg(QString::number(window, 16), yesNo(before))
@@ -254,25 +256,29 @@ void runUpdateCalls(MarloUssLibrary& library, MainWindow& window, ModalScript& s
         script.expect(QString(), enter("Т3", "Т", "okButton"));
         step([&] { return callMediumDialog(library, handle, true, false, mediumRequest(false)); },
              [&](const CallResult& r) {
-                 return expectRecord(r, {{"sysName", "Т3"}, {"cat", "I"}, {"maxP", "1.60"},
-                                         {"varSeg", "Сталь 20"}, {"varOtvod", "исполнение 2"}});
+                 return expectRecord(r, {{"sysName", "Т3"},
+                                         {"cat", "I"},
+                                         {"maxP", "1.60"},
+                                         {"varSeg", "Сталь 20"},
+                                         {"varOtvod", "исполнение 2"}});
              });
 
         // Properties of the current system: another pipe standard keeps the shared variant.
-        script.expect("medium-properties" + tone,
-                      choose("segCombo", "ГОСТ 3262-75", "okButton"));
+        script.expect("medium-properties" + tone, choose("segCombo", "ГОСТ 3262-75", "okButton"));
         step([&] { return callMediumDialog(library, handle, false, false, mediumRequest(false)); },
              [&](const CallResult& r) {
-                 return expectRecord(r, {{"sysName", "Т1"}, {"cat", "II"},
-                                         {"curSeg", "ГОСТ 3262-75"}, {"varSeg", "Сталь 20"}});
+                 return expectRecord(r, {{"sysName", "Т1"},
+                                         {"cat", "II"},
+                                         {"curSeg", "ГОСТ 3262-75"},
+                                         {"varSeg", "Сталь 20"}});
              });
 
         // A ventilation system turned from supply to exhaust.
         script.expect("medium-ventilation" + tone, choose("typeBox", " вытяжная", "okButton"));
         step([&] { return callMediumDialog(library, handle, true, true, mediumRequest(true)); },
              [&](const CallResult& r) {
-                 return expectRecord(r, {{"sysName", "П1"}, {"protoch", false},
-                                         {"color", 16711680}});
+                 return expectRecord(r,
+                                     {{"sysName", "П1"}, {"protoch", false}, {"color", 16711680}});
              });
 
         // The update notice: the box clicked, then saved (light) or cancelled (dark).

@@ -62,8 +62,8 @@ bool addStandard(es_provider_t* provider, const Standard& standard)
             : table_AddAttribute(table, u"OVK_VARIANT", u"Вариант исполнения", ES_ATTR_TEXT);
     if (!bore) return false;
     // Every size in every variant, as the catalog keeps a standard's elements.
-    const QStringList variants = standard.variants.isEmpty() ? QStringList{QString()}
-                                                             : standard.variants;
+    const QStringList variants =
+        standard.variants.isEmpty() ? QStringList{QString()} : standard.variants;
     for (const QString& v : variants) {
         for (int size : standard.sizes) {
             const QString id = QStringLiteral("%1 Ду%2 %3").arg(name).arg(size).arg(v).trimmed();

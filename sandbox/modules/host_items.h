@@ -17,7 +17,7 @@ struct CatalogItemInfo
     QString name;
     QString path;
     QString secondText;
-    int reloads = 0;      // how many times the host reloaded it
+    int reloads = 0;        // how many times the host reloaded it
     qint64 loadedSize = -1; // bytes read by the last reload; -1 before any
 };
 

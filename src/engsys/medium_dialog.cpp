@@ -89,8 +89,7 @@ QStringList IMediumDialog::variantsOf(qint64 provider, const QString& standard)
 IMediumDialog::IMediumDialog(const MediumRecord& record, bool create, QWidget* parent)
     : QDialog(parent), m_record(record), m_create(create), m_helpFile(record.chmHelp),
       m_helpId(record.helpId), m_provider(record.provider)
-{
-}
+{}
 
 QComboBox* IMediumDialog::addCombo(QWidget* parent, const char* objectName)
 {

@@ -9,7 +9,10 @@
 #include "../frame/host/host_api.h"
 
 #define GAPI_RESERVED_MEMBER(n)                                                                    \
-    virtual result_t GAPI_CALL reserved_##n() { return e_notimpl; }
+    virtual result_t GAPI_CALL reserved_##n()                                                      \
+    {                                                                                              \
+        return e_notimpl;                                                                          \
+    }
 
 namespace gapi::abi {
 

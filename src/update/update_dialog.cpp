@@ -44,8 +44,8 @@ UpdateDialog::UpdateDialog(const QString& title, const QString& text, bool* flag
         "каталогом.\n\nДля просмотра измененных пользовательских элементов используйте команду "
         "Меню - Выделить - Группу...\n"));
     layout->addWidget(m_text);
-    m_flyBox = new QCheckBox(QStringLiteral("Заменить для данного чертежа на всплывающее сообщение"),
-                             this);
+    m_flyBox = new QCheckBox(
+        QStringLiteral("Заменить для данного чертежа на всплывающее сообщение"), this);
     m_flyBox->setObjectName(QStringLiteral("qFlyBox"));
     layout->addWidget(m_flyBox);
 

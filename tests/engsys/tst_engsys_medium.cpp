@@ -165,7 +165,8 @@ private slots:
         addStandard(QStringLiteral("ТУ 14-3-1128"), {});
         addStandard(QStringLiteral("ГОСТ 17375-2001"),
                     {QStringLiteral("исполнение 1"), QStringLiteral("исполнение 2")});
-        m_pool = qint64(reinterpret_cast<quintptr>(esGetLibraryProviderPool(u"orvik.aec.engsystx")));
+        m_pool =
+            qint64(reinterpret_cast<quintptr>(esGetLibraryProviderPool(u"orvik.aec.engsystx")));
         QVERIFY(m_pool);
     }
     void cleanupTestCase() { esx_CloseCatalog(m_catalog); }
@@ -201,8 +202,8 @@ private slots:
         }};
         const char* result = "untouched";
         QVERIFY(!runMediumDialog(0, true, false, writeMediumRecord(r), &result));
-        QCOMPARE(shown,
-                 QStringLiteral("Диалог невозможно показать: несовпадение версии данных для MarloUss"));
+        QCOMPARE(shown, QStringLiteral(
+                            "Диалог невозможно показать: несовпадение версии данных для MarloUss"));
         QCOMPARE(QByteArray(result), QByteArray("untouched"));
     }
 
@@ -212,16 +213,22 @@ private slots:
         QTest::addColumn<QString>("prefix");
         QTest::addColumn<bool>("ventilation");
         QTest::addColumn<QString>("message");
-        QTest::newRow("taken name") << "Т1" << "Т" << false
-                                    << "Среда с данным именем уже есть в разделе.\nВведите другое имя среды.";
+        QTest::newRow("taken name")
+            << "Т1"
+            << "Т" << false
+            << "Среда с данным именем уже есть в разделе.\nВведите другое имя среды.";
         QTest::newRow("taken name, ventilation")
-            << "Т2" << "П" << true
+            << "Т2"
+            << "П" << true
             << "Система с данным именем уже есть в разделе.\nВведите другое имя системы.";
-        QTest::newRow("no name, no designation") << "" << "" << false << "Введите имя среды";
-        QTest::newRow("no name, ventilation") << "" << "П" << true << "Введите имя системы";
-        QTest::newRow("no designation") << "Т5" << "" << false << "Задайте обозначение среды";
-        QTest::newRow("no designation, ventilation")
-            << "П5" << "" << true << "Задайте обозначение системы";
+        QTest::newRow("no name, no designation") << ""
+                                                 << "" << false << "Введите имя среды";
+        QTest::newRow("no name, ventilation") << ""
+                                              << "П" << true << "Введите имя системы";
+        QTest::newRow("no designation") << "Т5"
+                                        << "" << false << "Задайте обозначение среды";
+        QTest::newRow("no designation, ventilation") << "П5"
+                                                     << "" << true << "Задайте обозначение системы";
     }
     void createModeChecks()
     {
@@ -243,9 +250,11 @@ private slots:
                 click(box, "okButton");
             },
             [&](QWidget* d) {
-                tabShownAgain = d->findChild<QTabWidget*>(QStringLiteral("tabWidget"))->currentIndex();
+                tabShownAgain =
+                    d->findChild<QTabWidget*>(QStringLiteral("tabWidget"))->currentIndex();
                 d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->setText(QStringLiteral("Т3"));
-                d->findChild<QLineEdit*>(QStringLiteral("prefixEdit"))->setText(QStringLiteral("Т"));
+                d->findChild<QLineEdit*>(QStringLiteral("prefixEdit"))
+                    ->setText(QStringLiteral("Т"));
                 click(d, "okButton");
             }};
         const char* result = nullptr;
@@ -356,7 +365,8 @@ private slots:
         MediumDialog d(request(), true);
         QCOMPARE(combo(&d, "catBox")->currentText(), QStringLiteral("I"));
         QCOMPARE(d.findChild<QTabWidget*>(QStringLiteral("tabWidget"))->currentIndex(), 0);
-        QCOMPARE(d.findChild<QSpinBox*>(QStringLiteral("tempSpin"))->suffix(), QStringLiteral(" °C"));
+        QCOMPARE(d.findChild<QSpinBox*>(QStringLiteral("tempSpin"))->suffix(),
+                 QStringLiteral(" °C"));
         QCOMPARE(d.findChild<QSpinBox*>(QStringLiteral("denSpin"))->suffix(),
                  QStringLiteral(" кг/м³"));
         QCOMPARE(d.findChild<QDoubleSpinBox*>(QStringLiteral("maxPSpin"))->suffix(),
@@ -386,9 +396,15 @@ private slots:
         QTest::addColumn<QString>("standard");
         QTest::addColumn<QString>("after");
         QTest::addColumn<int>("count");
-        QTest::newRow("shared variant kept") << "Сталь 20" << "ГОСТ 3262-75" << "Сталь 20" << 2;
-        QTest::newRow("variant not offered") << "Сталь 09Г2С" << "ГОСТ 3262-75" << "" << 2;
-        QTest::newRow("standard without variants") << "Сталь 20" << "ТУ 14-3-1128" << "" << 0;
+        QTest::newRow("shared variant kept") << "Сталь 20"
+                                             << "ГОСТ 3262-75"
+                                             << "Сталь 20" << 2;
+        QTest::newRow("variant not offered") << "Сталь 09Г2С"
+                                             << "ГОСТ 3262-75"
+                                             << "" << 2;
+        QTest::newRow("standard without variants") << "Сталь 20"
+                                                   << "ТУ 14-3-1128"
+                                                   << "" << 0;
     }
     void standardChangeKeepsSharedVariant()
     {
@@ -411,7 +427,8 @@ private slots:
     void dropDownsFitTheirWidestItem()
     {
         MediumRecord r = request();
-        r.segs << QStringLiteral("ГОСТ 10704-91 трубы стальные электросварные прямошовные, сортамент");
+        r.segs << QStringLiteral(
+            "ГОСТ 10704-91 трубы стальные электросварные прямошовные, сортамент");
         MediumDialog d(r, true);
         QComboBox* standards = combo(&d, "segCombo");
         const int widest = standards->view()->fontMetrics().horizontalAdvance(r.segs.last());

@@ -19,9 +19,9 @@ struct FakeRtwHost : edw::RtwHost
     };
     QMap<QString, Item> items_;
     bool hasCollection = true;
-    QString failReloadOf;  // the item whose reload fails
-    QString failPathOf;    // the item whose path cannot be read
-    QStringList calls;     // "prepare <name>", "reload <key>|<second text>"
+    QString failReloadOf; // the item whose reload fails
+    QString failPathOf;   // the item whose path cannot be read
+    QStringList calls;    // "prepare <name>", "reload <key>|<second text>"
 
     class FakeItem final : public edw::RtwItem
     {

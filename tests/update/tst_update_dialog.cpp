@@ -61,7 +61,8 @@ private slots:
         QCOMPARE(d.windowTitle(), QStringLiteral("Обновление"));
         QCOMPARE(d.findChild<QLabel*>(QStringLiteral("qText"))->text(), kText);
         auto* box = d.findChild<QCheckBox*>(QStringLiteral("qFlyBox"));
-        QCOMPARE(box->text(), QStringLiteral("Заменить для данного чертежа на всплывающее сообщение"));
+        QCOMPARE(box->text(),
+                 QStringLiteral("Заменить для данного чертежа на всплывающее сообщение"));
         QCOMPARE(box->isChecked(), flag);
         QCOMPARE(d.findChild<QPushButton*>(QStringLiteral("okButton"))->text(),
                  QStringLiteral("Сохранить"));
@@ -112,10 +113,11 @@ private slots:
 
     void noFlagIsFine()
     {
-        QCOMPARE(runWith(nullptr, [](QWidget* d) {
-                     click(d, QStringLiteral("qFlyBox"));
-                     click(d, QStringLiteral("okButton"));
-                 }),
+        QCOMPARE(runWith(nullptr,
+                         [](QWidget* d) {
+                             click(d, QStringLiteral("qFlyBox"));
+                             click(d, QStringLiteral("okButton"));
+                         }),
                  1);
     }
 
@@ -142,12 +144,18 @@ private slots:
     {
         QTest::addColumn<QString>("code");
         QTest::addColumn<QString>("name");
-        QTest::newRow("known") << "0x0F000062" << "15.0b1";
-        QTest::newRow("current host") << "0x17010100" << "23.1";
-        QTest::newRow("between two: the higher one") << "0x0F000070" << "15.0";
-        QTest::newRow("below every code: the first") << "0x01000000" << "13.0b1";
-        QTest::newRow("above every code") << "0x7F000000" << "";
-        QTest::newRow("lower-case digits read as hex") << "0x0f0000ff" << "15.0";
+        QTest::newRow("known") << "0x0F000062"
+                               << "15.0b1";
+        QTest::newRow("current host") << "0x17010100"
+                                      << "23.1";
+        QTest::newRow("between two: the higher one") << "0x0F000070"
+                                                     << "15.0";
+        QTest::newRow("below every code: the first") << "0x01000000"
+                                                     << "13.0b1";
+        QTest::newRow("above every code") << "0x7F000000"
+                                          << "";
+        QTest::newRow("lower-case digits read as hex") << "0x0f0000ff"
+                                                       << "15.0";
     }
     void builtInNames()
     {

@@ -106,6 +106,7 @@ private slots:
     void storeRecordsUpdatedFile()
     {
         const QString path = QDir(m_dir.path()).filePath(QStringLiteral("ball.rtw"));
+        QVERIFY(!updateRtwInDatabase(path + QStringLiteral(".missing")));
         QVERIFY(updateRtwInDatabase(path));
         QVERIFY(QString::fromUtf16(esx_UpdatedRtw()).split(u'|').contains(path));
     }

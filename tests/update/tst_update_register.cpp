@@ -51,16 +51,26 @@ private slots:
         QTest::addColumn<QString>("a");
         QTest::addColumn<QString>("b");
         QTest::addColumn<int>("order"); // -1 a first, 0 one key, 1 b first
-        QTest::newRow("other separators are one key") << "C:\\a\\b.rtw" << "C:/a//b.rtw" << 0;
-        QTest::newRow("separator run is one") << "C:\\a\\\\\\b" << "C:\\a\\b" << 0;
-        QTest::newRow("separator before any character") << "C:\\a\\b" << "C:\\a!b" << -1;
-        QTest::newRow("separator before space") << "C:/x/y" << "C:/x y" << -1;
-        QTest::newRow("root name first") << "D:\\a" << "C:\\z" << 1;
-        QTest::newRow("shorter root name first") << "\\\\sr\\z" << "\\\\srv\\a" << -1;
-        QTest::newRow("no root separator first") << "C:zz" << "C:\\a" << -1;
-        QTest::newRow("drive before network prefix") << "C:\\z" << "\\\\srv\\a" << -1;
-        QTest::newRow("code unit order") << "C:\\A" << "C:\\a" << -1;
-        QTest::newRow("relative paths") << "lib/b" << "lib\\a" << 1;
+        QTest::newRow("other separators are one key") << "C:\\a\\b.rtw"
+                                                      << "C:/a//b.rtw" << 0;
+        QTest::newRow("separator run is one") << "C:\\a\\\\\\b"
+                                              << "C:\\a\\b" << 0;
+        QTest::newRow("separator before any character") << "C:\\a\\b"
+                                                        << "C:\\a!b" << -1;
+        QTest::newRow("separator before space") << "C:/x/y"
+                                                << "C:/x y" << -1;
+        QTest::newRow("root name first") << "D:\\a"
+                                         << "C:\\z" << 1;
+        QTest::newRow("shorter root name first") << "\\\\sr\\z"
+                                                 << "\\\\srv\\a" << -1;
+        QTest::newRow("no root separator first") << "C:zz"
+                                                 << "C:\\a" << -1;
+        QTest::newRow("drive before network prefix") << "C:\\z"
+                                                     << "\\\\srv\\a" << -1;
+        QTest::newRow("code unit order") << "C:\\A"
+                                         << "C:\\a" << -1;
+        QTest::newRow("relative paths") << "lib/b"
+                                        << "lib\\a" << 1;
     }
     void pathOrder()
     {
@@ -76,12 +86,18 @@ private slots:
         QTest::addColumn<QString>("a");
         QTest::addColumn<QString>("b");
         QTest::addColumn<bool>("match");
-        QTest::newRow("latin") << "Tee" << "tEE" << true;
-        QTest::newRow("cyrillic") << "Кран шаровый" << "КРАН ШАРОВЫЙ" << true;
-        QTest::newRow("yo") << "ёмкость" << "ЁМКОСТЬ" << true;
-        QTest::newRow("e is not yo") << "емкость" << "Ёмкость" << false;
-        QTest::newRow("longer") << "Tee" << "Tee " << false;
-        QTest::newRow("no folding beyond") << "Über" << "über" << false;
+        QTest::newRow("latin") << "Tee"
+                               << "tEE" << true;
+        QTest::newRow("cyrillic") << "Кран шаровый"
+                                  << "КРАН ШАРОВЫЙ" << true;
+        QTest::newRow("yo") << "ёмкость"
+                            << "ЁМКОСТЬ" << true;
+        QTest::newRow("e is not yo") << "емкость"
+                                     << "Ёмкость" << false;
+        QTest::newRow("longer") << "Tee"
+                                << "Tee " << false;
+        QTest::newRow("no folding beyond") << "Über"
+                                           << "über" << false;
     }
     void nameMatch()
     {

@@ -33,7 +33,7 @@ MARLOUSS_API void uss_reload_updated_rtw(void)
 }
 
 MARLOUSS_API int uss_show_update_dialog(marlouss_window_t parent, const wchar_t* title,
-                                       const wchar_t* text, bool* popupInstead)
+                                        const wchar_t* text, bool* popupInstead)
 {
     // 1, not 0, on failure: a caller that cannot be told goes on as after "Сохранить".
     return edw::guarded(1, [&] {
