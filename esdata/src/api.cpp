@@ -8,6 +8,8 @@
 #include "sql.h"
 #include "text.h"
 
+#include <QFileInfo>
+
 #include <cmath>
 #include <mutex>
 
@@ -854,6 +856,12 @@ bool esUpdateRtw(const char16_t* itemFile)
 {
     esdata::clearLastError();
     try {
+        // An item whose file cannot be read cannot be brought up to date.
+        const QFileInfo file(esdata::toQString(view(itemFile)));
+        if (!file.isFile() || !file.isReadable()) {
+            esdata::setLastError(u"the item file cannot be read");
+            return false;
+        }
         return esdata::recordUpdated(view(itemFile));
     } catch (...) {
         return false;

@@ -85,6 +85,41 @@ MARLOUSS_API wchar_t* OPEN_CHOSE_DIRECTORY_DIALOG(void);
 MARLOUSS_API wchar_t* OPEN_FILE_SAVING_DIALOG(wchar_t* defaultPath, intptr_t reserved1,
                                               intptr_t reserved2, intptr_t reserved3);
 
+/* ---- drawing update ------------------------------------------------------------------------ */
+
+/* Brings the host's catalog item called name up to date in the catalog database and registers
+ * it for this process. False when the host has no such item, when an item with the same file
+ * (its path written with any separators) was registered already - the database is then not
+ * asked again - or when the database update failed. */
+MARLOUSS_API bool uss_try_update_rtw(const wchar_t* name);
+
+/* True when an item registered by uss_try_update_rtw has the name name, letter case aside
+ * (Latin and Cyrillic letters, ё included). */
+MARLOUSS_API bool uss_is_rtw_updated(const wchar_t* name);
+
+/* Has the host reload every registered item it still has, in the order of their files, and
+ * empties the register. When a reload fails the register is kept as it was. */
+MARLOUSS_API void uss_reload_updated_rtw(void);
+
+/* Tells the user that the drawing's user elements were rebuilt from the catalog: text is the
+ * message (with the counts of elements and sizes), title the window's title. *popupInstead
+ * (may be NULL) checks the box "replace by a pop-up message for this drawing" and holds its
+ * last state when the function returns. Returns 1 after "Сохранить", 0 when closed otherwise,
+ * and 1 when the notice cannot be shown. */
+MARLOUSS_API int uss_show_update_dialog(marlouss_window_t parent, const wchar_t* title,
+                                        const wchar_t* text, bool* popupInstead);
+
+/* ---- engineering systems: medium --------------------------------------------------------- */
+
+/* Shows the properties of an engineering system: a new one when create is true (the name must
+ * be new to "systems", name and designation must be given), the current one otherwise (name
+ * and designation read-only). ventilation selects the ventilation form (supply or exhaust)
+ * instead of the medium form (category, temperature, density, pressure). request is the JSON
+ * system record, "version": 1. Returns true when the user applied; *result then points at the
+ * edited record (every key, sorted by name) in the library's buffer for this export. */
+MARLOUSS_API bool engsys_medium_dialog(marlouss_window_t parent, bool create, bool ventilation,
+                                       const char* request, const char** result);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,5 +1,8 @@
 #include "headless_run.h"
 
+#include "export_calls.h"
+#include "headless_update.h"
+
 #include "host_calls.h"
 #include "main_window.h"
 #include "marlouss_library.h"
@@ -54,6 +57,7 @@ public:
               const std::function<QString(const CallResult&)>& verdict)
     {
         const CallResult result = call();
+        noteExportCalled(result.line);
         QStringList problems = m_script.takeProblems();
         if (const int unanswered = m_script.takeUnanswered())
             problems << QStringLiteral("%1 expected dialog(s) did not appear").arg(unanswered);
@@ -195,6 +199,15 @@ int runHeadless(MarloUssLibrary& library, MainWindow& window, const QString& wor
     // The selection panel's callback hands a non-zero last argument back untouched.
     run.step([&] { return callPointCallback(library, 7); },
              [&](const CallResult& r) { return expectValue(r, 7); });
+
+    // The drawing update and the medium dialogs.
+    runUpdateCalls(library, window, script, workFolder,
+                   [&run](const auto& call, const auto& verdict) { run.step(call, verdict); });
+
+    // The job calls every export the public header declares.
+    for (const QString& name : exportsNotCalled())
+        run.step([&name] { return CallResult{name + QStringLiteral(" (declared in marlouss.h)")}; },
+                 [](const CallResult&) { return QStringLiteral("never called"); });
 
     QTextStream(stdout) << (run.failures()
                                 ? QStringLiteral("%1 call(s) did not behave").arg(run.failures())

@@ -1,5 +1,6 @@
 #include "main_window.h"
 
+#include "headless_update.h"
 #include "host_calls.h"
 
 #include <esdata/esdata.h>
@@ -112,6 +113,22 @@ void MainWindow::addActions()
     });
     add(QStringLiteral("SelectionPanel::CallBackP"), m_library.pointCallback != nullptr,
         [this] { return callPointCallback(m_library, 7); });
+    add(QStringLiteral("engsys_medium_dialog"), m_library.mediumDialog != nullptr,
+        [this] { return callMediumDialog(m_library, winId(), true, false, mediumRequest(false)); });
+    add(QStringLiteral("engsys_medium_dialog (вентиляция)"), m_library.mediumDialog != nullptr,
+        [this] { return callMediumDialog(m_library, winId(), false, true, mediumRequest(true)); });
+    add(QStringLiteral("uss_show_update_dialog"), m_library.showUpdateDialog != nullptr, [this] {
+        static bool popup = false;
+        return callShowUpdateDialog(m_library, winId(), &popup);
+    });
+    add(QStringLiteral("uss_try_update_rtw"), m_library.tryUpdateRtw != nullptr, [this] {
+        addSampleItems(m_workFolder + QStringLiteral("/rtw"));
+        return callTryUpdateRtw(m_library, QStringLiteral("Кран шаровый"));
+    });
+    add(QStringLiteral("uss_is_rtw_updated"), m_library.isRtwUpdated != nullptr,
+        [this] { return callIsRtwUpdated(m_library, QStringLiteral("КРАН ШАРОВЫЙ")); });
+    add(QStringLiteral("uss_reload_updated_rtw"), m_library.reloadUpdatedRtw != nullptr,
+        [this] { return callReloadUpdatedRtw(m_library); });
 }
 
 } // namespace sandbox

@@ -35,6 +35,13 @@ bool MarloUssLibrary::load(const QString& folder)
         reinterpret_cast<ChooseDirectory>(m_library.resolve("OPEN_CHOSE_DIRECTORY_DIALOG"));
     fileSaving = reinterpret_cast<FileSaving>(m_library.resolve("OPEN_FILE_SAVING_DIALOG"));
     pointCallback = reinterpret_cast<PointCallback>(m_library.resolve(pointCallbackSymbol()));
+    showUpdateDialog =
+        reinterpret_cast<ShowUpdateDialog>(m_library.resolve("uss_show_update_dialog"));
+    tryUpdateRtw = reinterpret_cast<TryUpdateRtw>(m_library.resolve("uss_try_update_rtw"));
+    isRtwUpdated = reinterpret_cast<IsRtwUpdated>(m_library.resolve("uss_is_rtw_updated"));
+    reloadUpdatedRtw =
+        reinterpret_cast<ReloadUpdatedRtw>(m_library.resolve("uss_reload_updated_rtw"));
+    mediumDialog = reinterpret_cast<MediumDialog>(m_library.resolve("engsys_medium_dialog"));
     return true;
 }
 

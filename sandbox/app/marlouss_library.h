@@ -21,6 +21,11 @@ public:
     using SaveCdw = decltype(&OPEN_SAVE_CDW_DIALOG);
     using ChooseDirectory = decltype(&OPEN_CHOSE_DIRECTORY_DIALOG);
     using FileSaving = decltype(&OPEN_FILE_SAVING_DIALOG);
+    using ShowUpdateDialog = decltype(&uss_show_update_dialog);
+    using TryUpdateRtw = decltype(&uss_try_update_rtw);
+    using IsRtwUpdated = decltype(&uss_is_rtw_updated);
+    using ReloadUpdatedRtw = decltype(&uss_reload_updated_rtw);
+    using MediumDialog = decltype(&engsys_medium_dialog);
     using PointCallback = int (*)(int, double*, double*, RequestInfoW*, void*, int);
 
     // The library's file name in a host installation.
@@ -41,6 +46,11 @@ public:
     ChooseDirectory chooseDirectory = nullptr;
     FileSaving fileSaving = nullptr;
     PointCallback pointCallback = nullptr;
+    ShowUpdateDialog showUpdateDialog = nullptr;
+    TryUpdateRtw tryUpdateRtw = nullptr;
+    IsRtwUpdated isRtwUpdated = nullptr;
+    ReloadUpdatedRtw reloadUpdatedRtw = nullptr;
+    MediumDialog mediumDialog = nullptr;
 
 private:
     QLibrary m_library;

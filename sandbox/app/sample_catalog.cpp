@@ -1,6 +1,7 @@
 #include "sample_catalog.h"
 
 #include "host_state.h"
+#include "sample_medium.h"
 
 #include <esdata/esdata.h>
 
@@ -154,7 +155,10 @@ es_provider_t* openSampleCatalog(const QString& path, QString* error)
         if (error) *error = fromEs(esx_LastError());
         return nullptr;
     }
-    if (!firstRun) return provider;
+    if (!firstRun) {
+        addMediumStandards(provider);
+        return provider;
+    }
 
     // The sample's source documents are kept beside the catalog; the store copies them.
     const QString filesDir = info.absoluteFilePath() + ".sources";
@@ -170,6 +174,7 @@ es_provider_t* openSampleCatalog(const QString& path, QString* error)
         return nullptr;
     }
     esx_Commit(provider);
+    addMediumStandards(provider);
     return provider;
 }
 

@@ -4,7 +4,10 @@
 
 #include "host_objects.h"
 
+#include "host_items.h"
+
 #include "../../src/frame/host/com_object.h"
+#include "../../src/update/host_items.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -290,9 +293,106 @@ public:
     }
 };
 
-class Application7 final : public Object<IApplication7>
+// ---- catalog items ------------------------------------------------------------------------
+
+class ItemReload final : public Object<IItemReload>
 {
 public:
+    ItemReload(QString name, QString key, QString secondText)
+        : m_name(std::move(name)), m_key(std::move(key)), m_secondText(std::move(secondText))
+    {
+    }
+    result_t GAPI_CALL Execute(std::int32_t) override
+    {
+        return reload_item(m_name, m_key, m_secondText) ? ok : e_file_not_found;
+    }
+
+private:
+    QString m_name, m_key, m_secondText;
+};
+
+class ItemReloadService final : public Object<IItemReloadService>
+{
+public:
+    explicit ItemReloadService(QString name) : m_name(std::move(name)) {}
+    result_t GAPI_CALL CreateReload(IStringReadOnly* key, IStringReadOnly* secondText,
+                                    IItemReload** out) override
+    {
+        if (!out) return e_pointer;
+        *out = new ItemReload(m_name, text_of(key), text_of(secondText));
+        return ok;
+    }
+
+private:
+    QString m_name;
+};
+
+class CatalogItem final : public Object<ICatalogItem>
+{
+public:
+    explicit CatalogItem(QString name) : m_name(std::move(name)) {}
+    result_t GAPI_CALL SecondText(IStringReadOnly** out) override
+    {
+        if (!out) return e_pointer;
+        *out = new_string(item_second_text(m_name));
+        return ok;
+    }
+    result_t GAPI_CALL SetUpdateState(std::int32_t value) override
+    {
+        set_item_state(m_name, value);
+        return ok;
+    }
+    result_t GAPI_CALL FilePath(IStringReadOnly** out) override
+    {
+        if (!out) return e_pointer;
+        *out = new_string(item_path(m_name));
+        return ok;
+    }
+    result_t GAPI_CALL ReloadService(IItemReloadService** out) override
+    {
+        if (!out) return e_pointer;
+        *out = new ItemReloadService(m_name);
+        return ok;
+    }
+
+private:
+    QString m_name;
+};
+
+class CatalogItems final : public Object<ICatalogItems>
+{
+public:
+    result_t GAPI_CALL Item(const variant_t* name, ICatalogItem** out) override
+    {
+        if (!out) return e_pointer;
+        *out = nullptr;
+        if (!name || name->type != vt_string) return e_invalidarg;
+        const QString text = text_of(name->str);
+        if (item_exists(text)) *out = new CatalogItem(text);
+        return ok;
+    }
+};
+
+class CatalogItemProvider final : public Object<ICatalogItemProvider>
+{
+public:
+    result_t GAPI_CALL Items(ICatalogItems** out) override
+    {
+        if (!out) return e_pointer;
+        *out = item_collection_available() ? new CatalogItems : nullptr;
+        return ok;
+    }
+};
+
+class Application7 final : public Object<IApplication7Items>
+{
+public:
+    result_t GAPI_CALL ItemProvider(ICatalogItemProvider** out) override
+    {
+        if (!out) return e_pointer;
+        *out = new CatalogItemProvider;
+        return ok;
+    }
     std::int32_t GAPI_CALL Theme() override { return theme(); }
     result_t GAPI_CALL Version(IStringReadOnly** out) override
     {

@@ -2,6 +2,7 @@
 // must give empty results for bad input.
 #include "esdatatest.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -391,10 +392,19 @@ void TstEsdataValues::badInputGivesEmptyResults()
 
 void TstEsdataValues::updatedItemsAreRegistered()
 {
-    QVERIFY(esUpdateRtw(u"Арматура\\Кран"));
-    QVERIFY(esUpdateRtw(u"Трубы\\Отвод"));
-    QVERIFY(esUpdateRtw(u"Арматура\\Кран"));
-    QCOMPARE(qs(esx_UpdatedRtw()), QString("Арматура\\Кран|Трубы\\Отвод"));
+    // Only an item whose file can be read is brought up to date.
+    const QString valve = m_dir.filePath("valve.rtw"), bend = m_dir.filePath("bend.rtw");
+    for (const QString& path : {valve, bend}) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("item");
+    }
+    const auto u = [](const QString& s) { return reinterpret_cast<const char16_t*>(s.utf16()); };
+    QVERIFY(!esUpdateRtw(u(m_dir.filePath("missing.rtw"))));
+    QVERIFY(esUpdateRtw(u(valve)));
+    QVERIFY(esUpdateRtw(u(bend)));
+    QVERIFY(esUpdateRtw(u(valve)));
+    QCOMPARE(qs(esx_UpdatedRtw()), valve + "|" + bend);
 }
 
 // A walk keeps only the elements read last in memory; one read long ago is read again from the

@@ -123,7 +123,8 @@ int main(int argc, char* argv[])
     // In the order asked for; every export when none is named.
     const QStringList order =
         wanted.isEmpty() ? QStringList{"engsys_select_part_dialog", "OPEN_SAVE_CDW_DIALOG",
-                                       "OPEN_CHOSE_DIRECTORY_DIALOG", "OPEN_FILE_SAVING_DIALOG"}
+                                       "OPEN_CHOSE_DIRECTORY_DIALOG", "OPEN_FILE_SAVING_DIALOG",
+                                       "uss_show_update_dialog", "engsys_medium_dialog"}
                          : wanted;
     for (const QString& name : order) {
         if (name == "engsys_select_part_dialog") {

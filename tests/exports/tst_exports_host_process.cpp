@@ -88,6 +88,11 @@ void HostProcessTest::dialogExport_data()
                                     << "\"\"";
     QTest::newRow("file chooser") << "OPEN_FILE_SAVING_DIALOG"
                                   << "\"\"";
+    // The update notice answers 1 when it cannot be shown, unlike the others.
+    QTest::newRow("update notice") << "uss_show_update_dialog"
+                                   << "1";
+    QTest::newRow("medium") << "engsys_medium_dialog"
+                            << "0 untouched";
 }
 
 void HostProcessTest::dialogExport()

@@ -243,7 +243,9 @@ ESDATA_API bool object_SetValueS(es_object_t* object, es_attribute_t* attribute,
 ESDATA_API void object_Delete(es_object_t* object);
 
 /* ---- drawing update -------------------------------------------------------------------- */
-/* Records that the catalog item file named itemFile was updated in this session. */
+/* Brings the catalog item file itemFile up to date for this session: false (with
+ * esx_LastError) when the file is missing or cannot be read; otherwise records it, once,
+ * among the updated items that esx_UpdatedRtw lists, and gives true. */
 ESDATA_API bool esUpdateRtw(const char16_t* itemFile);
 
 /* ---- embedded store only --------------------------------------------------------------- */
