@@ -1,5 +1,6 @@
 #include "headless_run.h"
 
+#include "headless_editor.h"
 #include "host_calls.h"
 #include "main_window.h"
 #include "marlouss_library.h"
@@ -195,6 +196,9 @@ int runHeadless(MarloUssLibrary& library, MainWindow& window, const QString& wor
     // The selection panel's callback hands a non-zero last argument back untouched.
     run.step([&] { return callPointCallback(library, 7); },
              [&](const CallResult& r) { return expectValue(r, 7); });
+
+    run.step([&] { return runHeadlessEditor(library, window, script, workFolder, shotFolder); },
+             [](const CallResult& r) { return r.value ? QStringLiteral("see above") : QString(); });
 
     QTextStream(stdout) << (run.failures()
                                 ? QStringLiteral("%1 call(s) did not behave").arg(run.failures())

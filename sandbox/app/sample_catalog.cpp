@@ -1,6 +1,7 @@
 #include "sample_catalog.h"
 
 #include "host_state.h"
+#include "sample_editor.h"
 
 #include <esdata/esdata.h>
 
@@ -129,6 +130,7 @@ bool fill(es_provider_t* provider, const QString& filesDir)
             if (!addElement(folder, element, filesDir)) return false;
         }
     }
+    addEditorValues(provider);
     return true;
 }
 

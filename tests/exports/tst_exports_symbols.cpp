@@ -37,6 +37,7 @@ const QStringList& expectedExports()
         "OPEN_SAVE_CDW_DIALOG",
         "OPEN_CHOSE_DIRECTORY_DIALOG",
         "OPEN_FILE_SAVING_DIALOG",
+        "uss_create_clone_edit",
         // SelectionPanel::CallBackP(int, double*, double*, RequestInfoW*, void*, int)
         "_ZN14SelectionPanel9CallBackPEiPdS0_P12RequestInfoWPvi",
     };
@@ -115,7 +116,7 @@ void SymbolsTest::exportsLaterVersionsAreAbsent_data()
 {
     QTest::addColumn<QString>("symbol");
     for (const char* name :
-         {"uss_create_clone_edit", "uss_export_all", "uss_export_from_list", "uss_import",
+         {"uss_export_all", "uss_export_from_list", "uss_import",
           "uss_show_update_dialog", "uss_try_update_rtw", "uss_is_rtw_updated",
           "uss_reload_updated_rtw", "engsys_medium_dialog"})
         QTest::newRow(name) << QString::fromLatin1(name);
