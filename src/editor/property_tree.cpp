@@ -130,7 +130,9 @@ PropertyTree::PropertyTree(QWidget* parent) : QTreeWidget(parent)
     header()->setSectionResizeMode(0, QHeaderView::Interactive);
     header()->setStretchLastSection(true);
     header()->resizeSection(0, 200);
-    setAlternatingRowColors(true);
+    // The library's style sheet colours rows alike in both themes; alternating rows would take
+    // the platform's light alternate colour under dark text.
+    setAlternatingRowColors(false);
     setRootIsDecorated(true);
     setUniformRowHeights(true);
     setEditTriggers(QAbstractItemView::AllEditTriggers);
