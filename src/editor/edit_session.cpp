@@ -5,6 +5,7 @@
 #include "catalog/esconvert.h"
 #include "catalog/spec_description.h"
 #include "catalog/stdsize.h"
+#include "catalog/view_folders.h"
 #include "catalog/xml_controls.h"
 #include "editor/parameter_panel.h"
 #include "editor/uss_dialog.h"
@@ -13,6 +14,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+
+#include <exception>
+#include <memory>
 
 namespace edw {
 namespace {
@@ -120,10 +124,35 @@ bool runElementEditor(const EditRequest& request, QWidget* parent,
     ControlList panel = readControlList(request.commandsFile, panelCommand(request, source));
     if (source) fillValues(panel, source);
 
+    // The folders of the views chosen in this session join those remembered from earlier
+    // ones; the file is written only when something was chosen.
+    ViewFolders folders;
+    bool remembered = false;
+    EditorEnvironment session = environment;
+    session.rememberViewFolder = [&folders, &remembered, environment](int kind,
+                                                                      const QString& folder) {
+        if (!remembered) {
+            for (int k = 0; k < kViewSlotCount; ++k)
+                folders[k];
+            loadViewFolders(folders);
+        }
+        remembered = true;
+        folders[kind] = folder;
+        if (environment.rememberViewFolder) environment.rememberViewFolder(kind, folder);
+    };
+
     UssDialog dialog(parent, source, panel, request.commandsFile, request.commands,
                      request.selectionPath, request.secondSelectionPath, request.mode, work.path(),
-                     request.category, request.noModel, request.discipline, environment);
+                     request.category, request.noModel, request.discipline, session);
     const int result = exec ? exec(dialog) : dialog.exec();
+    if (remembered) {
+        try {
+            saveViewFolders(folders);
+        } catch (const std::exception&) {
+            // Remembered folders are a convenience: one that cannot be written costs nothing
+            // of the element.
+        }
+    }
     if (result != QDialog::Accepted) return false;
 
     es_stdsize_t* written = saveElement(saveRequestFrom(dialog, request, source, work.path()));

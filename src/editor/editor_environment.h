@@ -28,6 +28,8 @@ struct EditorEnvironment
     // A warning about the user's input (the title is a single blank).
     std::function<void(QWidget* parent, const QString& text)> warn;
     std::function<void()> help;
+    // The folder of a file chosen for a view kind (0..11), kept for the next session.
+    std::function<void(int kind, const QString& folder)> rememberViewFolder;
 };
 
 // Settings kept in memory for the process, the library's file choosers and message box, and

@@ -634,6 +634,8 @@ void UssDialog::OnViewFileButClicked()
         return;
     }
     if (m_env.writeSetting) m_env.writeSetting(key, QFileInfo(file).absolutePath());
+    if (m_env.rememberViewFolder)
+        m_env.rememberViewFolder(slot.index, QFileInfo(file).absolutePath());
     slot.filePath = file;
     m_views->setState(SourceFile);
     m_views->refresh();

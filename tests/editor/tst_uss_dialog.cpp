@@ -2,6 +2,7 @@
 
 #include "catalog/catalog_tree.h"
 #include "catalog/stdsize.h"
+#include "catalog/view_folders.h"
 #include "catalog/xml_controls.h"
 #include "editor/edit_session.h"
 #include "editor/parameter_panel.h"
@@ -398,6 +399,8 @@ void UssDialogTest::roundTripsWriteTheCatalog()
     QFETCH(unsigned, mode);
     Setup setup;
     testing::ScopedMessenger messages;
+    testing::FakeHost host;
+    host.userFolder = setup.catalog.dir.filePath("user");
     es_stdsize_t* source = testing::sourceElement(setup.catalog);
     const QString top = setup.catalog.writeFile("top.frw", testing::svgDocument);
     const QString part = setup.catalog.writeFile("part.m3d", testing::svgDocument);
@@ -461,6 +464,12 @@ void UssDialogTest::roundTripsWriteTheCatalog()
     QCOMPARE(viewsOf(element),
              mode == 0 ? QStringList({"1/0", "model"}) : QStringList({"1/0", "1/2", "model"}));
     if (mode == 1) QCOMPARE(viewsOf(source), QStringList({"1/2", "2/0", "model"}));
+    // The folders of the chosen files are remembered by view kind for the next session.
+    ViewFolders folders;
+    loadViewFolders(folders);
+    QCOMPARE(folders[0], QFileInfo(top).absolutePath());
+    QCOMPARE(folders[11], mode == 0 ? QFileInfo(part).absolutePath() : QString());
+    QCOMPARE(folders[5], QString());
     // The working folder is gone.
     QCOMPARE(QDir(request.workRoot).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
              QStringList());
