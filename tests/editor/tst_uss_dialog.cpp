@@ -98,6 +98,7 @@ private slots:
     void categoriesOfACommand_data();
     void categoriesOfACommand();
     void originalsAreExtractedAndOffered();
+    void unreadableDescriptionIsReported();
     void acceptChecksStopWithTheirWarning_data();
     void acceptChecksStopWithTheirWarning();
     void refusedFileKeepsTheSlot();
@@ -206,6 +207,22 @@ void UssDialogTest::categoriesOfACommand()
         QCOMPARE(box->itemData(1, kCategoryPrefixRole).toString(), QString(""));
     }
     QVERIFY(setup.script.warnings.isEmpty());
+}
+
+void UssDialogTest::unreadableDescriptionIsReported()
+{
+    Setup setup;
+    // The panel comes from the good file; the categories are read from a broken one.
+    const QString broken = setup.catalog.writeFile("broken.xml", "<commands><command name=");
+    UssDialog dialog(nullptr, nullptr, readControlList(setup.commands, "pipe"), broken, {"pipe"},
+                     {}, {}, 0, setup.catalog.dir.filePath("work"), {}, false, 0,
+                     setup.script.environment());
+    QCOMPARE(setup.script.warnings.size(), 1);
+    QVERIFY2(setup.script.warnings[0].startsWith("Ошибка чтения xml\nfile: " + broken + "\ndesc: "),
+             qPrintable(setup.script.warnings[0]));
+    QVERIFY(setup.script.warnings[0].contains("\noffset: "));
+    QCOMPARE(child<QComboBox>(&dialog, "qCategoryBox")->count(), 0);
+    QVERIFY(!child<QComboBox>(&dialog, "qCategoryBox")->isEnabled());
 }
 
 void UssDialogTest::originalsAreExtractedAndOffered()
