@@ -120,6 +120,63 @@ MARLOUSS_API int uss_show_update_dialog(marlouss_window_t parent, const wchar_t*
 MARLOUSS_API bool engsys_medium_dialog(marlouss_window_t parent, bool create, bool ventilation,
                                        const char* request, const char** result);
 
+/* ---- element editor ------------------------------------------------------------------------ */
+
+/* What a host library asks of the element editor. Fill it with zeros, set size to
+ * sizeof(marlouss_edit_request_t) and fill in what applies; fields beyond the size a caller
+ * gives are read as zero, so callers built against an older header keep working. Texts are
+ * NUL-terminated wide strings; NULL reads as empty. */
+typedef struct marlouss_edit_request_t
+{
+    /* sizeof(marlouss_edit_request_t) as the caller knows it. */
+    uint32_t size;
+    /* 0 create a new element, 1 create one by example from the source element (clone),
+     * 2 edit the source element. */
+    uint32_t mode;
+    /* The catalog to work on. */
+    es_provider_t* provider;
+    /* The window the editor is shown over. */
+    marlouss_window_t parent;
+    /* The source element of clone and edit: its packet's name and its identifier. */
+    const wchar_t* packet;
+    const wchar_t* element_id;
+    /* The calling library's command description file (XML): commands with their parameter
+     * panels (ussControlList), categories (categoryList) and required views (views). */
+    const wchar_t* commands_file;
+    /* The library's command names offered to the user, command_count of them. */
+    const wchar_t* const* commands;
+    uint32_t command_count;
+    /* The command whose parameter panel is shown; NULL: the source element's type when it is
+     * one of the commands, else the only command. */
+    const wchar_t* command;
+    /* The file made from the current selection in the host document, for the drawing
+     * views; and a second one, for the 3D model (NULL: the first serves the model too). */
+    const wchar_t* selection_path;
+    const wchar_t* second_selection_path;
+    /* The category to preselect, by its exact name; NULL for none. */
+    const wchar_t* category;
+    /* Where a new element is filed: "packet\folder\..."; NULL: beside the source element
+     * (clone), or the packet given above followed by the chosen category (create). */
+    const wchar_t* category_path;
+    /* Prefix of a new element's identifier, and the text at its end (NULL: the command). */
+    const wchar_t* id_prefix;
+    const wchar_t* request_text;
+    /* Non-zero: the 3D model cannot be given. */
+    uint32_t no_3d_model;
+    /* Discipline code of the calling library: 1, 2 and 3 file the element under a
+     * specification section and subsection, any other code under a category. */
+    int32_t discipline;
+    /* Set by the library when an element was written: its identifier, in the library's
+     * buffer for this export (valid until the next call). */
+    const wchar_t* written_id;
+} marlouss_edit_request_t;
+
+/* Shows the element editor for the request and, when the user accepts, writes the element
+ * (values, images, model, specification, change stamp) into the catalog. Returns true when an
+ * element was written; false when the user cancelled, the source element was not found or
+ * the writing failed (then nothing is written). */
+MARLOUSS_API bool uss_create_clone_edit(marlouss_edit_request_t* request);
+
 #ifdef __cplusplus
 }
 #endif

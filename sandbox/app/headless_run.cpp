@@ -2,6 +2,7 @@
 
 #include "export_calls.h"
 #include "headless_update.h"
+#include "headless_editor.h"
 
 #include "host_calls.h"
 #include "main_window.h"
@@ -203,6 +204,9 @@ int runHeadless(MarloUssLibrary& library, MainWindow& window, const QString& wor
     // The drawing update and the medium dialogs.
     runUpdateCalls(library, window, script, workFolder,
                    [&run](const auto& call, const auto& verdict) { run.step(call, verdict); });
+
+    run.step([&] { return runHeadlessEditor(library, window, script, workFolder, shotFolder); },
+             [](const CallResult& r) { return r.value ? QStringLiteral("see above") : QString(); });
 
     // The job calls every export the public header declares.
     for (const QString& name : exportsNotCalled())

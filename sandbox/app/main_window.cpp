@@ -2,6 +2,7 @@
 
 #include "headless_update.h"
 #include "host_calls.h"
+#include "sample_editor.h"
 
 #include <esdata/esdata.h>
 
@@ -129,6 +130,25 @@ void MainWindow::addActions()
         [this] { return callIsRtwUpdated(m_library, QStringLiteral("КРАН ШАРОВЫЙ")); });
     add(QStringLiteral("uss_reload_updated_rtw"), m_library.reloadUpdatedRtw != nullptr,
         [this] { return callReloadUpdatedRtw(m_library); });
+    // The element editor on the element selected in the tree (its packet is the tree's second
+    // level); the tree is read again after an element was written.
+    for (const auto& [text, mode] : {std::pair{"create", 0u}, {"clone", 1u}, {"edit", 2u}}) {
+        add(QStringLiteral("uss_create_clone_edit: ") + text, true, [this, mode = mode] {
+            EditCall call{mode, {}, {}, {"uss", "pump", "valve"}, "uss", {}, {}, {}, 0};
+            QTreeWidgetItem* item = m_tree->currentItem();
+            for (QTreeWidgetItem* at = item; at && at->parent(); at = at->parent())
+                call.packet = at->text(0);
+            if (item && item->childCount() == 0) call.elementId = item->text(0);
+            if (mode == 0 && !call.packet.isEmpty()) call.categoryPath = call.packet;
+            const CallResult result = callCreateCloneEdit(m_library, winId(), m_provider,
+                                                          m_workFolder, call);
+            if (result.value == 1) {
+                m_tree->clear();
+                fillTree();
+            }
+            return result;
+        });
+    }
 }
 
 } // namespace sandbox

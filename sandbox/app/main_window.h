@@ -22,6 +22,7 @@ public:
                QWidget* parent = nullptr);
 
     QTreeWidget* catalogTree() const { return m_tree; }
+    es_provider_t* provider() const { return m_provider; }
     void log(const QString& line);
 
 private:

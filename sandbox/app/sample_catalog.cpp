@@ -2,6 +2,7 @@
 
 #include "host_state.h"
 #include "sample_medium.h"
+#include "sample_editor.h"
 
 #include <esdata/esdata.h>
 
@@ -130,6 +131,7 @@ bool fill(es_provider_t* provider, const QString& filesDir)
             if (!addElement(folder, element, filesDir)) return false;
         }
     }
+    addEditorValues(provider);
     return true;
 }
 

@@ -15,7 +15,7 @@ bool runSteps(const ElementSaveRequest& request, es_stdsize_t* element)
     writePanelValues(element, request.parameters);
     if (!replaceGraphics(element, request.views)) return false;
     std::vector<SpecDescription> specs = request.specifications;
-    convertSpecFormulas(specs, element);
+    if (!request.specificationsInCatalogForm) convertSpecFormulas(specs, element);
     if (!runCreateSpec(specs, element)) return false;
     recordHiddenLayers(element);
     if (request.templateElement) copyRepresentationData(request.templateElement, element);

@@ -30,6 +30,9 @@ struct ElementSaveRequest
     std::vector<ViewFile> views;
     // Specification descriptions with formulas in the user's form; converted on the way.
     std::vector<SpecDescription> specifications;
+    // The specifications are already in the catalog's form (kept from a stored element, as
+    // the editor does when it clones or edits): written without conversion.
+    bool specificationsInCatalogForm = false;
 };
 
 // Runs the save sequence: create (or take) the element, copy the template, write the panel's
