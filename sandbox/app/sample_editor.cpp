@@ -1,5 +1,7 @@
 #include "sample_editor.h"
 
+#include "export_calls.h"
+
 #include "marlouss_library.h"
 
 #include <esdata/esdata.h>
@@ -164,6 +166,7 @@ CallResult callCreateCloneEdit(const MarloUssLibrary& library, quintptr window,
     request.discipline = call.discipline;
 
     const bool written = run(&request);
+    noteExportCalled(QStringLiteral("uss_create_clone_edit()"));
     result.value = written;
     result.text =
         written && request.written_id ? QString::fromWCharArray(request.written_id) : QString();

@@ -144,6 +144,21 @@ int main(int argc, char* argv[])
             const wchar_t* chosen = fileSaving(file, 0, 0, 0);
             report("OPEN_FILE_SAVING_DIALOG",
                    chosen ? "\"" + QString::fromWCharArray(chosen) + "\"" : QStringLiteral("null"));
+        } else if (name == "uss_show_update_dialog") {
+            auto updateNotice = reinterpret_cast<decltype(&uss_show_update_dialog)>(
+                library.resolve("uss_show_update_dialog"));
+            if (!updateNotice) return 3;
+            bool popup = false;
+            report("uss_show_update_dialog",
+                   QString::number(updateNotice(window.winId(), L"Обновление", L"Найдено 2", &popup)));
+        } else if (name == "engsys_medium_dialog") {
+            auto medium = reinterpret_cast<decltype(&engsys_medium_dialog)>(
+                library.resolve("engsys_medium_dialog"));
+            if (!medium) return 3;
+            const char* record = "untouched";
+            const bool applied = medium(window.winId(), true, false,
+                                        R"({"version":1,"sysName":"Т1","prefix":"Т"})", &record);
+            report("engsys_medium_dialog", QString::number(applied) + " " + record);
         }
     }
     QTextStream(stdout) << "language_changes " << changes.count << Qt::endl;
