@@ -1,6 +1,6 @@
-#include "catalog_fixture.h"
 #include "element_ops.h"
 #include "stdsize.h"
+#include "temp_catalog.h"
 #include "xml_controls.h"
 
 #include <QtTest>

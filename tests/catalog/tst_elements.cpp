@@ -1,8 +1,10 @@
-#include "catalog_fixture.h"
 #include "catalog_tree.h"
 #include "element_ops.h"
 #include "element_save.h"
+#include "fake_host.h"
+#include "recording_messenger.h"
 #include "stdsize.h"
+#include "temp_catalog.h"
 #include "transaction_scope.h"
 
 #include <QFileInfo>
@@ -124,7 +126,7 @@ void ElementsTest::panelValuesAndSizeVariableNames()
     QFETCH(QString, stored);
     QFETCH(QString, varName);
     QFETCH(QString, warning);
-    testing::ScopedMessenger messages;
+    testing::RecordingMessenger messages;
     testing::TempCatalog catalog;
     es_stdsize_t* element = newElement(catalog, "1");
     const int base = attribute_GetNumber(testing::addAttribute(element, "Base", ES_ATTR_REAL));
@@ -256,7 +258,7 @@ void ElementsTest::bookkeepingNamesAuthorAndTime()
 
 void ElementsTest::cloneIsSavedWhole()
 {
-    testing::ScopedMessenger messages;
+    testing::RecordingMessenger messages;
     testing::TempCatalog catalog;
     es_stdsize_t* templ = newElement(catalog, "template");
     testing::addAttribute(templ, "Width", ES_ATTR_REAL);

@@ -1,8 +1,9 @@
-#include "catalog_fixture.h"
 #include "element_ops.h"
 #include "formula.h"
+#include "recording_messenger.h"
 #include "spec_description.h"
 #include "stdsize.h"
+#include "temp_catalog.h"
 
 #include <QtTest>
 
@@ -101,7 +102,7 @@ void FormulaTest::formulaIsConverted()
 
 void FormulaTest::failedSpecColumnsAreWarnedAndEmptied()
 {
-    testing::ScopedMessenger messages;
+    testing::RecordingMessenger messages;
     testing::TempCatalog catalog;
     es_stdsize_t* element = formulaElement(catalog);
     std::vector<SpecDescription> specs{{"lib", 12, 1, 2, {{1, "{Width}"}, {3, "{Name,R}"}}},
@@ -177,7 +178,7 @@ void FormulaTest::specificationsReachTheCatalogThroughTheCommand()
 
 void FormulaTest::commandTypeFromDescription()
 {
-    testing::ScopedMessenger messages;
+    testing::RecordingMessenger messages;
     testing::TempCatalog files;
     const QString file =
         files.writeFile("uss_library.xml", "<library><command name=\"pump\" type=\"PUMP_TYPE\"/>"

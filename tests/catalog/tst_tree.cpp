@@ -1,7 +1,7 @@
-#include "catalog_fixture.h"
 #include "catalog_tree.h"
 #include "element_ops.h"
 #include "stdsize.h"
+#include "temp_catalog.h"
 
 #include <QtTest>
 

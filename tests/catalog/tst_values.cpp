@@ -1,7 +1,7 @@
-#include "catalog_fixture.h"
 #include "catalog_tree.h"
 #include "digest.h"
 #include "element_ops.h"
+#include "temp_catalog.h"
 
 #include <QtTest>
 

@@ -1,4 +1,5 @@
-#include "catalog_fixture.h"
+#include "fake_host.h"
+#include "temp_catalog.h"
 #include "view_folders.h"
 
 #include <QJsonDocument>

@@ -1,6 +1,7 @@
 #include "clitestsupport.h"
 
-#include <QFile>
+#include "temp_catalog.h"
+
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -40,12 +41,12 @@ Run ussctl(const QStringList& args, const QProcessEnvironment& env,
 
 std::u16string es(const QString& text)
 {
-    return std::u16string(reinterpret_cast<const char16_t*>(text.utf16()), size_t(text.size()));
+    return edw::toEs(text);
 }
 
 QString qs(const char16_t* text)
 {
-    return text ? QString::fromUtf16(text) : QString();
+    return edw::fromEs(text);
 }
 
 TestCatalog::TestCatalog(const QString& path, const QString& databaseName)
@@ -63,57 +64,25 @@ void TestCatalog::close()
     m_provider = nullptr;
 }
 
-namespace {
-
-es_packet_t* packetNamed(es_provider_t* provider, const QString& name)
-{
-    const uint32_t count = provider_GetPacketCount(provider);
-    for (uint32_t i = 0; i < count; ++i) {
-        es_packet_t* packet = provider_GetPacket(provider, i);
-        if (qs(packet_GetName(packet)) == name) return packet;
-    }
-    return provider_AddPacket(provider, es(name).c_str());
-}
-
-es_folder_t* folderAt(es_packet_t* packet, const QString& path)
-{
-    es_folder_t* folder = packet_GetRootFolder(packet);
-    for (const QString& name : path.split('\\', Qt::SkipEmptyParts)) {
-        es_folder_t* found = nullptr;
-        const uint32_t count = folder_GetChildFolderCount(folder);
-        for (uint32_t i = 0; i < count && !found; ++i) {
-            es_folder_t* child = folder_GetChildFolder(folder, i);
-            if (qs(folder_GetName(child)) == name) found = child;
-        }
-        folder = found ? found : folder_AddChildFolder(folder, es(name).c_str());
-    }
-    return folder;
-}
-
-es_attribute_t* attributeOf(es_table_t* table, const QString& name, uint32_t type)
-{
-    es_attribute_t* attribute = table_FindAttribute(table, es(name).c_str());
-    return attribute ? attribute
-                     : table_AddAttribute(table, es(name).c_str(), es(name).c_str(), type);
-}
-
-} // namespace
-
 es_stdsize_t* TestCatalog::addElement(const QString& packet, const QString& folder,
                                       const QString& id, const QString& date, const QString& author,
                                       double length, const QString& modelFile)
 {
-    es_table_t* table = folder_GetTable(folderAt(packetNamed(m_provider, packet), folder));
+    es_packet_t* p = edw::findOrAddPacket(m_provider, packet);
+    es_table_t* table = folder_GetTable(edw::ensureFolderPath(p, folder));
     es_stdsize_t* element = table_AddStdSize(table, es(id).c_str());
     if (!element) return nullptr;
     stdsize_SetType(element, u"pipe");
-    stdsize_SetValueS(element, attributeOf(table, "USS_LAST_CHANGE_DATE", ES_ATTR_TEXT),
-                      es(date).c_str());
-    stdsize_SetValueS(element, attributeOf(table, "USS_AUTHOR", ES_ATTR_TEXT), es(author).c_str());
-    stdsize_SetValueD(element, attributeOf(table, "Length", ES_ATTR_REAL), length);
-    if (!modelFile.isEmpty()) {
+    // Elements of one folder share its attributes.
+    auto attribute = [&](const QString& name, uint32_t type) {
+        es_attribute_t* found = table_FindAttribute(table, es(name).c_str());
+        return found ? found : testing::addAttribute(element, name, type);
+    };
+    stdsize_SetValueS(element, attribute("USS_LAST_CHANGE_DATE", ES_ATTR_TEXT), es(date).c_str());
+    stdsize_SetValueS(element, attribute("USS_AUTHOR", ES_ATTR_TEXT), es(author).c_str());
+    stdsize_SetValueD(element, attribute("Length", ES_ATTR_REAL), length);
+    if (!modelFile.isEmpty())
         model_SetModelEx(stdsize_GetModel(element), es(modelFile).c_str(), u"", u"model", 231);
-    }
     return element;
 }
 
@@ -122,42 +91,15 @@ QString valueOf(const QString& catalogPath, const QString& packet, const QString
 {
     es_provider_t* provider = esx_OpenCatalog(es(catalogPath).c_str(), u"", false);
     QString text;
-    const uint32_t count = provider_GetPacketCount(provider);
-    for (uint32_t i = 0; i < count; ++i) {
-        es_packet_t* p = provider_GetPacket(provider, i);
-        if (qs(packet_GetName(p)) != packet) continue;
-        es_value value{};
-        if (stdsize_GetValueByName(packet_FindStdSize(p, es(id).c_str()), es(attribute).c_str(),
-                                   &value)) {
-            switch (value.kind) {
-            case ES_VALUE_INT:
-                text = QString::number(value.i);
-                break;
-            case ES_VALUE_REAL:
-                text = QString::number(value.d);
-                break;
-            case ES_VALUE_TEXT:
-                text = qs(value.s);
-                break;
-            default:
-                break;
-            }
-        }
+    if (provider) {
+        const auto packets = edw::packets(provider);
+        const auto it = packets.find(packet);
+        es_stdsize_t* element =
+            it == packets.end() ? nullptr : packet_FindStdSize(it->second, es(id).c_str());
+        if (element) text = testing::valueOf(element, attribute);
+        esx_CloseCatalog(provider);
     }
-    if (provider) esx_CloseCatalog(provider);
     return text;
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly)) file.write(bytes);
 }
 
 } // namespace clitest

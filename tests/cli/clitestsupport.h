@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ziptestsupport.h"
+
 #include <esdata/esdata.h>
 
 #include <QByteArray>
@@ -53,7 +55,7 @@ private:
 QString valueOf(const QString& catalogPath, const QString& packet, const QString& id,
                 const QString& attribute);
 
-QByteArray readFile(const QString& path);
-void writeFile(const QString& path, const QByteArray& bytes);
+using ziptest::readFile;
+using ziptest::writeFile;
 
 } // namespace clitest

@@ -13,7 +13,6 @@
 #include <QTest>
 #include <QThread>
 
-#include <QtEndian>
 #include <csignal>
 #include <sqlite3.h>
 #include <sys/resource.h>
@@ -356,21 +355,9 @@ QString CliExchange::damagedArchive(const QString& name)
     const QString archive = path(name + ".uss");
     if (ussctl({"export", source, archive}).exitCode != 0) return {};
     QByteArray bytes = readFile(archive);
-    // The first occurrence of the model's name is its local header: 30 fixed bytes, the name,
-    // the extra field, then the data. Damage one byte in the middle of the data.
-    const QByteArray model = "TX\\model\\1.m3d";
-    const qsizetype nameAt = bytes.indexOf(model);
-    const qsizetype header = nameAt - 30;
-    if (nameAt < 30 || bytes.mid(header, 4) != QByteArray("PK\x03\x04", 4)) return {};
-    const auto u16 = [&](qsizetype at) {
-        return qFromLittleEndian<quint16>(reinterpret_cast<const uchar*>(bytes.constData() + at));
-    };
-    const auto u32 = [&](qsizetype at) {
-        return qFromLittleEndian<quint32>(reinterpret_cast<const uchar*>(bytes.constData() + at));
-    };
-    const qsizetype data = nameAt + u16(header + 26) + u16(header + 28);
-    const quint32 compressed = u32(header + 18);
-    if (compressed <= 4) return {};
+    // One byte in the middle of the model's compressed data.
+    const auto [data, compressed] = ziptest::entryData(bytes, "TX\\model\\1.m3d");
+    if (data < 0 || compressed <= 4) return {};
     bytes[data + compressed / 2] = char(bytes[data + compressed / 2] ^ 0x5a);
     const QString damaged = path(name + "_damaged.uss");
     writeFile(damaged, bytes);

@@ -337,12 +337,8 @@ private slots:
                                                  << "Создание новой системы";
         QTest::newRow("medium, current, engsys help") << false << false << "engsys.chm"
                                                       << "Свойства текущей системы (среды)";
-        QTest::newRow("medium, current, other help") << false << false << "engsys.chm.bak"
-                                                     << "Свойства текущей системы";
         QTest::newRow("ventilation, new") << true << true << "engsys.chm"
                                           << "Создание новой системы";
-        QTest::newRow("ventilation, current") << true << false << "engsys.chm"
-                                              << "Свойства текущей системы";
     }
     void titles()
     {

@@ -80,9 +80,6 @@ void SelectPartTest::showsOneButtonPerSection_data()
     QTest::addColumn<int>("count");
     QTest::addColumn<QStringList>("shown");
     QTest::newRow("one section") << 1 << QStringList{"partButton1=Газоснабжение (ТХ)"};
-    QTest::newRow("two sections") << 2
-                                  << QStringList{"partButton1=Газоснабжение (ТХ)",
-                                                 "partButton2=Технология (ТХ)"};
     QTest::newRow("five sections")
         << 5
         << QStringList{"partButton1=Газоснабжение (ТХ)", "partButton2=Технология (ТХ)",
@@ -110,8 +107,6 @@ void SelectPartTest::growsByHalfItsHeightPerAddedSection_data()
     QTest::addColumn<int>("count");
     QTest::addColumn<int>("halves");
     QTest::newRow("one") << 1 << 0;
-    QTest::newRow("two") << 2 << 0;
-    QTest::newRow("three") << 3 << 1;
     QTest::newRow("five: one and a half times taller") << 5 << 3;
     QTest::newRow("six") << 6 << 4;
 }
@@ -139,8 +134,6 @@ void SelectPartTest::checksTheCurrentSection_data()
                                      << "";
     QTest::newRow("case differs") << "технология (тх)"
                                   << "";
-    QTest::newRow("empty") << ""
-                           << "";
 }
 
 void SelectPartTest::checksTheCurrentSection()

@@ -1,185 +1,22 @@
 #pragma once
 
-// Shared pieces of the exchange tests: real catalog files in a temporary folder, elements
-// built through the catalog access API, a recording messenger and progress, a scripted host,
-// and a text dump of an element that two catalogs can be compared by.
+// The exchange tests' text dump of an element, that two catalogs can be compared by, over the
+// shared test support.
 
-#include <catalog/catalog_tree.h>
+#include "fake_host.h"
+#include "recording_messenger.h"
+#include "temp_catalog.h"
+
 #include <catalog/digest.h>
-#include <catalog/esconvert.h>
-#include <catalog/host.h>
-#include <catalog/notify.h>
 #include <catalog/spec_description.h>
 
-#include <esdata/esdata.h>
-
 #include <QCryptographicHash>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QStringList>
-#include <QTemporaryDir>
-
-#include <optional>
-#include <vector>
 
 namespace testing {
-
-class RecordingMessenger : public edw::IMessenger
-{
-public:
-    RecordingMessenger() { edw::setMessenger(this); }
-    ~RecordingMessenger() override { edw::setMessenger(nullptr); }
-    void information(const QString&, const QString& text) override { texts << text; }
-    void warning(const QString&, const QString& text) override { texts << text; }
-    void critical(const QString&, const QString& text) override { texts << text; }
-    QStringList texts;
-};
-
-class RecordingProgress : public edw::IProgress
-{
-public:
-    void begin(const QString& c, int maximum) override
-    {
-        caption = c;
-        this->maximum = maximum;
-        ++begun;
-    }
-    void setValue(int value) override { values << value; }
-    void keepAlive() override { ++alive; }
-    void end() override { ++ended; }
-    QString caption;
-    int maximum = -1;
-    int begun = 0;
-    int ended = 0;
-    int alive = 0;
-    QList<int> values;
-};
-
-// A host whose earlier-format save copies the document with a marker in front.
-class ConvertingHost : public edw::IHost
-{
-public:
-    ConvertingHost() { edw::setHost(this); }
-    ~ConvertingHost() override { edw::setHost(nullptr); }
-    std::optional<std::vector<int>> hiddenLayers(const QString&) override { return std::nullopt; }
-    bool saveAsPreviousVersion(const QString& source, const QString& target) override
-    {
-        saved << target;
-        if (!works) return false;
-        QFile in(source);
-        QFile out(target);
-        if (!in.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly)) return false;
-        out.write("earlier format\n" + in.readAll());
-        return true;
-    }
-    QString version() override { return hostVersion; }
-    bool works = true;
-    QString hostVersion = QStringLiteral("23.1");
-    QStringList saved;
-};
-
-inline std::u16string es(const QString& text)
-{
-    return edw::toEs(text);
-}
-
-class TempCatalog
-{
-public:
-    explicit TempCatalog(const QString& dbName = QStringLiteral("user_tx"))
-    {
-        path = dir.filePath(QStringLiteral("catalog.db"));
-        provider = esx_OpenCatalog(es(path).c_str(), es(dbName).c_str(), true);
-    }
-    ~TempCatalog()
-    {
-        if (provider) esx_CloseCatalog(provider);
-    }
-    TempCatalog(const TempCatalog&) = delete;
-    TempCatalog& operator=(const TempCatalog&) = delete;
-
-    QString writeFile(const QString& name, const QByteArray& content) const
-    {
-        const QString file = dir.filePath(name);
-        QFile out(file);
-        if (out.open(QIODevice::WriteOnly)) out.write(content);
-        return file;
-    }
-
-    // An element in its own folder "folder <id>" below folderPath of packet.
-    es_stdsize_t* addElement(const QString& packet, const QString& folderPath, const QString& id,
-                             const QString& type = QStringLiteral("PIPE"))
-    {
-        es_packet_t* p = edw::findOrAddPacket(provider, packet);
-        es_folder_t* f = edw::ensureFolderPath(
-            p, folderPath.isEmpty() ? QStringLiteral("folder ") + id
-                                    : folderPath + QStringLiteral("\\folder ") + id);
-        es_stdsize_t* e = table_AddStdSize(folder_GetTable(f), es(id).c_str());
-        stdsize_SetType(e, es(type).c_str());
-        return e;
-    }
-
-    es_stdsize_t* find(const QString& packet, const QString& id) const
-    {
-        const auto packets = edw::packets(provider);
-        const auto it = packets.find(packet);
-        return it == packets.end() ? nullptr : packet_FindStdSize(it->second, es(id).c_str());
-    }
-
-    QTemporaryDir dir;
-    QString path;
-    es_provider_t* provider = nullptr;
-};
-
-struct Attr
-{
-    QString name;
-    uint32_t type = 3;
-    QString value;
-    QString formula;
-    QString desc; // empty: the name
-    QString var;
-    QString measure;
-    int oldNumberShift = 0;
-};
-
-inline es_attribute_t* addAttribute(es_stdsize_t* element, const Attr& a)
-{
-    es_attribute_t* attribute =
-        table_AddAttribute(stdsize_GetTable(element), es(a.name).c_str(),
-                           es(a.desc.isEmpty() ? a.name : a.desc).c_str(), a.type);
-    if (!a.var.isEmpty()) attribute_SetVarName(attribute, es(a.var).c_str());
-    if (!a.measure.isEmpty()) attribute_SetMeasure(attribute, es(a.measure).c_str());
-    if (!a.formula.isEmpty()) attribute_SetFormula(attribute, es(a.formula).c_str());
-    if (a.oldNumberShift)
-        attribute_SetOldNumber(attribute, attribute_GetNumber(attribute) + a.oldNumberShift);
-    if (!a.value.isNull()) edw::writeValue(element, attribute, a.value);
-    return attribute;
-}
-
-inline bool setModel(es_stdsize_t* element, const QString& file, const QString& icon,
-                     const QString& name, int version)
-{
-    return model_SetModelEx(stdsize_GetModel(element), es(file).c_str(), es(icon).c_str(),
-                            es(name).c_str(), version);
-}
-
-inline bool addProjection(es_stdsize_t* element, const QString& name, const QString& file,
-                          const QString& icon, uint32_t type, uint32_t view)
-{
-    return projections_AddProjectionEx(stdsize_GetProjections(element), es(name).c_str(),
-                                       es(file).c_str(), es(icon).c_str(), type, u"",
-                                       view) != nullptr;
-}
-
-inline QString valueOf(es_stdsize_t* element, const QString& name)
-{
-    es_value value{};
-    stdsize_GetValueByName(element, es(name).c_str(), &value);
-    return edw::valueToText(value);
-}
 
 inline QString md5(const void* data, size_t size)
 {

@@ -378,7 +378,7 @@ void TestExport::leftoversOfEndedProcessesAreRemoved()
 
 void TestExport::previousVersionStoresConvertedFilesWithTheirDigest()
 {
-    ConvertingHost host;
+    FakeHost host;
     es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
     QVERIFY(setModel(e, m_catalog->writeFile("1.m3d", "model"), {}, "M", 1));
     QVERIFY(addProjection(e, "top", m_catalog->writeFile("1.frw", "fragment"), {}, 1, 0));
@@ -404,7 +404,7 @@ void TestExport::previousVersionStoresConvertedFilesWithTheirDigest()
 
 void TestExport::previousVersionFailureKeepsSourceAndDigest()
 {
-    ConvertingHost host;
+    FakeHost host;
     host.works = false;
     es_stdsize_t* e = m_catalog->addElement("P", "F", "E1");
     QVERIFY(setModel(e, m_catalog->writeFile("1.m3d", "model"), {}, "M", 1));

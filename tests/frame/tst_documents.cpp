@@ -57,7 +57,6 @@ void DocumentsTest::hiddenLayers_data()
     QTest::addColumn<QList<int>>("hidden");
     QTest::addColumn<std::vector<int>>("expected");
     QTest::newRow("none hidden") << QList<int>{0, 1, 2} << QList<int>{} << std::vector<int>{};
-    QTest::newRow("one hidden") << QList<int>{0, 1, 2} << QList<int>{1} << std::vector<int>{1};
     QTest::newRow("document order")
         << QList<int>{5, 3, 9} << QList<int>{9, 5} << std::vector<int>{5, 9};
 }

@@ -12,7 +12,6 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSpinBox>
-#include <QStyleFactory>
 #include <QStyleOption>
 #include <QStyledItemDelegate>
 #include <QSvgRenderer>
@@ -25,13 +24,8 @@ class LookStyleTest : public QObject
 private slots:
     void everyPlaceholderIsFilled_data();
     void everyPlaceholderIsFilled();
-    void iconUrlsFollowTheVariant_data();
-    void iconUrlsFollowTheVariant();
-    void frameRulesTargetTheFrameParts_data();
-    void frameRulesTargetTheFrameParts();
     void valueContainingPercentIsNotSubstitutedAgain();
     void missingTemplateGivesEmptySheet();
-    void otherMetricsComeFromTheBaseStyle();
     void controlsAreTwentyFourPixelsHigh_data();
     void controlsAreTwentyFourPixelsHigh();
     void polishSetsHoverAndMenuShadow();
@@ -73,55 +67,18 @@ void LookStyleTest::everyPlaceholderIsFilled()
     auto* button = new QPushButton(QStringLiteral("Да"), &host);
     button->ensurePolished();
     QCOMPARE(button->sizeHint().height(), 24 + 2); // 24 px content, 1 px border each side
-}
-
-void LookStyleTest::iconUrlsFollowTheVariant_data()
-{
-    QTest::addColumn<bool>("dark");
-    QTest::newRow("light") << false;
-    QTest::newRow("dark") << true;
-}
-
-void LookStyleTest::iconUrlsFollowTheVariant()
-{
-    QFETCH(bool, dark);
-    const QString sheet = qt::style_sheet(dark);
+    // Icons are compiled-in resources of the variant.
     const QRegularExpression url(QStringLiteral("url\\(([^)]*)\\)"));
-    auto it = url.globalMatch(sheet);
+    auto urlIt = url.globalMatch(sheet);
     int urls = 0;
-    while (it.hasNext()) {
-        const QString path = it.next().captured(1);
+    while (urlIt.hasNext()) {
+        const QString path = urlIt.next().captured(1);
         QVERIFY2(path.startsWith(QStringLiteral(":/aec/")), qPrintable(path));
         QCOMPARE(path.endsWith(QStringLiteral("-light")), dark);
         QVERIFY2(QFile::exists(path), qPrintable(path + " is not a compiled-in resource"));
         ++urls;
     }
     QCOMPARE(urls, 10);
-}
-
-void LookStyleTest::frameRulesTargetTheFrameParts_data()
-{
-    QTest::addColumn<bool>("dark");
-    QTest::addColumn<QString>("frameRule");
-    QTest::addColumn<QString>("titleBarBackground");
-    QTest::newRow("light") << false << "#aec_styled_frame {\n    border: 1px solid #333333;"
-                           << "background-color: #e5e5e5;\n    border-bottom: 2px solid #333333;";
-    QTest::newRow("dark") << true << "#aec_styled_frame {\n    border: 1px solid #f2f2f2;"
-                          << "background-color: #333333;\n    border-bottom: 2px solid #f2f2f2;";
-}
-
-void LookStyleTest::frameRulesTargetTheFrameParts()
-{
-    QFETCH(bool, dark);
-    QFETCH(QString, frameRule);
-    QFETCH(QString, titleBarBackground);
-    const QString sheet = qt::style_sheet(dark);
-    QVERIFY(sheet.contains(frameRule));
-    const qsizetype title = sheet.indexOf(QStringLiteral("#aec_styled_titlebar {"));
-    QVERIFY(title > sheet.indexOf(frameRule));
-    QVERIFY(sheet.indexOf(titleBarBackground, title) > title);
-    QVERIFY(sheet.contains(QStringLiteral("#aec_styled_titlebar > QPushButton {")));
-    QVERIFY(sheet.contains(QStringLiteral("height: 22px;")));
 }
 
 void LookStyleTest::valueContainingPercentIsNotSubstitutedAgain()
@@ -141,17 +98,6 @@ void LookStyleTest::missingTemplateGivesEmptySheet()
     qt::detail::set_style_template_path(saved);
     QVERIFY(sheet.isEmpty());
     QVERIFY(!qt::style_sheet(false).isEmpty());
-}
-
-void LookStyleTest::otherMetricsComeFromTheBaseStyle()
-{
-    qt::aec_style style(false);
-    std::unique_ptr<QStyle> base(QStyleFactory::create(QApplication::style()->name()));
-    QVERIFY(base);
-    for (auto metric : {QStyle::PM_ButtonMargin, QStyle::PM_DefaultFrameWidth,
-                        QStyle::PM_LayoutHorizontalSpacing, QStyle::PM_ToolBarIconSize}) {
-        QCOMPARE(style.pixelMetric(metric), base->pixelMetric(metric));
-    }
 }
 
 void LookStyleTest::controlsAreTwentyFourPixelsHigh_data()

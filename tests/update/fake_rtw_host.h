@@ -18,10 +18,8 @@ struct FakeRtwHost : edw::RtwHost
         QString secondText;
     };
     QMap<QString, Item> items_;
-    bool hasCollection = true;
-    QString failReloadOf; // the item whose reload fails
-    QString failPathOf;   // the item whose path cannot be read
-    QStringList calls;    // "prepare <name>", "reload <key>|<second text>"
+    QString failPathOf; // the item whose path cannot be read
+    QStringList calls;  // "prepare <name>", "reload <key>|<second text>"
 
     class FakeItem final : public edw::RtwItem
     {
@@ -37,8 +35,6 @@ struct FakeRtwHost : edw::RtwHost
         void prepareUpdate() override { m_host.calls << QStringLiteral("prepare ") + m_name; }
         void reload(const QString& key, const QString& second) override
         {
-            if (m_name == m_host.failReloadOf)
-                throw std::system_error(int(0x80004005u), std::system_category());
             m_host.calls << QStringLiteral("reload %1|%2").arg(key, second);
         }
 
@@ -61,9 +57,5 @@ struct FakeRtwHost : edw::RtwHost
         FakeRtwHost& m_host;
     };
 
-    std::unique_ptr<edw::RtwItems> items() override
-    {
-        if (!hasCollection) return nullptr;
-        return std::make_unique<FakeItems>(*this);
-    }
+    std::unique_ptr<edw::RtwItems> items() override { return std::make_unique<FakeItems>(*this); }
 };

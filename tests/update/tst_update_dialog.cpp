@@ -2,6 +2,7 @@
 // the dialog's texts and result, the help topic; the names given for known, intermediate and
 // later codes, with and without the host's "gVer.dat".
 
+#include "modal_answer.h"
 #include "update/file_browser.h"
 #include "update/update_dialog.h"
 #include "update/version_names.h"
@@ -13,7 +14,6 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 using namespace edw;
 
@@ -25,9 +25,7 @@ const QString kText = QStringLiteral(
 // Runs the notice; answer plays the user once it is up. Returns the dialog's result.
 int runWith(bool* flag, const std::function<void(QWidget*)>& answer)
 {
-    QTimer::singleShot(50, [answer] {
-        if (QWidget* modal = QApplication::activeModalWidget()) answer(modal);
-    });
+    ModalAnswer user(answer);
     return runUpdateDialog(0, QStringLiteral("Обновление чертежа"), kText, flag);
 }
 

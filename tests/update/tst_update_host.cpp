@@ -96,6 +96,7 @@ private slots:
         QVERIFY(reg.tryUpdate(hostRtwItems(), QStringLiteral("Отвод"), database()));
         sandbox::set_item_collection_available(false);
         QVERIFY(!reg.tryUpdate(hostRtwItems(), QStringLiteral("Кран шаровый"), database()));
+        QCOMPARE(m_updated.size(), 1);
         sandbox::clear_item_log();
         reg.reloadAll(hostRtwItems());
         QVERIFY(reg.entries().isEmpty());

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <utility>
 
 #ifdef Q_OS_LINUX
 #include <sys/resource.h>
@@ -81,6 +82,18 @@ inline qint64 compressedSize(const QByteArray& zip, const QByteArray& name)
         if (get32(zip, i) == 0x02014b50 && zip.mid(i + 46, get16(zip, i + 28)) == name)
             return get32(zip, i + 20);
     return -1;
+}
+
+// Where the data of the first entry whose local header is named `name` starts, and its
+// compressed size; {-1, 0} when there is none.
+inline std::pair<qsizetype, quint32> entryData(const QByteArray& zip, const QByteArray& name)
+{
+    for (qsizetype i = zip.indexOf("PK\x03\x04"); i >= 0 && i + 30 < zip.size();
+         i = zip.indexOf("PK\x03\x04", i + 4)) {
+        if (zip.mid(i + 30, get16(zip, i + 26)) == name)
+            return {i + 30 + get16(zip, i + 26) + get16(zip, i + 28), get32(zip, i + 18)};
+    }
+    return {-1, 0};
 }
 
 // Flips one byte of the (stored) content `marker` inside the file.
