@@ -103,7 +103,8 @@ constexpr LibraryMarker kMarkers[] = {
 
 } // namespace
 
-es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create)
+es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create,
+                         bool readOnly)
 {
     if (path.empty()) {
         setLastError(std::string("no catalog path given"));
@@ -115,9 +116,9 @@ es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, b
     Registry& r = registry();
     std::lock_guard lock(r.mutex);
     for (auto& c : r.open)
-        if (c->path() == key) return &c->provider;
+        if (c->path() == key && c->readOnly() == readOnly) return &c->provider;
     std::string error;
-    std::shared_ptr<Catalog> cat = Catalog::open(key, dbName, create, error);
+    std::shared_ptr<Catalog> cat = Catalog::open(key, dbName, create, error, readOnly);
     if (!cat) {
         setLastError(error);
         return nullptr;
