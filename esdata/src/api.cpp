@@ -882,6 +882,18 @@ es_provider_t* esx_OpenCatalog(const char16_t* path, const char16_t* dbName, boo
     return nullptr;
 }
 
+es_provider_t* esx_OpenCatalogForReading(const char16_t* path)
+{
+    esdata::clearLastError();
+    try {
+        return esdata::openCatalog(view(path), u"", false, true);
+    } catch (const std::exception& e) {
+        esdata::setLastError(std::string(e.what()));
+    } catch (...) {
+    }
+    return nullptr;
+}
+
 void esx_CloseCatalog(es_provider_t* provider)
 {
     esdata::clearLastError();

@@ -9,10 +9,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QUrl>
 
 #include <algorithm>
 #include <chrono>
 #include <map>
+
+#include <unistd.h>
 
 namespace esdata {
 
@@ -275,9 +278,27 @@ static const char* const kStatements[] = {
 
 // ---- opening ------------------------------------------------------------------------------
 
-std::unique_ptr<Catalog> Catalog::open(const std::u16string& path, std::u16string_view dbName,
-                                       bool create, std::string& error)
+namespace {
+
+// A catalog that may only be read is opened through a URI: read-only, and immutable when its
+// file or folder cannot be written, since SQLite could otherwise not create the shared-memory
+// file a WAL database needs even for reading.
+QByteArray readOnlyUri(const QString& path)
 {
+    const QByteArray local = QFile::encodeName(path);
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
+    const bool writable =
+        ::access(local.constData(), W_OK) == 0 && ::access(folder.constData(), W_OK) == 0;
+    return "file:" + QUrl::toPercentEncoding(path.toUtf8(), "/") + "?mode=ro" +
+           (writable ? "" : "&immutable=1");
+}
+
+} // namespace
+
+std::unique_ptr<Catalog> Catalog::open(const std::u16string& path, std::u16string_view dbName,
+                                       bool create, std::string& error, bool readOnly)
+{
+    if (readOnly) create = false;
     QString qpath = toQString(path);
     QFileInfo info(qpath);
     if (!info.exists() && !create) {
@@ -294,8 +315,14 @@ std::unique_ptr<Catalog> Catalog::open(const std::u16string& path, std::u16strin
     cat->m_filesDir = path + u".files";
     cat->provider.cat = cat.get();
     cat->pool.cat = cat.get();
+    cat->m_readOnly = readOnly;
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
-    if (sqlite3_open_v2(qpath.toUtf8().constData(), &cat->m_db, flags, nullptr) != SQLITE_OK) {
+    QByteArray name = qpath.toUtf8();
+    if (readOnly) {
+        flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
+        name = readOnlyUri(qpath);
+    }
+    if (sqlite3_open_v2(name.constData(), &cat->m_db, flags, nullptr) != SQLITE_OK) {
         error = "cannot open " + qpath.toStdString() + ": " +
                 (cat->m_db ? sqlite3_errmsg(cat->m_db) : "out of memory");
         return nullptr;
@@ -391,11 +418,15 @@ bool Catalog::initialise(bool create, std::string& error)
                 return false;
             }
             m_dbName = name;
-            exec(m_db, "PRAGMA journal_mode=WAL");
-            addFileIndexes();
+            if (!m_readOnly) {
+                exec(m_db, "PRAGMA journal_mode=WAL");
+                addFileIndexes();
+            }
         }
-        exec(m_db, "PRAGMA synchronous=NORMAL");
-        exec(m_db, "PRAGMA foreign_keys=ON");
+        if (!m_readOnly) {
+            exec(m_db, "PRAGMA synchronous=NORMAL");
+            exec(m_db, "PRAGMA foreign_keys=ON");
+        }
         m_stmts.assign(sStmtCount, nullptr);
     } catch (const std::exception& e) {
         error = e.what();
@@ -435,6 +466,7 @@ Query Catalog::query(Stmt s)
 // Every write is atomic on its own and joins the open multi-call scope, if any.
 template <class F> auto Catalog::write(F&& f) -> decltype(f())
 {
+    refuseIfReadOnly();
     query(sSavepoint).run();
     try {
         auto r = f();
@@ -450,7 +482,15 @@ template <class F> auto Catalog::write(F&& f) -> decltype(f())
 // A write of one statement is atomic by itself; it needs no savepoint of its own.
 template <class F> auto Catalog::writeSingle(F&& f) -> decltype(f())
 {
+    refuseIfReadOnly();
     return f();
+}
+
+void Catalog::refuseIfReadOnly() const
+{
+    if (m_readOnly)
+        throw StoreError(Fault::Write, "the catalog is open for reading only (read-only): "
+                                       "nothing can be written to it");
 }
 
 void Catalog::created(Kind k, Handle* h)
@@ -1143,6 +1183,7 @@ bool Catalog::clearModel(es_model* m)
 
 std::u16string Catalog::storeAhead(std::u16string_view file, bool move) const
 {
+    refuseIfReadOnly();
     const QString folder = toQString(m_filesDir);
     if (!QDir().mkpath(folder))
         throw StoreError(Fault::Write, "cannot create the folder " + folder.toStdString());
@@ -1158,6 +1199,7 @@ uint32_t Catalog::removeUnusedFiles(const std::vector<std::u16string>& files)
     // Files are shared by content: one is unused only when no row of any element names it.
     // The write lock keeps another connection from committing such a row in between; a scope
     // of this thread already holds it, and its own rows count.
+    refuseIfReadOnly();
     const bool own = !m_inScope;
     if (own) query(sBegin).run();
     try {
@@ -1270,6 +1312,7 @@ void Catalog::removeUnused()
 
 bool Catalog::storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest)
 {
+    refuseIfReadOnly();
     if (!m_filesDirReady) {
         if (!QDir().mkpath(toQString(m_filesDir)))
             throw StoreError(Fault::Write,
@@ -1549,6 +1592,7 @@ bool Catalog::scopeOwnedByOtherThread() const
 bool Catalog::begin()
 {
     if (m_inScope) throw std::runtime_error("a transaction scope is already open");
+    refuseIfReadOnly();
     query(sBegin).run();
     m_inScope = true;
     m_unusedBeforeScope = m_unused.size();

@@ -44,7 +44,7 @@ class Catalog
 public:
     // Opens (or creates) the catalog at path; null with a reason when it is not a catalog.
     static std::unique_ptr<Catalog> open(const std::u16string& path, std::u16string_view dbName,
-                                         bool create, std::string& error);
+                                         bool create, std::string& error, bool readOnly = false);
     ~Catalog();
     Catalog(const Catalog&) = delete;
     Catalog& operator=(const Catalog&) = delete;
@@ -56,6 +56,7 @@ public:
 
     const std::u16string& path() const { return m_path; }
     const std::u16string& databaseName() const { return m_dbName; }
+    bool readOnly() const { return m_readOnly; }
     uint64_t generation() const { return m_gen; }
     // Copies (or moves) file into the file folder ahead of the write that will refer to it and
     // gives the stored file's path. Touches nothing that the mutex guards: callable while
@@ -155,6 +156,8 @@ private:
     Query query(Stmt s);
     template <class F> auto write(F&& f) -> decltype(f());
     template <class F> auto writeSingle(F&& f) -> decltype(f());
+    // Every write of a catalog opened for reading fails with this before it touches anything.
+    void refuseIfReadOnly() const;
     void created(Kind k, Handle* h);
     void killed(Kind k, Handle* h);
     bool fresh(uint64_t g) const { return g == m_gen; }
@@ -194,6 +197,7 @@ private:
     std::deque<std::pair<es_stdsize*, uint64_t>> m_valueCache;
     uint64_t m_valueLoads = 0;
     bool m_filesDirReady = false;
+    bool m_readOnly = false;
     std::unordered_set<std::u16string> m_strings;
     std::u16string m_scratch;
 

@@ -139,6 +139,9 @@ QString copyHashing(QFile& in, Pending& pending, const QString& folder)
 {
     QTemporaryFile& out = pending.file();
     if (!out.open()) writeFailed(folder);
+    // Readable by whoever may read the catalog, as the database file is (a temporary file
+    // would be its owner's alone).
+    out.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
     pending.adopt(out.fileName());
     QCryptographicHash hash(QCryptographicHash::Md5);
     QByteArray buffer(kChunk, Qt::Uninitialized);

@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <memory>
@@ -39,6 +41,31 @@ struct HandleTable
     std::shared_mutex mutex;
     std::unordered_map<const void*, HandleInfo> handles;
 };
+
+// Each thread remembers the handles it asked about last, valid while the table's epoch is
+// unchanged: the epoch moves whenever a known address is forgotten or given other meaning,
+// so a remembered answer is never one the table would no longer give. A walk asks about the
+// same few handles call after call; this spares it the shared lock and the lookup in a
+// table of every handle of the catalog.
+std::atomic<uint64_t> g_epoch{1};
+
+struct Remembered
+{
+    const void* h = nullptr;
+    HandleKind kind = HandleKind::Provider;
+    uint64_t epoch = 0;
+    Catalog* cat = nullptr;
+    std::weak_ptr<Catalog> weak; // its own, so that a closed catalog reads as expired
+};
+
+constexpr size_t kRemembered = 256;
+thread_local std::array<Remembered, kRemembered> t_remembered;
+
+Remembered& slotOf(const void* h)
+{
+    const auto a = reinterpret_cast<uintptr_t>(h);
+    return t_remembered[((a >> 4) ^ (a >> 12)) & (kRemembered - 1)];
+}
 
 HandleTable& handleTable()
 {
@@ -103,7 +130,8 @@ constexpr LibraryMarker kMarkers[] = {
 
 } // namespace
 
-es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create)
+es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create,
+                         bool readOnly)
 {
     if (path.empty()) {
         setLastError(std::string("no catalog path given"));
@@ -115,9 +143,9 @@ es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, b
     Registry& r = registry();
     std::lock_guard lock(r.mutex);
     for (auto& c : r.open)
-        if (c->path() == key) return &c->provider;
+        if (c->path() == key && c->readOnly() == readOnly) return &c->provider;
     std::string error;
-    std::shared_ptr<Catalog> cat = Catalog::open(key, dbName, create, error);
+    std::shared_ptr<Catalog> cat = Catalog::open(key, dbName, create, error, readOnly);
     if (!cat) {
         setLastError(error);
         return nullptr;
@@ -170,7 +198,11 @@ void trackHandle(const void* h, HandleKind kind, Catalog* cat)
 {
     HandleTable& t = handleTable();
     std::unique_lock lock(t.mutex);
-    t.handles.insert_or_assign(h, HandleInfo{kind, cat});
+    auto [it, added] = t.handles.try_emplace(h, HandleInfo{kind, cat});
+    if (!added && (it->second.kind != kind || it->second.cat != cat)) {
+        it->second = HandleInfo{kind, cat};
+        g_epoch.fetch_add(1, std::memory_order_acq_rel);
+    }
 }
 
 void forgetHandles(Catalog* cat)
@@ -178,24 +210,41 @@ void forgetHandles(Catalog* cat)
     HandleTable& t = handleTable();
     std::unique_lock lock(t.mutex);
     std::erase_if(t.handles, [cat](const auto& entry) { return entry.second.cat == cat; });
+    g_epoch.fetch_add(1, std::memory_order_acq_rel);
 }
 
 std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind)
 {
+    Remembered& r = slotOf(h);
+    const uint64_t epoch = g_epoch.load(std::memory_order_acquire);
+    if (r.h == h && r.kind == kind && r.epoch == epoch) {
+        std::shared_ptr<Catalog> held = r.weak.lock();
+        // Held now; still the handle's catalog unless the table moved meanwhile.
+        if (held && g_epoch.load(std::memory_order_acquire) == epoch) return held;
+    }
     HandleTable& t = handleTable();
     std::shared_lock lock(t.mutex);
     auto it = t.handles.find(h);
     if (it == t.handles.end() || it->second.kind != kind) return nullptr;
     // Alive: its handles leave the table before it is destroyed.
-    return it->second.cat->self.lock();
+    std::shared_ptr<Catalog> held = it->second.cat->self.lock();
+    if (held) r = Remembered{h, kind, g_epoch.load(std::memory_order_acquire), held.get(), held};
+    return held;
 }
 
 bool isHandle(const void* h, HandleKind kind, const Catalog* cat)
 {
+    Remembered& r = slotOf(h);
+    // The caller holds cat: an unchanged epoch means the answer remembered still stands.
+    if (r.h == h && r.kind == kind && r.epoch == g_epoch.load(std::memory_order_acquire))
+        return r.cat == cat;
     HandleTable& t = handleTable();
     std::shared_lock lock(t.mutex);
     auto it = t.handles.find(h);
-    return it != t.handles.end() && it->second.kind == kind && it->second.cat == cat;
+    if (it == t.handles.end() || it->second.kind != kind) return false;
+    r = Remembered{h, kind, g_epoch.load(std::memory_order_acquire), it->second.cat,
+                   it->second.cat->self};
+    return it->second.cat == cat;
 }
 
 bool recordUpdated(std::u16string_view item)

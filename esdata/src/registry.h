@@ -38,7 +38,9 @@ std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind);
 // True when h is a handle of that kind of catalog cat (which the caller holds).
 bool isHandle(const void* h, HandleKind kind, const Catalog* cat);
 
-es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create);
+// readOnly: every write fails; a catalog open for writing is not shared with it.
+es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create,
+                         bool readOnly = false);
 void closeCatalog(es_provider* provider);
 es_pool* poolForLibrary(std::u16string_view libraryId);
 

@@ -78,6 +78,8 @@ private slots:
     void fileSizeLimitFailsTheWriteInsteadOfTheProcess();
     void lockedCatalogFailsNamingTheLock();
     void damagedCatalogIsToldBeforeWriting();
+    void readOnlyCatalogIsReadAndRefusesWrites_data();
+    void readOnlyCatalogIsReadAndRefusesWrites();
 
 private:
     QTemporaryDir m_dir;
@@ -196,6 +198,65 @@ void TstEsdataFaults::damagedCatalogIsToldBeforeWriting()
     QVERIFY(!esx_CheckIntegrity(g.get()));
     QCOMPARE(esx_LastErrorCode(), int(ESX_ERROR_DAMAGED));
     QVERIFY(!qs(esx_LastError()).isEmpty());
+}
+
+void TstEsdataFaults::readOnlyCatalogIsReadAndRefusesWrites_data()
+{
+    QTest::addColumn<bool>("locked");
+    QTest::newRow("file and folder writable") << false;
+    QTest::newRow("file and folder read-only") << true;
+}
+
+// Read by a user who may not write the catalog (as nobody when the test runs as root, which
+// ignores permissions): every part of the element reads, every write fails as read-only, and
+// nothing is created beside the catalog.
+void TstEsdataFaults::readOnlyCatalogIsReadAndRefusesWrites()
+{
+    QFETCH(bool, locked);
+    const QString folder = m_dir.filePath(locked ? "ro-locked" : "ro-open");
+    QVERIFY(QDir().mkpath(folder));
+    const QString db = folder + "/catalog.db";
+    {
+        CatalogGuard g(openCatalog(db));
+        QVERIFY(writeElement(g.get(), m_dir.path(), u"E", 3));
+    }
+    const QStringList before = QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    QCOMPARE(before, QStringList({"catalog.db", "catalog.db.files"}));
+    const auto rx = QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup |
+                    QFile::ReadOther | QFile::ExeOther;
+    if (locked) {
+        QVERIFY(QFile::setPermissions(m_dir.path(), rx | QFile::WriteOwner));
+        QVERIFY(QFile::setPermissions(db, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+        QVERIFY(QFile::setPermissions(folder, rx));
+    }
+    const pid_t child = fork();
+    QVERIFY(child >= 0);
+    if (child == 0) {
+        if (locked && geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(99);
+        es_provider_t* p = esx_OpenCatalogForReading(u16(db).c_str());
+        if (!p) _exit(2);
+        if (describe(p, u"E") != "30,31,32,model 3,view 30,view 31") _exit(3);
+        es_stdsize_t* e = packet_FindStdSize(provider_GetPacket(p, 0), u"E");
+        es_attribute_t* a = table_GetAttribute(stdsize_GetTable(e), 0);
+        if (stdsize_SetValueI(e, a, 7) || esx_LastErrorCode() != ESX_ERROR_WRITE ||
+            !qs(esx_LastError()).contains("read-only"))
+            _exit(4);
+        if (provider_AddPacket(p, u"Q") || esx_Begin(p)) _exit(5);
+        const QString model = m_dir.filePath("model.m3d");
+        if (model_SetModelEx(stdsize_GetModel(e), u16(model).c_str(), nullptr, u"m", 4)) _exit(6);
+        if (describe(p, u"E") != "30,31,32,model 3,view 30,view 31") _exit(7);
+        esx_CloseCatalog(p);
+        _exit(0);
+    }
+    int status = 0;
+    QCOMPARE(waitpid(child, &status, 0), child);
+    QVERIFY(QFile::setPermissions(folder, rx | QFile::WriteOwner));
+    QVERIFY(QFile::setPermissions(db, QFile::ReadOwner | QFile::WriteOwner));
+    QVERIFY2(WIFEXITED(status), "the child was ended by a signal");
+    QCOMPARE(WEXITSTATUS(status), 0);
+    // A folder that may be written gets SQLite's shared-memory files of a reader.
+    if (locked) QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+    QCOMPARE(QDir(folder + "/catalog.db.files").entryList(QDir::Files | QDir::Hidden).size(), 3);
 }
 
 int main(int argc, char** argv)

@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 
 class TstEsdataFiles : public QObject
@@ -20,8 +21,8 @@ class TstEsdataFiles : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void cleanupTestCase();
+    void init();
+    void cleanup();
 
     void modelIsStoredByDigest_data();
     void modelIsStoredByDigest();
@@ -41,30 +42,34 @@ private slots:
     void createSpecReplacesRecords();
 
 private:
-    QString src(const QString& name) const { return m_dir.filePath("src/" + name); }
+    QString src(const QString& name) const { return m_dir->filePath("src/" + name); }
     QString md5(const QByteArray& b) const
     {
         return QCryptographicHash::hash(b, QCryptographicHash::Md5).toHex();
     }
-    QTemporaryDir m_dir;
+    // Each function (and row) has a catalog of its own: none sees what another left.
+    std::unique_ptr<QTemporaryDir> m_dir;
     QString m_db;
     es_provider_t* m_p = nullptr;
     es_stdsize_t* m_e = nullptr;
 };
 
-void TstEsdataFiles::initTestCase()
+void TstEsdataFiles::init()
 {
-    QVERIFY(m_dir.isValid());
-    QVERIFY(QDir(m_dir.path()).mkpath("src"));
-    m_db = m_dir.filePath("files.db");
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+    QVERIFY(QDir(m_dir->path()).mkpath("src"));
+    m_db = m_dir->filePath("files.db");
     m_p = openCatalog(m_db, "user_vo");
     m_e = addElement(m_p, u"Окна", u"folder W1", u"W1");
     QVERIFY(m_e);
 }
 
-void TstEsdataFiles::cleanupTestCase()
+void TstEsdataFiles::cleanup()
 {
     esx_CloseCatalog(m_p);
+    m_p = nullptr;
+    m_dir.reset();
 }
 
 void TstEsdataFiles::modelIsStoredByDigest_data()
@@ -174,7 +179,7 @@ void TstEsdataFiles::modelRefusesUnreadableFile()
     QVERIFY(model_IsEmpty(m));
     es_projections_t* list = stdsize_GetProjections(m_e);
     QVERIFY(
-        !projections_AddProjectionEx(list, u"n", u16(m_dir.path()).c_str(), nullptr, 1, u"", 0));
+        !projections_AddProjectionEx(list, u"n", u16(m_dir->path()).c_str(), nullptr, 1, u"", 0));
     QCOMPARE(projections_GetProjectioCount(list), 0u);
 }
 

@@ -259,6 +259,13 @@ ESDATA_API bool esUpdateRtw(const char16_t* itemFile);
  * (esx_StoreFileAhead) in this process waits for the write that will name it. */
 ESDATA_API es_provider_t* esx_OpenCatalog(const char16_t* path, const char16_t* dbName,
                                           bool create);
+/* Opens an existing catalog for reading only: nothing is written to it or beside it, so a
+ * catalog whose file or folder the user may only read (or a share) opens. Every call that
+ * writes fails with ESX_ERROR_WRITE and esx_LastError saying the catalog is read-only. When
+ * the file or its folder cannot be written, the catalog is read as unchanging: what another
+ * program writes to it meanwhile is not seen. A catalog already open for writing in this
+ * process is opened once more, apart from it. Null with esx_LastError when it is no catalog. */
+ESDATA_API es_provider_t* esx_OpenCatalogForReading(const char16_t* path);
 /* Closes the catalog: every handle of it is freed and must not be used again, except element
  * objects, which stay safe to pass (they give empty results) and still need object_Delete. */
 ESDATA_API void esx_CloseCatalog(es_provider_t* provider);
