@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLayout>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -151,6 +152,22 @@ qint64 openEditor(es_packet_t* packet, const std::u16string& id, const QString& 
     UssDialog dialog(nullptr, element, panel, commands, {"big"}, {}, {}, UssDialog::Edit, work, {},
                      false, 0);
     const qint64 built = timer.nsecsElapsed();
+    qint64 polished = 0, laidOut = 0;
+    if (qEnvironmentVariableIsSet("BENCH_PARTS")) {
+        dialog.ensurePolished();
+        polished = timer.nsecsElapsed();
+        dialog.layout()->activate();
+        laidOut = timer.nsecsElapsed();
+    }
+    dialog.show();
+    QCoreApplication::processEvents();
+    if (qEnvironmentVariableIsSet("BENCH_PARTS"))
+        QTextStream(stderr) << "read " << read / 1e6 << " built " << (built - read) / 1e6
+                            << " polished " << (polished - built) / 1e6 << " laid out "
+                            << (laidOut - polished) / 1e6 << " shown "
+                            << (timer.nsecsElapsed() - laidOut) / 1e6 << Qt::endl;
+    const qint64 elapsed = timer.nsecsElapsed();
+    dialog.hide();
     // BENCH_PARTS=1: where the time goes (without extraction, without a panel).
     if (qEnvironmentVariableIsSet("BENCH_PARTS")) {
         QElapsedTimer t;
@@ -163,13 +180,6 @@ qint64 openEditor(es_packet_t* packet, const std::u16string& id, const QString& 
         QTextStream(stderr) << "no files " << a / 1e6 << " no panel "
                             << (t.nsecsElapsed() - a) / 1e6 << Qt::endl;
     }
-    dialog.show();
-    QCoreApplication::processEvents();
-    if (qEnvironmentVariableIsSet("BENCH_PARTS"))
-        QTextStream(stderr) << "read " << read / 1e6 << " built " << (built - read) / 1e6
-                            << " shown " << (timer.nsecsElapsed() - built) / 1e6 << Qt::endl;
-    const qint64 elapsed = timer.nsecsElapsed();
-    dialog.hide();
     return elapsed;
 }
 

@@ -57,18 +57,18 @@ bool ParameterPanel::isEmpty() const
 
 void ParameterPanel::build()
 {
-    m_tree->setUpdatesEnabled(false);
-    std::vector<QTreeWidgetItem*> hidden;
+    std::vector<PropertyTree::Group> groups;
+    groups.reserve(m_groups.size());
     for (const xml_group& group : m_groups) {
-        QTreeWidgetItem* row = m_tree->addGroup(group.title);
+        PropertyTree::Group rows;
+        rows.title = group.title;
+        rows.hidden = group.postHide;
+        rows.properties.reserve(group.controls.size());
         for (const auto& control : group.controls)
-            m_tree->addProperty(row, propertyOf(*control));
-        if (group.postHide) hidden.push_back(row);
+            rows.properties.push_back(propertyOf(*control));
+        groups.push_back(std::move(rows));
     }
-    // Groups marked post-hide are built like the others and hidden afterwards.
-    for (QTreeWidgetItem* row : hidden)
-        row->setHidden(true);
-    m_tree->setUpdatesEnabled(true);
+    m_tree->addGroups(groups);
 }
 
 void ParameterPanel::onValueChanged(const QString& name, const QVariant& value)

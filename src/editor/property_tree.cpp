@@ -140,22 +140,20 @@ PropertyTree::PropertyTree(QWidget* parent) : QTreeWidget(parent)
     connect(this, &QTreeWidget::itemChanged, this, &PropertyTree::onItemChanged);
 }
 
-QTreeWidgetItem* PropertyTree::addGroup(const QString& title)
+QTreeWidgetItem* PropertyTree::makeGroup(const QString& title) const
 {
-    auto* group = new QTreeWidgetItem(this, {title});
+    auto* group = new QTreeWidgetItem({title});
     group->setFlags(Qt::ItemIsEnabled);
-    QFont font = group->font(0);
+    QFont font;
     font.setBold(true);
     group->setFont(0, font);
-    group->setFirstColumnSpanned(true);
-    group->setExpanded(true);
     return group;
 }
 
-QTreeWidgetItem* PropertyTree::addProperty(QTreeWidgetItem* group, const Property& property)
+// A row not yet in the tree: filling it announces nothing.
+QTreeWidgetItem* PropertyTree::makeProperty(const Property& property)
 {
-    m_filling = true;
-    auto* item = group ? new QTreeWidgetItem(group) : new QTreeWidgetItem(this);
+    auto* item = new QTreeWidgetItem;
     item->setText(0, property.required ? property.label + QStringLiteral(" *") : property.label);
     item->setData(1, TypeRole, property.type);
     item->setData(1, NameRole, property.name);
@@ -173,14 +171,60 @@ QTreeWidgetItem* PropertyTree::addProperty(QTreeWidgetItem* group, const Propert
         item->setForeground(1, palette().brush(QPalette::Disabled, QPalette::Text));
     }
     if (property.required) {
-        QFont font = item->font(0);
+        QFont font;
         font.setBold(true);
         item->setFont(0, font);
     }
     showValue(item, property.value);
     m_byName.insert(property.name, item);
+    return item;
+}
+
+QTreeWidgetItem* PropertyTree::addGroup(const QString& title)
+{
+    QTreeWidgetItem* group = makeGroup(title);
+    addTopLevelItem(group);
+    group->setFirstColumnSpanned(true);
+    group->setExpanded(true);
+    return group;
+}
+
+QTreeWidgetItem* PropertyTree::addProperty(QTreeWidgetItem* group, const Property& property)
+{
+    QTreeWidgetItem* item = makeProperty(property);
+    m_filling = true;
+    if (group)
+        group->addChild(item);
+    else
+        addTopLevelItem(item);
     m_filling = false;
     return item;
+}
+
+void PropertyTree::addGroups(const std::vector<Group>& groups)
+{
+    QList<QTreeWidgetItem*> rows;
+    rows.reserve(qsizetype(groups.size()));
+    for (const Group& group : groups) {
+        QTreeWidgetItem* row = makeGroup(group.title);
+        QList<QTreeWidgetItem*> children;
+        children.reserve(qsizetype(group.properties.size()));
+        for (const Property& property : group.properties)
+            children.push_back(makeProperty(property));
+        row->addChildren(children);
+        rows.push_back(row);
+    }
+    const bool updates = updatesEnabled();
+    setUpdatesEnabled(false);
+    m_filling = true;
+    addTopLevelItems(rows);
+    for (qsizetype i = 0; i < rows.size(); ++i) {
+        rows[i]->setFirstColumnSpanned(true);
+        rows[i]->setExpanded(true);
+        rows[i]->setHidden(groups[size_t(i)].hidden);
+    }
+    m_filling = false;
+    setUpdatesEnabled(updates);
 }
 
 void PropertyTree::showValue(QTreeWidgetItem* item, const QVariant& value)

@@ -5,6 +5,8 @@
 #include <QTreeWidget>
 #include <QVariant>
 
+#include <vector>
+
 class QStyledItemDelegate;
 
 namespace edw {
@@ -50,6 +52,16 @@ public:
     QTreeWidgetItem* addGroup(const QString& title);
     QTreeWidgetItem* addProperty(QTreeWidgetItem* group, const Property& property);
 
+    // Many groups at once: their rows are made outside the tree and go in together, so the
+    // tree lays itself out once instead of once per row.
+    struct Group
+    {
+        QString title;
+        std::vector<Property> properties;
+        bool hidden = false; // built like the others, then hidden
+    };
+    void addGroups(const std::vector<Group>& groups);
+
     QTreeWidgetItem* findProperty(const QString& name) const;
     // The row's value: int, double, QString or bool by its type; invalid for an unknown name.
     QVariant value(const QString& name) const;
@@ -66,6 +78,8 @@ signals:
     void valueChanged(const QString& name, const QVariant& value);
 
 private:
+    QTreeWidgetItem* makeGroup(const QString& title) const;
+    QTreeWidgetItem* makeProperty(const Property& property);
     void onItemChanged(QTreeWidgetItem* item, int column);
     void showValue(QTreeWidgetItem* item, const QVariant& value);
 

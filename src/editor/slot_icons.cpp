@@ -1,5 +1,6 @@
 #include "editor/slot_icons.h"
 
+#include <QHash>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
@@ -86,7 +87,13 @@ QPixmap draw(char16_t glyph, bool filled, const QColor& ink)
 
 QIcon glyphIcon(char16_t glyph, bool filled, const QColor& ink)
 {
-    return QIcon(draw(glyph, filled, ink));
+    // Drawn once per glyph, look and ink for the life of the library: every dialog opened
+    // afterwards shares the pictures.
+    static QHash<quint64, QIcon> drawn;
+    const quint64 key = (quint64(glyph) << 33) | (quint64(filled) << 32) | ink.rgba();
+    auto found = drawn.constFind(key);
+    if (found == drawn.constEnd()) found = drawn.insert(key, QIcon(draw(glyph, filled, ink)));
+    return *found;
 }
 
 } // namespace edw

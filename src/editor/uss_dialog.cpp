@@ -80,22 +80,24 @@ es_projection_t* projectionFor(es_stdsize_t* element, int slot)
     return nullptr;
 }
 
-// Copies a stored file of the source element into the working folder as "clone_<slot>".
-QString extract(const QString& stored, const QString& workFolder, int slot)
+// Where a stored file of the source element is copied in the working folder: "clone_<slot>".
+QString extractTarget(const QString& stored, const QString& workFolder, int slot)
 {
     if (stored.isEmpty() || workFolder.isEmpty()) return {};
-    QDir().mkpath(workFolder);
-    const QString target =
-        QDir(workFolder)
-            .filePath(
-                QStringLiteral("clone_%1%2").arg(slot).arg(slot == kModelSlot ? ".m3d" : ".frw"));
-    // A plain copy: QFile::copy goes through a temporary file and a rename, several times
-    // slower for the dozen small files of an element.
+    return QDir(workFolder)
+        .filePath(QStringLiteral("clone_%1%2").arg(slot).arg(slot == kModelSlot ? ".m3d" : ".frw"));
+}
+
+// A plain copy: QFile::copy goes through a temporary file and a rename, several times slower
+// for the dozen small files of an element.
+bool copyPlain(const QString& from, const QString& to)
+{
+    QDir().mkpath(QFileInfo(to).absolutePath());
     std::error_code error;
-    std::filesystem::copy_file(std::filesystem::path(stored.toStdU16String()),
-                               std::filesystem::path(target.toStdU16String()),
+    std::filesystem::copy_file(std::filesystem::path(from.toStdU16String()),
+                               std::filesystem::path(to.toStdU16String()),
                                std::filesystem::copy_options::overwrite_existing, error);
-    return error ? QString() : target;
+    return !error;
 }
 
 QString xmlError(const QString& file, const pugi::xml_parse_result& result)
@@ -182,10 +184,24 @@ QString ViewModel::sourceFile(const ViewSlot& slot) const
     case SourceFile:
         return slot.filePath;
     case SourceOriginal:
-        return slot.originalPath;
+        // Until it is copied, the catalog's file is the original: the same bytes.
+        return slot.extracted || slot.originalPath.isEmpty() ? slot.originalPath : slot.storedPath;
     default:
         return {};
     }
+}
+
+QString ViewModel::original(ViewSlot& slot)
+{
+    if (!slot.extracted && !slot.originalPath.isEmpty())
+        slot.extracted = copyPlain(slot.storedPath, slot.originalPath);
+    return slot.extracted ? slot.originalPath : slot.storedPath;
+}
+
+void ViewModel::extractOriginals()
+{
+    for (ViewSlot& slot : m_slots)
+        original(slot);
 }
 
 void ViewModel::refresh()
@@ -468,11 +484,13 @@ std::vector<ViewSlot> UssDialog::buildSlots(es_stdsize_t* source, const QString&
             if (i == kModelSlot) {
                 es_model_t* model = stdsize_GetModel(source);
                 if (model && !model_IsEmpty(model))
-                    slot.originalPath = extract(fromEs(model_GetModelFile(model)), workFolder, i);
+                    slot.storedPath = fromEs(model_GetModelFile(model));
             } else if (es_projection_t* projection = projectionFor(source, i)) {
-                slot.originalPath =
-                    extract(fromEs(projection_GetFragmentFile(projection)), workFolder, i);
+                slot.storedPath = fromEs(projection_GetFragmentFile(projection));
             }
+            // The copy into the working folder is made when the original is first used.
+            if (QFileInfo::exists(slot.storedPath))
+                slot.originalPath = extractTarget(slot.storedPath, workFolder, i);
         }
         slot.state = slot.originalPath.isEmpty() ? SourceNone : SourceOriginal;
         slot.rememberedState = slot.state;
@@ -660,7 +678,7 @@ void UssDialog::OnViewPreFileButClicked()
         if (m_env.writeSetting) m_env.writeSetting(key, QFileInfo(chosen).absolutePath());
         const QString target = QDir::toNativeSeparators(chosen);
         QFile::remove(target);
-        QFile::copy(slot.originalPath, target);
+        QFile::copy(m_views->original(slot), target);
     }
     slot.button->setFocus();
 }

@@ -43,10 +43,14 @@ struct ViewSlot
     int index = 0;
     int state = SourceNone;
     int rememberedState = SourceNone;
-    QString filePath;     // chosen from disk
-    QString originalPath; // extracted from the source element; empty when it has none
-    QIcon icon;           // the glyph in the normal look
-    QIcon filledIcon;     // the glyph when the slot has an image
+    QString filePath; // chosen from disk
+    // The working copy of the source element's image ("clone_<slot>" in the working folder);
+    // empty when the source has none. Copied from storedPath on first use (ViewModel::original).
+    QString originalPath;
+    QString storedPath; // the source element's file as the catalog keeps it
+    bool extracted = false;
+    QIcon icon;       // the glyph in the normal look
+    QIcon filledIcon; // the glyph when the slot has an image
     QToolButton* button = nullptr;
     char16_t glyph = 0;
 };
@@ -86,6 +90,11 @@ public:
     // The file a slot's image comes from in its state; empty when it has none.
     QString sourceFile(const ViewSlot& slot) const;
     bool filled(const ViewSlot& slot) const { return !sourceFile(slot).isEmpty(); }
+    // The slot's original in the working folder, copied there now if it was not yet; the
+    // catalog's file when the copy cannot be made.
+    QString original(ViewSlot& slot);
+    // Copies every original not yet in the working folder.
+    void extractOriginals();
     const QString& selection() const { return m_selection; }
 
 private:

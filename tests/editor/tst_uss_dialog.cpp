@@ -98,6 +98,7 @@ private slots:
     void categoriesOfACommand_data();
     void categoriesOfACommand();
     void originalsAreExtractedAndOffered();
+    void originalIsUnloadedWithoutAWorkingCopy();
     void unreadableDescriptionIsReported();
     void acceptChecksStopWithTheirWarning_data();
     void acceptChecksStopWithTheirWarning();
@@ -254,6 +255,26 @@ void UssDialogTest::originalsAreExtractedAndOffered()
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), testing::svgDocument);
     QCOMPARE(setup.script.settings.value("FragmentPath"), QFileInfo(saved).absolutePath());
+}
+
+void UssDialogTest::originalIsUnloadedWithoutAWorkingCopy()
+{
+    // The working folder cannot be made (a file stands in its way): the original is still
+    // offered, and unloading it writes the element's image from the catalog.
+    Setup setup;
+    es_stdsize_t* source = testing::sourceElement(setup.catalog);
+    const QString blocker = setup.catalog.writeFile("blocker", "not a folder");
+    UssDialog dialog(nullptr, source, readControlList(setup.commands, "pipe"), setup.commands,
+                     {"pipe"}, {}, {}, 1, QDir(blocker).filePath("work"), {}, false, 0,
+                     setup.script.environment());
+    QVERIFY(child<QRadioButton>(&dialog, "qViewPreFileRadio")->isChecked());
+    const QString saved = setup.catalog.dir.filePath("front.frw");
+    setup.script.chosen << saved;
+    click(&dialog, "qViewPreFileBut");
+    QFile file(saved);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), testing::svgDocument);
+    QVERIFY(!QFileInfo::exists(QDir(blocker).filePath("work")));
 }
 
 void UssDialogTest::acceptChecksStopWithTheirWarning_data()

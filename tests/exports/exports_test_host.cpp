@@ -106,7 +106,15 @@ int main(int argc, char* argv[])
         library.resolve("OPEN_CHOSE_DIRECTORY_DIALOG"));
     auto fileSaving = reinterpret_cast<decltype(&OPEN_FILE_SAVING_DIALOG)>(
         library.resolve("OPEN_FILE_SAVING_DIALOG"));
-    if (!selectPart || !saveCdw || !chooseDirectory || !fileSaving) return 3;
+    auto updateNotice = reinterpret_cast<decltype(&uss_show_update_dialog)>(
+        library.resolve("uss_show_update_dialog"));
+    auto medium =
+        reinterpret_cast<decltype(&engsys_medium_dialog)>(library.resolve("engsys_medium_dialog"));
+    auto editor = reinterpret_cast<decltype(&uss_create_clone_edit)>(
+        library.resolve("uss_create_clone_edit"));
+    if (!selectPart || !saveCdw || !chooseDirectory || !fileSaving || !updateNotice || !medium ||
+        !editor)
+        return 3;
 
     QStringList wanted = QCoreApplication::arguments().mid(1);
     const qsizetype theme = wanted.indexOf("--theme");
@@ -124,7 +132,8 @@ int main(int argc, char* argv[])
     const QStringList order =
         wanted.isEmpty() ? QStringList{"engsys_select_part_dialog", "OPEN_SAVE_CDW_DIALOG",
                                        "OPEN_CHOSE_DIRECTORY_DIALOG", "OPEN_FILE_SAVING_DIALOG",
-                                       "uss_show_update_dialog", "engsys_medium_dialog"}
+                                       "uss_show_update_dialog", "engsys_medium_dialog",
+                                       "uss_create_clone_edit"}
                          : wanted;
     for (const QString& name : order) {
         if (name == "engsys_select_part_dialog") {
@@ -145,20 +154,20 @@ int main(int argc, char* argv[])
             report("OPEN_FILE_SAVING_DIALOG",
                    chosen ? "\"" + QString::fromWCharArray(chosen) + "\"" : QStringLiteral("null"));
         } else if (name == "uss_show_update_dialog") {
-            auto updateNotice = reinterpret_cast<decltype(&uss_show_update_dialog)>(
-                library.resolve("uss_show_update_dialog"));
-            if (!updateNotice) return 3;
             bool popup = false;
             report("uss_show_update_dialog",
                    QString::number(updateNotice(window.winId(), L"Обновление", L"Найдено 2", &popup)));
         } else if (name == "engsys_medium_dialog") {
-            auto medium = reinterpret_cast<decltype(&engsys_medium_dialog)>(
-                library.resolve("engsys_medium_dialog"));
-            if (!medium) return 3;
             const char* record = "untouched";
             const bool applied = medium(window.winId(), true, false,
                                         R"({"version":1,"sysName":"Т1","prefix":"Т"})", &record);
             report("engsys_medium_dialog", QString::number(applied) + " " + record);
+        } else if (name == "uss_create_clone_edit") {
+            // A new element with nothing to offer: closing the editor writes nothing.
+            marlouss_edit_request_t request{};
+            request.size = sizeof(request);
+            request.parent = window.winId();
+            report("uss_create_clone_edit", QString::number(editor(&request)));
         }
     }
     QTextStream(stdout) << "language_changes " << changes.count << Qt::endl;

@@ -93,6 +93,8 @@ void HostProcessTest::dialogExport_data()
                                    << "1";
     QTest::newRow("medium") << "engsys_medium_dialog"
                             << "0 untouched";
+    QTest::newRow("element editor") << "uss_create_clone_edit"
+                                    << "0";
 }
 
 void HostProcessTest::dialogExport()
