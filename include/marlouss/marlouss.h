@@ -177,6 +177,20 @@ typedef struct marlouss_edit_request_t
  * the writing failed (then nothing is written). */
 MARLOUSS_API bool uss_create_clone_edit(marlouss_edit_request_t* request);
 
+/* ---- exchange: export ---------------------------------------------------------------------- */
+
+/* Shows the export dialog over parent with every user element of the catalog grouped by
+ * library, packet and folder; asks for the archive's file and writes the chosen elements into
+ * it. Returns true when the archive was written; false when the catalog holds no element, the
+ * user cancelled or the writing failed (the user was told). */
+MARLOUSS_API bool uss_export_all(es_provider_t* provider, marlouss_window_t parent);
+
+/* Exports the elements named by list: packet names and element ids in turn, separated by
+ * separator. Asks for the archive's file and writes the found elements into it. Returns false
+ * at once, without a word, for an odd number of parts or when no pair names an element. */
+MARLOUSS_API bool uss_export_from_list(const wchar_t* list, const wchar_t* separator,
+                                       es_provider_t* provider);
+
 #ifdef __cplusplus
 }
 #endif

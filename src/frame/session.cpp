@@ -141,6 +141,35 @@ QString host_version()
     }
 }
 
+namespace {
+
+void invoke_quietly(abi::automation_member member, const abi::variant_t* args, unsigned count)
+{
+    try {
+        com_ptr<abi::IAutomation> automation = gapi::automation();
+        if (!automation) return;
+        abi::variant_t v = invoke(automation.get(), member, abi::invoke_method, args, count);
+        v.clear();
+    } catch (...) {
+        // A host that cannot take the notice still runs the operation.
+    }
+}
+
+} // namespace
+
+void host_long_operation(bool started)
+{
+    abi::variant_t arg;
+    arg.type = abi::vt_bool;
+    arg.boolean = started ? -1 : 0;
+    invoke_quietly(abi::disp_long_operation, &arg, 1);
+}
+
+void host_process_messages()
+{
+    invoke_quietly(abi::disp_process_messages, nullptr, 0);
+}
+
 bool host_message(const QString& text)
 {
     try {

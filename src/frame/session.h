@@ -27,6 +27,11 @@ QString host_folder(int kind);
 // Version text of the running host ("23.1"); empty when it cannot be determined.
 QString host_version();
 
+// Tells the host that a long operation starts (true) or has ended (false), and lets it
+// process its pending messages during one. Nothing happens without a host.
+void host_long_operation(bool started);
+void host_process_messages();
+
 // Shows a text to the user through the host; false when it was not shown.
 bool host_message(const QString& text);
 

@@ -42,7 +42,6 @@ public:
             m_window = std::make_unique<QWidget>(m_parent, Qt::Dialog);
             m_window->setObjectName(QStringLiteral("exportProgress"));
             m_window->setWindowTitle(texts::exportDialogCaption());
-            m_window->setWindowModality(Qt::ApplicationModal);
             auto* layout = new QVBoxLayout(m_window.get());
             m_label = new QLabel(m_window.get());
             m_label->setObjectName(QStringLiteral("progressLabel"));

@@ -289,6 +289,8 @@ void ExportUssDialog::build()
     m_tree->setModel(m_treeModel);
     m_checkList->setModel(m_checkModel);
     m_chosenList->setModel(m_chosenModel);
+    // Libraries open on their packets; folders open on demand.
+    m_tree->expandToDepth(0);
 
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& current) { showElementsOf(current); });

@@ -172,6 +172,8 @@ enum automation_member : std::int32_t
     disp_document_count = 30, // property get -> i4
     disp_document_path = 31,  // method (i4 index) -> string
     disp_folder = 45,         // method (i4 kind) -> string: the host's folder of that kind
+    disp_long_operation = 46, // method (bool started) -> nothing: a long operation starts/ends
+    disp_process_messages = 47, // method -> nothing: the host processes its pending messages
 };
 
 struct IAutomation : IUnknown
