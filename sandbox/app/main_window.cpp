@@ -1,5 +1,6 @@
 #include "main_window.h"
 
+#include "headless_export.h"
 #include "headless_update.h"
 #include "host_calls.h"
 #include "sample_editor.h"
@@ -130,6 +131,18 @@ void MainWindow::addActions()
         [this] { return callIsRtwUpdated(m_library, QStringLiteral("КРАН ШАРОВЫЙ")); });
     add(QStringLiteral("uss_reload_updated_rtw"), m_library.reloadUpdatedRtw != nullptr,
         [this] { return callReloadUpdatedRtw(m_library); });
+    // Export: everything chosen in the dialog, and the element selected in the tree as a list.
+    add(QStringLiteral("uss_export_all"), true,
+        [this] { return callExportAll(m_library, winId(), m_provider); });
+    add(QStringLiteral("uss_export_from_list"), true, [this] {
+        QString packet, id;
+        QTreeWidgetItem* item = m_tree->currentItem();
+        for (QTreeWidgetItem* at = item; at && at->parent(); at = at->parent())
+            packet = at->text(0);
+        if (item && item->childCount() == 0) id = item->text(0);
+        return callExportFromList(m_library, packet + QStringLiteral(";") + id,
+                                  QStringLiteral(";"), m_provider);
+    });
     // The element editor on the element selected in the tree (its packet is the tree's second
     // level); the tree is read again after an element was written.
     for (const auto& [text, mode] : {std::pair{"create", 0u}, {"clone", 1u}, {"edit", 2u}}) {

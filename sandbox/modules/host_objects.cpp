@@ -242,6 +242,13 @@ public:
             r.type = vt_string;
             r.str = new_string(folder(args[0].i4));
             break;
+        case disp_long_operation:
+            if (argc != 1 || args[0].type != vt_bool) return e_invalidarg;
+            note_long_operation(args[0].boolean != 0);
+            return ok;
+        case disp_process_messages:
+            process_messages();
+            return ok;
         case disp_message:
             if (argc != 1 || args[0].type != vt_string) return e_invalidarg;
             present_message(text_of(args[0].str), QString(), 0, false);

@@ -4,6 +4,7 @@
 
 #include "../../src/frame/host/com_object.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QHash>
 #include <QImage>
@@ -44,6 +45,8 @@ struct State
     QString lastError;
     std::map<std::uint32_t, gapi::abi::IAppEvents*> sinks;
     std::uint32_t nextCookie = 1;
+    QList<bool> longOperations;
+    int messageRounds = 0;
 };
 
 // Never destroyed: module objects may still be released while the process exits.
@@ -178,6 +181,33 @@ void set_message_presenter(MessagePresenter presenter)
 {
     Lock lock(state().mutex);
     state().presenter = std::move(presenter);
+}
+
+void note_long_operation(bool started)
+{
+    Lock lock(state().mutex);
+    state().longOperations.push_back(started);
+}
+
+QList<bool> long_operation_notices()
+{
+    Lock lock(state().mutex);
+    return state().longOperations;
+}
+
+void process_messages()
+{
+    {
+        Lock lock(state().mutex);
+        ++state().messageRounds;
+    }
+    QCoreApplication::processEvents();
+}
+
+int processed_message_rounds()
+{
+    Lock lock(state().mutex);
+    return state().messageRounds;
 }
 
 // Used by the module objects.
@@ -417,6 +447,8 @@ void reset()
     s.presenter = {};
     s.documents.clear();
     s.lastError.clear();
+    s.longOperations.clear();
+    s.messageRounds = 0;
 }
 
 QList<LayerInfo> document_layers(int id)

@@ -77,6 +77,15 @@ SANDBOX_HOST_API void clear_shown();
 using MessagePresenter = std::function<int(const QString& text, const QString& caption, int style)>;
 SANDBOX_HOST_API void set_message_presenter(MessagePresenter presenter);
 
+// ---- long operations ---------------------------------------------------------------------
+
+// A library's notices that a long operation starts (true) or ends (false), in order.
+SANDBOX_HOST_API void note_long_operation(bool started);
+SANDBOX_HOST_API QList<bool> long_operation_notices();
+// Processes the application's pending events, as the host's message loop would, and counts it.
+SANDBOX_HOST_API void process_messages();
+SANDBOX_HOST_API int processed_message_rounds();
+
 // ---- documents -----------------------------------------------------------------------------
 
 // Host documents are small SVG files: <svg data-version="231"> with layers <g data-layer="N">,
