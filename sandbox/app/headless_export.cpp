@@ -226,6 +226,9 @@ CallResult runHeadlessExport(MarloUssLibrary& library, MainWindow& window, Modal
             filter->clear();
         if (auto* box = d->findChild<QCheckBox*>(QStringLiteral("checkBox_SelectAll")))
             box->click();
+        // Models and fragments go through the host's save in the earlier format.
+        if (auto* box = d->findChild<QCheckBox*>(QStringLiteral("checkBox_PrevVer")))
+            box->setChecked(true);
         const int total = elementCount(provider);
         const QString label = labelText(d, QStringLiteral("m_label"));
         if (label != QStringLiteral("Элементы для экспорта (%1/%1)").arg(total))
@@ -238,7 +241,8 @@ CallResult runHeadlessExport(MarloUssLibrary& library, MainWindow& window, Modal
     script.expect({}, saveAs(all));
     script.expect({}, runs.told(QStringLiteral("Экспорт пользовательских элементов завершен")));
     failures += !runs.run(
-        "export all", [&] { return callExportAll(library, handle, provider); }, true, all);
+        "export all, previous version", [&] { return callExportAll(library, handle, provider); },
+        true, all);
 
     // The dialog in the dark theme, left with Cancel: nothing is asked or written.
     set_theme(theme_dark);

@@ -4,12 +4,14 @@
 #include "frame/host/gapi.h"
 #include "frame/host/gstring.h"
 #include "frame/host/host_error.h"
+#include "frame/session.h"
 
 #include "host_state.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 using namespace gapi;
 
@@ -25,6 +27,7 @@ private slots:
     void automationRefusesUnknownCalls_data();
     void automationRefusesUnknownCalls();
     void objectsAnswerOnlyTheirIdentities();
+    void longOperationAndMessagesReachTheHost();
 
 private:
     QTemporaryDir m_dir;
@@ -101,6 +104,8 @@ void SandboxHostTest::automationRefusesUnknownCalls_data()
     QTest::newRow("folder without its kind")
         << int(abi::disp_folder) << 0 << int(abi::e_invalidarg);
     QTest::newRow("message without text") << int(abi::disp_message) << 0 << int(abi::e_invalidarg);
+    QTest::newRow("long operation without its flag")
+        << int(abi::disp_long_operation) << 0 << int(abi::e_invalidarg);
 }
 
 void SandboxHostTest::automationRefusesUnknownCalls()
@@ -130,6 +135,21 @@ void SandboxHostTest::objectsAnswerOnlyTheirIdentities()
     // Later acquisitions give the cached objects.
     QCOMPARE(application7().get(), app.get());
     QCOMPARE(native_application().get(), native_application().get());
+}
+
+void SandboxHostTest::longOperationAndMessagesReachTheHost()
+{
+    sandbox::reset();
+    bool delivered = false;
+    QTimer::singleShot(0, [&] { delivered = true; });
+    host_long_operation(true);
+    host_process_messages();
+    host_process_messages();
+    host_long_operation(false);
+    QCOMPARE(sandbox::long_operation_notices(), (QList<bool>{true, false}));
+    QCOMPARE(sandbox::processed_message_rounds(), 2);
+    // Processing the host's messages delivers what was pending.
+    QVERIFY(delivered);
 }
 
 QTEST_GUILESS_MAIN(SandboxHostTest)
