@@ -26,7 +26,7 @@ static void initCompareResources()
 namespace exchange {
 namespace {
 
-const CompareSlotSpec kSlots[kCompareSlotCount] = {
+const CompareSlotRow kSlots[kCompareSlotCount] = {
     {"qCTop", "Сверху", 1, 0, "up"},
     {"qCFront", "Спереди", 2, 0, "f"},
     {"qCBack", "Сзади", 3, 0, "back"},
@@ -42,24 +42,24 @@ const CompareSlotSpec kSlots[kCompareSlotCount] = {
 };
 
 // The catalog's first projection of the slot's pair, or null.
-es_projection_t* catalogProjection(es_stdsize_t* element, const CompareSlotSpec& spec)
+es_projection_t* catalogProjection(es_stdsize_t* element, const CompareSlotRow& row)
 {
     if (!element) return nullptr;
     es_projections_t* list = stdsize_GetProjections(element);
     const uint32_t count = projections_GetProjectioCount(list);
     for (uint32_t i = 0; i < count; ++i) {
         es_projection_t* projection = projections_GetProjection(list, i);
-        if (int(projection_GetType(projection)) == spec.projectionType &&
-            int(projection_GetViewType(projection)) == spec.viewType)
+        if (int(projection_GetType(projection)) == row.projectionType &&
+            int(projection_GetViewType(projection)) == row.viewType)
             return projection;
     }
     return nullptr;
 }
 
-const ProjectionRecord* recordProjection(const ImportRecord& record, const CompareSlotSpec& spec)
+const ProjectionRecord* recordProjection(const ImportRecord& record, const CompareSlotRow& row)
 {
     for (const ProjectionRecord& projection : record.prj) {
-        if (projection.type == spec.projectionType && projection.view == spec.viewType)
+        if (projection.type == row.projectionType && projection.view == row.viewType)
             return &projection;
     }
     return nullptr;
@@ -77,7 +77,7 @@ QString extracted(ImportArchive& archive, const QString& entry)
 
 } // namespace
 
-const CompareSlotSpec& compareSlotSpec(int index)
+const CompareSlotRow& compareSlotRow(int index)
 {
     return kSlots[index];
 }
@@ -98,9 +98,9 @@ CompareSlot compareSlot(int index, es_stdsize_t* mine, const ImportRecord& impor
         slot.differs = !mineHas || edw::fromEs(model_GetDigest(model)) != imported.model->digest;
         return slot;
     }
-    const CompareSlotSpec& spec = kSlots[index];
-    es_projection_t* mineProjection = catalogProjection(mine, spec);
-    const ProjectionRecord* importProjection = recordProjection(imported, spec);
+    const CompareSlotRow& row = kSlots[index];
+    es_projection_t* mineProjection = catalogProjection(mine, row);
+    const ProjectionRecord* importProjection = recordProjection(imported, row);
     if (!mineProjection && !importProjection) return slot;
     slot.enabled = true;
     slot.ext = QStringLiteral(".frw");

@@ -22,7 +22,7 @@ class ImportArchive;
 
 // One view button of the comparison and property views: the projection it stands for (the
 // model for the last one) and its icon's base name under ":/red/" and ":/clean/".
-struct CompareSlotSpec
+struct CompareSlotRow
 {
     const char* button;
     const char* toolTip;
@@ -32,7 +32,7 @@ struct CompareSlotSpec
 };
 constexpr int kCompareSlotCount = 12;
 constexpr int kCompareModelSlot = 11;
-const CompareSlotSpec& compareSlotSpec(int index);
+const CompareSlotRow& compareSlotRow(int index);
 
 // What one view button shows: the extracted file of the import record, the catalog's file of
 // the same slot and whether the two differ.
