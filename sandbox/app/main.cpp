@@ -7,6 +7,7 @@
 #include "main_window.h"
 #include "marlouss_library.h"
 #include "sample_catalog.h"
+#include "sample_libraries.h"
 
 #include <esdata/esdata.h>
 
@@ -61,6 +62,7 @@ int main(int argc, char* argv[])
         sandbox::set_folder(kind, folder);
     }
     sandbox::set_theme(sandbox::theme_light);
+    sandbox::writeSampleLibraries(hostRoot + "/system");
 
     QString error;
     es_provider_t* provider = sandbox::openSampleCatalog(catalogPath, &error);
