@@ -165,6 +165,7 @@ private slots:
     void chooserStartsInTheRememberedFolder();
     void unreadableHostVersionIsToldAndMarksNothing();
     void decisionsReachTheCatalog();
+    void rowsAreGroupedByLibrary();
     void cancelledDecisionsWriteNothing();
     void progressQuestionStopsOnlyOnCancel_data();
     void progressQuestionStopsOnlyOnCancel();
@@ -588,6 +589,46 @@ void TestImportDialog::decisionsReachTheCatalog()
     // Kept and same elements are untouched.
     QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF2")), conf2Before);
     QCOMPARE(dump(m_target->find("ПЭ_Трубы", "SAME")), sameBefore);
+}
+
+void TestImportDialog::rowsAreGroupedByLibrary()
+{
+    // The library claims the pipes; the valves of another packet are claimed by none.
+    QTemporaryDir root;
+    QDir().mkpath(root.filePath("EngSys_TX/MarloDB"));
+    ziptest::writeFile(root.filePath("EngSys_TX/MarloDB/PipingTX.xml"),
+                       R"(<?xml version="1.0" encoding="utf-8"?>
+<library name="Трубопроводы"><catalogs><catalog name="ПЭ_Трубы" view="table" grid="1"/>
+</catalogs><commands><command name="piping"><subcommand name="s">
+<uss-toolbar name="Пользовательские трубопроводы" catalog="ПЭ_Трубы"/></subcommand></command>
+</commands></library>)");
+    es_stdsize_t* valve = m_source->addElement("Арматура", "Краны", "VALVE");
+    const QString path = standardArchive();
+    QVERIFY(ExportUss::Export(path, {valve, m_source->find("ПЭ_Трубы", "NEW1"),
+                                     m_source->find("ПЭ_Трубы", "CONF")},
+                              false));
+    exchange::ImportEnvironment environment = scripted(path);
+    environment.libraryRoot = root.path();
+    QStringList libraries;
+    QList<QStringList> rows;
+    Play play;
+    play.then("ImportUssDialog", [&](QWidget* d) {
+        QAbstractItemModel* model = d->findChild<QTreeView*>("treeWidget")->model();
+        for (int g = 0; g < model->rowCount(); ++g) {
+            const QModelIndex group = model->index(g, 0);
+            libraries << group.data().toString();
+            QStringList ids;
+            for (int r = 0; r < model->rowCount(group); ++r)
+                ids << model->index(r, 0, group).data().toString();
+            rows << ids;
+        }
+        click(d, "cancelButton");
+    });
+    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, environment));
+    QCOMPARE(libraries, QStringList({"Каталог: Трубопроводы    Команда: Пользовательские "
+                                     "трубопроводы",
+                                     "Каталог: Остальные"}));
+    QCOMPARE(rows, QList<QStringList>({{"NEW1", "CONF"}, {"VALVE"}}));
 }
 
 void TestImportDialog::cancelledDecisionsWriteNothing()

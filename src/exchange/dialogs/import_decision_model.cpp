@@ -1,6 +1,7 @@
 #include "import_decision_model.h"
 
 #include "exchangetexts.h"
+#include "library_groups.h"
 
 #include <catalog/esconvert.h>
 
@@ -151,7 +152,7 @@ QVariant ImportDecisionModel::data(const QModelIndex& index, int role) const
         case Qt::DisplayRole:
             return group.command.isEmpty()
                        ? group.title
-                       : group.title + QStringLiteral("    Команда: ") + group.command;
+                       : group.title + QStringLiteral("    ") + commandLabel(group.command);
         case RecordRole:
             return -1;
         default:

@@ -15,7 +15,7 @@ namespace exchange {
 // The records of one library, as the import dialog shows them under one top row.
 struct ImportGroup
 {
-    QString title;   // "Каталог", or the library's name
+    QString title;   // "Каталог: " and the library's name
     QString command; // the library's toolbar command; empty when it has none
     std::vector<size_t> records; // indexes into the archive's records, in archive order
 };

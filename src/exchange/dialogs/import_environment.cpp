@@ -5,6 +5,9 @@
 #include "importarchive.h"
 #include "importdecision.h"
 #include "importworker.h"
+#include "library_groups.h"
+
+#include <catalog/catalog_tree.h>
 
 #include "look/look.h"
 
@@ -22,15 +25,37 @@ namespace {
 
 const QString folderKey = QStringLiteral("uss_import_path");
 
-// Every record in one library, in archive order.
-std::vector<ImportGroup> catalogGroups(const std::vector<ImportRecord>& records)
+// The records by library: the packets the records name, in the order they first appear,
+// grouped by the library configuration files; each group's records in archive order.
+std::vector<ImportGroup> libraryGroups(const std::vector<ImportRecord>& records, int kind,
+                                       const QString& libraryRoot, QStringList* errors)
 {
-    ImportGroup group;
-    group.title = QStringLiteral("Каталог");
-    group.records.reserve(records.size());
-    for (size_t i = 0; i < records.size(); ++i)
-        group.records.push_back(i);
-    return {std::move(group)};
+    QStringList packets;
+    QHash<QString, int> packetIndex;
+    std::vector<int> recordPacket;
+    recordPacket.reserve(records.size());
+    for (const ImportRecord& record : records) {
+        auto it = packetIndex.constFind(record.packet);
+        if (it == packetIndex.constEnd()) {
+            it = packetIndex.insert(record.packet, int(packets.size()));
+            packets << record.packet;
+        }
+        recordPacket.push_back(*it);
+    }
+    const LibraryGrouping grouping = groupPackets(packets, kind, libraryRoot);
+    *errors << grouping.errors;
+    std::vector<int> groupOfPacket(size_t(packets.size()), -1);
+    std::vector<ImportGroup> groups;
+    for (const LibraryGroup& library : grouping.groups) {
+        for (const int packet : library.packets)
+            groupOfPacket[size_t(packet)] = int(groups.size());
+        groups.push_back({QStringLiteral("Каталог: ") + library.name, library.command, {}});
+    }
+    for (size_t i = 0; i < records.size(); ++i) {
+        const int group = groupOfPacket[size_t(recordPacket[i])];
+        if (group >= 0) groups[size_t(group)].records.push_back(i);
+    }
+    return groups;
 }
 
 } // namespace
@@ -98,8 +123,12 @@ bool runUssImport(es_provider_t* provider, QWidget* parent, const ImportEnvironm
     if (!hostNumber) tell(QMessageBox::Warning, texts::hostVersionUnknown());
 
     {
-        ImportUssDialog dialog(archive, decisions, catalogGroups(archive.records()), hostNumber,
-                               parent);
+        QStringList errors;
+        std::vector<ImportGroup> groups = libraryGroups(
+            archive.records(), edw::libraryKind(provider), environment.libraryRoot, &errors);
+        for (const QString& error : errors)
+            tell(QMessageBox::Warning, error);
+        ImportUssDialog dialog(archive, decisions, std::move(groups), hostNumber, parent);
         dialog.setHelp(environment.help);
         dialog.setCompare(environment.compare);
         if (dialog.exec() != QDialog::Accepted) return false;

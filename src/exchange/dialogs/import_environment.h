@@ -35,6 +35,8 @@ struct ImportEnvironment
     // The running host's version text ("23.1"); empty when it cannot be read.
     std::function<QString()> hostVersion;
     std::function<void()> help;
+    // The host's library root, below which the library configuration files lie.
+    QString libraryRoot;
     // The comparison of a conflict; none leaves the compare buttons without effect.
     ImportUssDialog::Compare compare;
     // Called with each dialog just before it runs (the sandbox takes pictures, tests drive).

@@ -64,7 +64,7 @@ void ImportUssDialog::buildWidgets()
     m_tree->header()->resizeSection(ImportDecisionModel::MineColumn, 200);
     m_tree->header()->resizeSection(ImportDecisionModel::ImportedColumn, 200);
     m_tree->header()->resizeSection(ImportDecisionModel::CompareColumn, 100);
-    m_tree->expandAll();
+    showTree();
     connect(m_delegate, &ImportRowDelegate::compareRequested, this, [this](const QModelIndex& i) {
         m_compared = i;
         OnClickEqualButton();
@@ -126,16 +126,24 @@ void ImportUssDialog::buildWidgets()
     qt::attach_styled_frame(this);
 }
 
+void ImportUssDialog::showTree()
+{
+    // A library's row reads across the whole width: its name and command are long.
+    for (int row = 0; row < m_filter->rowCount(); ++row)
+        m_tree->setFirstColumnSpanned(row, QModelIndex(), true);
+    m_tree->expandAll();
+}
+
 void ImportUssDialog::ShowConflictsOnly(int state)
 {
     m_filter->setConflictsOnly(state == Qt::Checked);
-    m_tree->expandAll();
+    showTree();
 }
 
 void ImportUssDialog::OnFilterTextChanged(const QString& text)
 {
     m_filter->setText(text);
-    m_tree->expandAll();
+    showTree();
 }
 
 void ImportUssDialog::OnClickHelpButton()

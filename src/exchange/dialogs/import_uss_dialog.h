@@ -61,6 +61,7 @@ public slots:
 
 private:
     void buildWidgets();
+    void showTree();
 
     ImportArchive& m_archive;
     ImportDecisionModel* m_model = nullptr;

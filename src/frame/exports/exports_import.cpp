@@ -21,6 +21,8 @@ exchange::ImportEnvironment libraryEnvironment()
         write_setting(key, value);
     };
     environment.hostVersion = [] { return host_version(); };
+    // The host's system folder holds its library set.
+    environment.libraryRoot = host_folder(1);
     return environment;
 }
 
