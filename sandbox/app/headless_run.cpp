@@ -3,6 +3,7 @@
 #include "export_calls.h"
 #include "headless_update.h"
 #include "headless_editor.h"
+#include "headless_import.h"
 
 #include "host_calls.h"
 #include "main_window.h"
@@ -206,6 +207,9 @@ int runHeadless(MarloUssLibrary& library, MainWindow& window, const QString& wor
                    [&run](const auto& call, const auto& verdict) { run.step(call, verdict); });
 
     run.step([&] { return runHeadlessEditor(library, window, script, workFolder, shotFolder); },
+             [](const CallResult& r) { return r.value ? QStringLiteral("see above") : QString(); });
+
+    run.step([&] { return runHeadlessImport(library, window, script, workFolder, shotFolder); },
              [](const CallResult& r) { return r.value ? QStringLiteral("see above") : QString(); });
 
     // The job calls every export the public header declares.

@@ -1,5 +1,6 @@
 #include "main_window.h"
 
+#include "headless_import.h"
 #include "headless_update.h"
 #include "host_calls.h"
 #include "sample_editor.h"
@@ -130,6 +131,14 @@ void MainWindow::addActions()
         [this] { return callIsRtwUpdated(m_library, QStringLiteral("КРАН ШАРОВЫЙ")); });
     add(QStringLiteral("uss_reload_updated_rtw"), m_library.reloadUpdatedRtw != nullptr,
         [this] { return callReloadUpdatedRtw(m_library); });
+    add(QStringLiteral("uss_import"), true, [this] {
+        const CallResult result = callImport(m_library, winId(), m_provider);
+        if (result.value == 1) {
+            m_tree->clear();
+            fillTree();
+        }
+        return result;
+    });
     // The element editor on the element selected in the tree (its packet is the tree's second
     // level); the tree is read again after an element was written.
     for (const auto& [text, mode] : {std::pair{"create", 0u}, {"clone", 1u}, {"edit", 2u}}) {
