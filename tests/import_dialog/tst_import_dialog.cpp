@@ -4,6 +4,7 @@
 #include "import_environment.h"
 #include "import_progress_dialog.h"
 #include "import_uss_dialog.h"
+#include "modal_answer.h"
 #include "ziptestsupport.h"
 
 #include <QAction>
@@ -156,6 +157,9 @@ private slots:
     void rowsShowWhatEachRecordNeeds();
     void choicesDecideWhatIsKept_data();
     void choicesDecideWhatIsKept();
+    void comparisonSettlesTheRow_data();
+    void comparisonSettlesTheRow();
+    void comparisonOfALaterRecordCannotReplace();
     void hiddenRowsKeepTheirChoices_data();
     void hiddenRowsKeepTheirChoices();
     void checksTellTheirMessageAndOpenNoDialog_data();
@@ -245,6 +249,7 @@ QString TestImportDialog::standardArchive()
     setModel(later, s.writeFile("later.m3d", "later model"), {}, "Литая", 240);
     es_stdsize_t* new2 = element("NEW2", "Стальные", "02.03.2024 11:15:00", "boris");
     es_stdsize_t* conf2 = element("CONF2", "Стальные", "07.03.2024 07:05:00", "zoya");
+    setModel(conf2, s.writeFile("conf2.m3d", "conf2 model"), {}, "Поздняя", 232);
 
     auto older = [&](const QString& id, const QString& date, const QString& author) {
         es_stdsize_t* e = m_target->addElement("ПЭ_Трубы", "Стальные", id, "MINE");
@@ -362,6 +367,8 @@ void TestImportDialog::rowsShowWhatEachRecordNeeds()
     QCOMPARE(cell("LATER", 0, ImportDecisionModel::WarningRole).toString(),
              "<font color='red'>Элемент создан в более поздней версии Гравис-3D</font>");
     QVERIFY(!cell("LATER", 0, Qt::DecorationRole).value<QIcon>().isNull());
+    QVERIFY(cell("CONF2", 0, ImportDecisionModel::LaterVersionRole).toBool());
+    QVERIFY(!cell("CONF", 0, ImportDecisionModel::LaterVersionRole).toBool());
     QVERIFY(cell("NEW2", 0, ImportDecisionModel::WarningRole).toString().isEmpty());
     QVERIFY(cell("NEW2", 0, Qt::DecorationRole).isNull());
 
@@ -416,6 +423,60 @@ void TestImportDialog::choicesDecideWhatIsKept()
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
     // What stays, in the archive's order.
     QCOMPARE(idsOf(opened->archive.records()), kept);
+}
+
+void TestImportDialog::comparisonSettlesTheRow_data()
+{
+    QTest::addColumn<QString>("start");  // the row's choice before the comparison
+    QTest::addColumn<QString>("button"); // pressed in the comparison
+    QTest::addColumn<int>("checked");    // the row's checked choice column afterwards
+    QTest::newRow("imported replaces") << "CONF:1" << "impButton" << 2;
+    QTest::newRow("mine keeps") << "CONF:2" << "mineButton" << 1;
+    QTest::newRow("close changes nothing") << "CONF:2" << "closeButton" << 2;
+}
+
+void TestImportDialog::comparisonSettlesTheRow()
+{
+    QFETCH(QString, start);
+    QFETCH(QString, button);
+    QFETCH(int, checked);
+    auto opened = open(standardArchive());
+    QVERIFY(opened);
+    auto dialog = dialogFor(*opened);
+    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
+    clickChoice(tree, start);
+    QString title;
+    ModalAnswer answer([&](QWidget* compare) {
+        title = compare->windowTitle();
+        click(compare, button);
+    });
+    clickChoice(tree, "CONF:" + QString::number(ImportDecisionModel::CompareColumn));
+    QVERIFY(answer.answered());
+    QCOMPARE(title, "Сравнение параметров пользовательских элементов");
+    QVERIFY(rowOf(tree, "CONF", checked).data(ImportDecisionModel::CheckedRole).toBool());
+    QVERIFY(!rowOf(tree, "CONF", 3 - checked).data(ImportDecisionModel::CheckedRole).toBool());
+    // The other conflict is left as it was.
+    QVERIFY(rowOf(tree, "CONF2", 1).data(ImportDecisionModel::CheckedRole).toBool());
+    QCOMPARE(labelText(dialog.get(), "impCount"),
+             QStringLiteral("Количество элементов для импорта: %1 из 5").arg(checked == 2 ? 4 : 3));
+}
+
+void TestImportDialog::comparisonOfALaterRecordCannotReplace()
+{
+    auto opened = open(standardArchive());
+    QVERIFY(opened);
+    auto dialog = dialogFor(*opened);
+    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
+    QMap<QString, bool> replaceable;
+    for (const QString id : {"CONF", "CONF2"}) {
+        ModalAnswer answer([&](QWidget* compare) {
+            replaceable[id] = compare->findChild<QPushButton*>("impButton")->isEnabled();
+            click(compare, "closeButton");
+        });
+        clickChoice(tree, id + ":" + QString::number(ImportDecisionModel::CompareColumn));
+        QVERIFY(answer.answered());
+    }
+    QCOMPARE(replaceable, (QMap<QString, bool>{{"CONF", true}, {"CONF2", false}}));
 }
 
 void TestImportDialog::hiddenRowsKeepTheirChoices_data()

@@ -10,5 +10,4 @@ list(APPEND EXCHANGE_DIALOG_SOURCES
   ${CMAKE_CURRENT_LIST_DIR}/import_progress_dialog.cpp
   ${CMAKE_CURRENT_LIST_DIR}/import_progress_dialog.h
   ${CMAKE_CURRENT_LIST_DIR}/import_environment.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/import_environment.h
-  ${CMAKE_CURRENT_LIST_DIR}/import_resources/import.qrc)
+  ${CMAKE_CURRENT_LIST_DIR}/import_environment.h)

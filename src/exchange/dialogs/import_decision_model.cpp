@@ -9,11 +9,11 @@
 
 #include <algorithm>
 
-// The import's pictures live in the dialogs' archive; a program linking it statically must
-// register them before use.
+// The warning sign lives with the comparison's pictures in the dialogs' archive; a program
+// linking it statically must register them before use.
 static void initImportResources()
 {
-    Q_INIT_RESOURCE(import);
+    Q_INIT_RESOURCE(compare);
 }
 
 namespace exchange {

@@ -130,7 +130,7 @@ bool runUssImport(es_provider_t* provider, QWidget* parent, const ImportEnvironm
             tell(QMessageBox::Warning, error);
         ImportUssDialog dialog(archive, decisions, std::move(groups), hostNumber, parent);
         dialog.setHelp(environment.help);
-        dialog.setCompare(environment.compare);
+        if (environment.compare) dialog.setCompare(environment.compare);
         if (dialog.exec() != QDialog::Accepted) return false;
     }
     if (archive.records().empty()) return false;

@@ -37,7 +37,7 @@ struct ImportEnvironment
     std::function<void()> help;
     // The host's library root, below which the library configuration files lie.
     QString libraryRoot;
-    // The comparison of a conflict; none leaves the compare buttons without effect.
+    // The comparison of a conflict; none: CompareUssDialog.
     ImportUssDialog::Compare compare;
     // Called with each dialog just before it runs (the sandbox takes pictures, tests drive).
     std::function<void(ImportWorker& worker)> prepareWorker;

@@ -1,5 +1,6 @@
 #include "import_uss_dialog.h"
 
+#include "compare_uss_dialog.h"
 #include "import_row_delegate.h"
 #include "importarchive.h"
 
@@ -28,6 +29,20 @@ ImportUssDialog::ImportUssDialog(ImportArchive& archive, const std::vector<Decis
                                       this);
     m_filter = new ImportFilterModel(this);
     m_filter->setSourceModel(m_model);
+    // The comparison of a conflict settles its row with impButton or mineButton.
+    m_compare = [this](QWidget* parent, const ImportRecord& record,
+                       bool later) -> std::optional<bool> {
+        CompareUssDialog compare(record.existing, record, m_archive, later, parent);
+        compare.exec();
+        switch (compare.choice()) {
+        case CompareUssDialog::Choice::Imported:
+            return true;
+        case CompareUssDialog::Choice::Mine:
+            return false;
+        default:
+            return std::nullopt;
+        }
+    };
     buildWidgets();
     connect(m_model, &ImportDecisionModel::importCountChanged, this,
             [this] { OnToggleRadioButton(true); });

@@ -41,6 +41,7 @@ public:
     ~ImportUssDialog() override;
 
     void setHelp(std::function<void()> help) { m_help = std::move(help); }
+    // Replaces the comparison view (CompareUssDialog by default).
     void setCompare(Compare compare) { m_compare = std::move(compare); }
 
     ImportDecisionModel* decisions() const { return m_model; }
