@@ -326,9 +326,19 @@ CallResult runHeadlessImport(MarloUssLibrary& library, MainWindow& window, Modal
     // The full import: a conflict replaced, a new element left out, the writing paused by
     // Escape and resumed with OK.
     script.expect({}, runs.pick(archive));
+    // The comparison of a conflict settles it: impButton takes the colleague's pipe.
     script.expect("import-decisions-light", runs.act([&](QWidget* d) {
-        if (!clickRow(d, "PE100-SDR11-63", 2) || !clickRow(d, "ZDV-50", 2))
-            runs.problem("rows to click not found");
+        if (!clickRow(d, "ZDV-50", 2)) runs.problem("the valve's row not found");
+        QTimer::singleShot(0, d, [&runs, d] {
+            if (!clickRow(d, "PE100-SDR11-63", 5)) runs.problem("the conflict's row not found");
+        });
+    }));
+    script.expect("import-compare-light", runs.act([&](QWidget* d) {
+        if (d->windowTitle() != QStringLiteral("Сравнение параметров пользовательских элементов"))
+            runs.problem("expected the comparison, saw \"" + d->windowTitle() + "\"");
+        if (auto* imported = d->findChild<QAbstractButton*>("impButton")) imported->click();
+    }));
+    script.expect({}, runs.act([&](QWidget* d) {
         if (auto* ok = d->findChild<QAbstractButton*>("okButton")) ok->click();
     }));
     script.expect("import-question-light", runs.told("Вы действительно хотите прервать импорт "
