@@ -295,7 +295,7 @@ void ImportFilterModel::setConflictsOnly(bool on)
 {
     if (on == m_conflictsOnly) return;
     m_conflictsOnly = on;
-    invalidateRowsFilter();
+    invalidate();
 }
 
 void ImportFilterModel::setText(const QString& text)
@@ -303,7 +303,7 @@ void ImportFilterModel::setText(const QString& text)
     const QString trimmed = text.trimmed();
     if (trimmed == m_text) return;
     m_text = trimmed;
-    invalidateRowsFilter();
+    invalidate();
 }
 
 bool ImportFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
