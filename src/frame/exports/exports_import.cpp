@@ -23,6 +23,14 @@ exchange::ImportEnvironment libraryEnvironment()
     environment.hostVersion = [] { return host_version(); };
     // The host's system folder holds its library set.
     environment.libraryRoot = host_folder(1);
+    // The library's help file at its start: the import has no topic of its own. Help that
+    // cannot be opened shows nothing, as everywhere in the library.
+    environment.help = [] {
+        try {
+            show_help(0);
+        } catch (...) {
+        }
+    };
     return environment;
 }
 
