@@ -116,7 +116,8 @@ DialogTimes timeDialog(es_provider_t* target, const QString& archive)
             showConf->setChecked(false);
             dialog->repaint();
 
-            auto* replaceAll = dialog->findChild<QAction*>(QStringLiteral("replaceAllImportedAction"));
+            auto* replaceAll =
+                dialog->findChild<QAction*>(QStringLiteral("replaceAllImportedAction"));
             clock.start();
             replaceAll->trigger();
             dialog->repaint();

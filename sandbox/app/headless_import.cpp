@@ -101,7 +101,8 @@ bool prepareSource(es_provider_t* source)
             table_AddAttribute(table, u"USS_LAST_CHANGE_DATE", u"Дата изменения", ES_ATTR_TEXT);
         stdsize_SetValueS(element, name, es("Труба ПЭ100 " + id).c_str());
         stdsize_SetValueS(element, author, u"sandbox\\colleague");
-        stdsize_SetValueS(element, date, es(QStringLiteral("1%1.11.2026 08:00:00").arg(i % 10)).c_str());
+        stdsize_SetValueS(element, date,
+                          es(QStringLiteral("1%1.11.2026 08:00:00").arg(i % 10)).c_str());
     }
     // Two elements changed by a colleague since the target's copy was taken.
     for (const auto& [packet, id] : {std::pair{pipes, "PE100-SDR11-63"}, {bends, "OTV-90-63"}}) {
@@ -128,8 +129,8 @@ void sendClick(QWidget* viewport, const QPoint& at)
 {
     QMouseEvent press(QEvent::MouseButtonPress, at, viewport->mapToGlobal(at), Qt::LeftButton,
                       Qt::LeftButton, Qt::NoModifier);
-    QMouseEvent release(QEvent::MouseButtonRelease, at, viewport->mapToGlobal(at),
-                        Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    QMouseEvent release(QEvent::MouseButtonRelease, at, viewport->mapToGlobal(at), Qt::LeftButton,
+                        Qt::NoButton, Qt::NoModifier);
     QApplication::sendEvent(viewport, &press);
     QApplication::sendEvent(viewport, &release);
 }
@@ -229,7 +230,8 @@ public:
                 m_problems << QStringLiteral("expected \"%1\", saw \"%2\"")
                                   .arg(expected, texts.join(" | "));
             m_told << texts.join(" ");
-            if (auto* ok = box->findChild<QAbstractButton*>(QStringLiteral("okButton"))) ok->click();
+            if (auto* ok = box->findChild<QAbstractButton*>(QStringLiteral("okButton")))
+                ok->click();
         };
     }
 
@@ -238,8 +240,7 @@ public:
 
     // optional: answers at the end of the script that may be left (a window that was gone
     // before the script looked).
-    bool run(const QString& title, es_provider_t* target, bool writes, int theme,
-             int optional = 0)
+    bool run(const QString& title, es_provider_t* target, bool writes, int theme, int optional = 0)
     {
         set_theme(theme);
         const CallResult result = callImport(m_library, m_window.winId(), target);

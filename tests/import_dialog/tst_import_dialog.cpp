@@ -345,12 +345,12 @@ void TestImportDialog::rowsShowWhatEachRecordNeeds()
     QCOMPARE(cell("CONF", ImportDecisionModel::SecondChoiceColumn).toString(),
              "Заменить на импортируемый");
     // Defaults: add the new, keep mine.
-    QVERIFY(cell("NEW1", ImportDecisionModel::FirstChoiceColumn,
-                 ImportDecisionModel::CheckedRole).toBool());
-    QVERIFY(cell("CONF", ImportDecisionModel::FirstChoiceColumn,
-                 ImportDecisionModel::CheckedRole).toBool());
-    QVERIFY(!cell("CONF", ImportDecisionModel::SecondChoiceColumn,
-                  ImportDecisionModel::CheckedRole).toBool());
+    QVERIFY(cell("NEW1", ImportDecisionModel::FirstChoiceColumn, ImportDecisionModel::CheckedRole)
+                .toBool());
+    QVERIFY(cell("CONF", ImportDecisionModel::FirstChoiceColumn, ImportDecisionModel::CheckedRole)
+                .toBool());
+    QVERIFY(!cell("CONF", ImportDecisionModel::SecondChoiceColumn, ImportDecisionModel::CheckedRole)
+                 .toBool());
 
     // Both sides of a conflict, with their own authors and dates.
     QCOMPARE(cell("CONF", ImportDecisionModel::MineColumn).toString(),
@@ -380,8 +380,7 @@ void TestImportDialog::choicesDecideWhatIsKept_data()
     QTest::addColumn<QStringList>("steps"); // "ID:column" clicks, or "keep"/"replace" for all
     QTest::addColumn<QString>("count");
     QTest::addColumn<QStringList>("kept");
-    QTest::newRow("defaults") << QStringList() << "3 из 5"
-                              << QStringList{"NEW1", "LATER", "NEW2"};
+    QTest::newRow("defaults") << QStringList() << "3 из 5" << QStringList{"NEW1", "LATER", "NEW2"};
     QTest::newRow("a new one left out")
         << QStringList{"NEW1:2"} << "2 из 5" << QStringList{"LATER", "NEW2"};
     QTest::newRow("a new one left out and taken again")
@@ -417,8 +416,7 @@ void TestImportDialog::choicesDecideWhatIsKept()
             clickChoice(tree, step);
         }
     }
-    QCOMPARE(labelText(dialog.get(), "impCount"),
-             "Количество элементов для импорта: " + count);
+    QCOMPARE(labelText(dialog.get(), "impCount"), "Количество элементов для импорта: " + count);
     click(dialog.get(), "okButton");
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
     // What stays, in the archive's order.
@@ -430,9 +428,12 @@ void TestImportDialog::comparisonSettlesTheRow_data()
     QTest::addColumn<QString>("start");  // the row's choice before the comparison
     QTest::addColumn<QString>("button"); // pressed in the comparison
     QTest::addColumn<int>("checked");    // the row's checked choice column afterwards
-    QTest::newRow("imported replaces") << "CONF:1" << "impButton" << 2;
-    QTest::newRow("mine keeps") << "CONF:2" << "mineButton" << 1;
-    QTest::newRow("close changes nothing") << "CONF:2" << "closeButton" << 2;
+    QTest::newRow("imported replaces") << "CONF:1"
+                                       << "impButton" << 2;
+    QTest::newRow("mine keeps") << "CONF:2"
+                                << "mineButton" << 1;
+    QTest::newRow("close changes nothing") << "CONF:2"
+                                           << "closeButton" << 2;
 }
 
 void TestImportDialog::comparisonSettlesTheRow()
@@ -525,11 +526,13 @@ void TestImportDialog::checksTellTheirMessageAndOpenNoDialog_data()
     QTest::addColumn<QString>("kind");
     QTest::addColumn<QString>("message");
     QTest::newRow("not an archive") << "garbage" << exchange::texts::notExportFile();
-    QTest::newRow("no elements") << "empty" << "Файл не содержит пользовательских элементов";
+    QTest::newRow("no elements") << "empty"
+                                 << "Файл не содержит пользовательских элементов";
     QTest::newRow("another library")
-        << "other" << "Вы пытаетесь импортировать элементы, принадлежащие другой библиотеке.";
-    QTest::newRow("everything present")
-        << "present" << "Все импортируемые элементы присутствуют в базе.";
+        << "other"
+        << "Вы пытаетесь импортировать элементы, принадлежащие другой библиотеке.";
+    QTest::newRow("everything present") << "present"
+                                        << "Все импортируемые элементы присутствуют в базе.";
 }
 
 void TestImportDialog::checksTellTheirMessageAndOpenNoDialog()
@@ -598,10 +601,9 @@ void TestImportDialog::chooserStartsInTheRememberedFolder()
     QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
     QCOMPARE(m_chooserTitle, "Импорт пользовательских элементов");
     QCOMPARE(m_chooserFilter, "Пользовательские элементы (*.uss);;Все файлы (*.*)");
-    QCOMPARE(m_chooserFolder,
-             remembered.isEmpty()
-                 ? QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)
-                 : remembered);
+    QCOMPARE(m_chooserFolder, remembered.isEmpty() ? QStandardPaths::writableLocation(
+                                                         QStandardPaths::DocumentsLocation)
+                                                   : remembered);
     // The chosen file's folder is kept; a cancelled choice changes nothing and says nothing.
     QCOMPARE(m_settings.value("uss_import_path"),
              choose ? QFileInfo(path).absolutePath() : remembered);
@@ -665,9 +667,9 @@ void TestImportDialog::rowsAreGroupedByLibrary()
 </commands></library>)");
     es_stdsize_t* valve = m_source->addElement("Арматура", "Краны", "VALVE");
     const QString path = standardArchive();
-    QVERIFY(ExportUss::Export(path, {valve, m_source->find("ПЭ_Трубы", "NEW1"),
-                                     m_source->find("ПЭ_Трубы", "CONF")},
-                              false));
+    QVERIFY(ExportUss::Export(
+        path, {valve, m_source->find("ПЭ_Трубы", "NEW1"), m_source->find("ПЭ_Трубы", "CONF")},
+        false));
     exchange::ImportEnvironment environment = scripted(path);
     environment.libraryRoot = root.path();
     QStringList libraries;
@@ -746,7 +748,8 @@ void TestImportDialog::progressQuestionStopsOnlyOnCancel()
             Qt::DirectConnection);
         QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [](int done) {
             // After the bar has taken the count.
-            if (done == 3) QTimer::singleShot(0, [] {
+            if (done == 3)
+                QTimer::singleShot(0, [] {
                     if (QWidget* modal = QApplication::activeModalWidget())
                         QTest::keyClick(modal, Qt::Key_Escape);
                 });
@@ -807,15 +810,14 @@ void TestImportDialog::closeOnTheLastRecordAsksNothing()
                 if (done == 9) worker.setState(exchange::ImportWorker::Pause);
             },
             Qt::DirectConnection);
-        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker,
-                         [&worker](int done) {
-                             if (done != 9) return;
-                             QWidget* modal = QApplication::activeModalWidget();
-                             modal->close();
-                             // The refused close left the dialog up and the worker running.
-                             QVERIFY(modal->isVisible());
-                             QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
-                         });
+        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [&worker](int done) {
+            if (done != 9) return;
+            QWidget* modal = QApplication::activeModalWidget();
+            modal->close();
+            // The refused close left the dialog up and the worker running.
+            QVERIFY(modal->isVisible());
+            QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
+        });
     };
     Play play;
     play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });

@@ -192,8 +192,8 @@ QVariant ImportDecisionModel::data(const QModelIndex& index, int role) const
     case SecondChoiceColumn:
         if (role == Qt::DisplayRole) return choiceText(row.conflict, index.column());
         if (role == CheckedRole)
-            return (index.column() == FirstChoiceColumn) == (row.conflict ? !row.import
-                                                                          : row.import);
+            return (index.column() == FirstChoiceColumn) ==
+                   (row.conflict ? !row.import : row.import);
         return {};
     case MineColumn:
         if (role == Qt::DisplayRole && row.conflict) return sideText(record, true);
@@ -227,7 +227,8 @@ void ImportDecisionModel::setImport(size_t rowIndex, bool import)
     row.import = import;
     m_importCount += import ? 1 : -1;
     const auto& siblings = m_groupRows[size_t(row.group)];
-    const int at = int(std::find(siblings.begin(), siblings.end(), int(rowIndex)) - siblings.begin());
+    const int at =
+        int(std::find(siblings.begin(), siblings.end(), int(rowIndex)) - siblings.begin());
     const QModelIndex parent = index(row.group, 0);
     emit dataChanged(index(at, FirstChoiceColumn, parent), index(at, SecondChoiceColumn, parent),
                      {CheckedRole, ImportRole});

@@ -15,8 +15,8 @@ namespace exchange {
 // The records of one library, as the import dialog shows them under one top row.
 struct ImportGroup
 {
-    QString title;   // "Каталог: " and the library's name
-    QString command; // the library's toolbar command; empty when it has none
+    QString title;               // "Каталог: " and the library's name
+    QString command;             // the library's toolbar command; empty when it has none
     std::vector<size_t> records; // indexes into the archive's records, in archive order
 };
 
@@ -30,11 +30,11 @@ public:
     enum Column
     {
         ElementColumn,
-        FirstChoiceColumn,  // "Добавить" / "Оставить мой"
+        FirstChoiceColumn, // "Добавить" / "Оставить мой"
         SecondChoiceColumn, // "Не добавлять" / "Заменить на импортируемый"
-        MineColumn,         // author and date of the catalog's element
-        ImportedColumn,     // author and date of the incoming record
-        CompareColumn,      // the button that opens the comparison
+        MineColumn,     // author and date of the catalog's element
+        ImportedColumn, // author and date of the incoming record
+        CompareColumn,  // the button that opens the comparison
         ColumnCount
     };
     enum Role

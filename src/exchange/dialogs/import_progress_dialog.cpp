@@ -11,8 +11,7 @@
 
 namespace exchange {
 
-ImportProgressDialog::ImportProgressDialog(ImportWorker& worker, QWidget* parent,
-                                           Question question)
+ImportProgressDialog::ImportProgressDialog(ImportWorker& worker, QWidget* parent, Question question)
     : QDialog(parent), m_worker(worker), m_question(std::move(question))
 {
     if (!m_question) {

@@ -25,8 +25,8 @@ class ImportProgressDialog : public QDialog
     Q_OBJECT
 public:
     // The answer to "stop the import?"; the library's message box by default.
-    using Question = std::function<QMessageBox::StandardButton(QWidget* parent,
-                                                               const QString& text)>;
+    using Question =
+        std::function<QMessageBox::StandardButton(QWidget* parent, const QString& text)>;
 
     explicit ImportProgressDialog(ImportWorker& worker, QWidget* parent = nullptr,
                                   Question question = {});

@@ -34,7 +34,8 @@ QStyle* styleOf(const QStyleOptionViewItem& option)
 
 } // namespace
 
-ImportRowDelegate::ImportRowDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
+ImportRowDelegate::ImportRowDelegate(QObject* parent) : QStyledItemDelegate(parent)
+{}
 
 void ImportRowDelegate::paintRichText(QPainter* painter, const QStyleOptionViewItem& option,
                                       const QString& html, const QRect& rect) const
@@ -102,9 +103,9 @@ void ImportRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
         radio.palette = option.palette;
         radio.fontMetrics = option.fontMetrics;
         radio.direction = option.direction;
-        radio.state = QStyle::State_Enabled |
-                      (index.data(Model::CheckedRole).toBool() ? QStyle::State_On
-                                                               : QStyle::State_Off);
+        radio.state =
+            QStyle::State_Enabled |
+            (index.data(Model::CheckedRole).toBool() ? QStyle::State_On : QStyle::State_Off);
         style->drawControl(QStyle::CE_RadioButton, &radio, painter, widgetOf(option));
         break;
     }
@@ -142,8 +143,7 @@ QSize ImportRowDelegate::sizeHint(const QStyleOptionViewItem& option,
         break;
     case Model::FirstChoiceColumn:
     case Model::SecondChoiceColumn:
-        width = option.fontMetrics.horizontalAdvance(
-                    Model::choiceText(true, index.column())) + 36;
+        width = option.fontMetrics.horizontalAdvance(Model::choiceText(true, index.column())) + 36;
         break;
     case Model::MineColumn:
     case Model::ImportedColumn:
@@ -165,8 +165,8 @@ bool ImportRowDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,
     bool activate = false;
     if (event->type() == QEvent::MouseButtonRelease) {
         const auto* mouse = static_cast<QMouseEvent*>(event);
-        activate = mouse->button() == Qt::LeftButton &&
-                   option.rect.contains(mouse->position().toPoint());
+        activate =
+            mouse->button() == Qt::LeftButton && option.rect.contains(mouse->position().toPoint());
     } else if (event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         activate = key == Qt::Key_Space || key == Qt::Key_Select;

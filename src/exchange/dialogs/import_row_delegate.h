@@ -25,8 +25,8 @@ signals:
     void compareRequested(const QModelIndex& index);
 
 private:
-    void paintRichText(QPainter* painter, const QStyleOptionViewItem& option,
-                       const QString& html, const QRect& rect) const;
+    void paintRichText(QPainter* painter, const QStyleOptionViewItem& option, const QString& html,
+                       const QRect& rect) const;
 };
 
 } // namespace exchange

@@ -25,8 +25,8 @@ ImportUssDialog::ImportUssDialog(ImportArchive& archive, const std::vector<Decis
                                  std::optional<long long> hostNumber, QWidget* parent)
     : QDialog(parent), m_archive(archive)
 {
-    m_model = new ImportDecisionModel(archive.records(), decisions, std::move(groups), hostNumber,
-                                      this);
+    m_model =
+        new ImportDecisionModel(archive.records(), decisions, std::move(groups), hostNumber, this);
     m_filter = new ImportFilterModel(this);
     m_filter->setSourceModel(m_model);
     // The comparison of a conflict settles its row with impButton or mineButton.
@@ -175,15 +175,16 @@ void ImportUssDialog::OnToggleRadioButton(bool)
 
 void ImportUssDialog::OnClickEqualButton()
 {
-    const QModelIndex row = m_compared.isValid() ? m_filter->mapToSource(m_compared)
-                                                 : QModelIndex();
+    const QModelIndex row =
+        m_compared.isValid() ? m_filter->mapToSource(m_compared) : QModelIndex();
     ImportRecord* record = m_model->recordAt(row);
     if (!record || !m_compare || !record->existing) return;
     const bool later = row.data(ImportDecisionModel::LaterVersionRole).toBool();
     const std::optional<bool> replace = m_compare(this, *record, later);
     if (!replace) return;
-    const QModelIndex choice = row.siblingAtColumn(*replace ? ImportDecisionModel::SecondChoiceColumn
-                                                            : ImportDecisionModel::FirstChoiceColumn);
+    const QModelIndex choice =
+        row.siblingAtColumn(*replace ? ImportDecisionModel::SecondChoiceColumn
+                                     : ImportDecisionModel::FirstChoiceColumn);
     m_model->setData(choice, true, ImportDecisionModel::CheckedRole);
 }
 
