@@ -176,6 +176,7 @@ private slots:
     void libraryQuestionBoxOffersOkOnlyAndResumes();
     void closeOnTheLastRecordAsksNothing();
     void cancelBeforeTheFirstRecordWritesNothing();
+    void refusedWritesAreCountedAndExplained();
 
 private:
     // Source elements NEW1, CONF, SAME, LATER, NEW2, CONF2 in that order, exported; the target
@@ -843,6 +844,26 @@ void TestImportDialog::cancelBeforeTheFirstRecordWritesNothing()
     QCOMPARE(m_messages, QStringList{"Импорт прерван.\nИмпортировано 0 из 10."});
     for (int i = 0; i < 10; ++i)
         QVERIFY(!m_target->find("P", QStringLiteral("E%1").arg(i)));
+}
+
+void TestImportDialog::refusedWritesAreCountedAndExplained()
+{
+    exchange::ImportEnvironment environment = scripted(tenNewArchive());
+    // The catalog refuses every write, as a full disk would.
+    environment.prepareWorker = [](exchange::ImportWorker& worker) { worker.failWriteAt(1, true); };
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
+    const bool result = exchange::runUssImport(m_target->provider, nullptr, environment);
+    int present = 0;
+    for (int i = 0; i < 10; ++i)
+        present += m_target->find("P", QStringLiteral("E%1").arg(i)) != nullptr;
+    QCOMPARE(present, 0);
+    QVERIFY(!result);
+    QVERIFY(m_questions.isEmpty());
+    // The count of what stands, then why the rest does not.
+    QCOMPARE(m_messages.size(), 2);
+    QCOMPARE(m_messages[0], "Импорт прерван.\nИмпортировано 0 из 10.");
+    QVERIFY2(m_messages[1].contains(QStringLiteral("не записан")), qPrintable(m_messages[1]));
 }
 
 QTEST_MAIN(TestImportDialog)

@@ -143,6 +143,8 @@ bool runUssImport(es_provider_t* provider, QWidget* parent, const ImportEnvironm
     }
     worker.wait();
     tell(QMessageBox::Information, worker.finishText());
+    // Why elements were not written, when the catalog refused them rather than the user.
+    if (!worker.failureText().isEmpty()) tell(QMessageBox::Warning, worker.failureText());
     return worker.written() > 0;
 }
 
