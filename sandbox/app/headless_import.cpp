@@ -391,6 +391,22 @@ CallResult runHeadlessImport(MarloUssLibrary& library, MainWindow& window, Modal
     }));
     failures += !runs.run("import cancelled at the decisions", target, false, theme_dark);
 
+    // An archive of the second catalog's own elements: everything is present and the same.
+    const QString own = folder + "/own.uss";
+    QProcess again;
+    again.start(ussctl, {"export", "--list", pipes + ";PE100-SDR11-32;" + bends + ";OTV-90-63",
+                         "--separator", ";", folder + "/second.db", own});
+    if (!again.waitForFinished(60000) || again.exitCode() != 0) {
+        QTextStream(stdout) << "[FAILED] ussctl export of the second catalog: "
+                            << QString::fromLocal8Bit(again.readAllStandardError()) << Qt::endl;
+        ++failures;
+    } else {
+        script.expect({}, runs.pick(own));
+        script.expect("import-all-present-dark",
+                      runs.told("Все импортируемые элементы присутствуют в базе."));
+        failures += !runs.run("import of elements all present", target, false, theme_dark);
+    }
+
     // A file that is no exchange archive.
     const QString notArchive = folder + "/notes.uss";
     QFile notes(notArchive);
@@ -404,7 +420,7 @@ CallResult runHeadlessImport(MarloUssLibrary& library, MainWindow& window, Modal
 
     esx_CloseCatalog(target);
     summary.line =
-        QStringLiteral("uss_import(second catalog) runs: %1 of 3 did not behave").arg(failures);
+        QStringLiteral("uss_import(second catalog) runs: %1 of 4 did not behave").arg(failures);
     summary.value = failures;
     return summary;
 }
