@@ -732,15 +732,17 @@ void TestImportDialog::progressQuestionStopsOnlyOnCancel()
     QFETCH(int, written);
     exchange::ImportEnvironment environment = scripted(tenNewArchive());
     m_answer = QMessageBox::StandardButton(answer);
-    int barAtQuestion = -1;
-    environment.question = [&](QWidget* dialog, const QString& text) {
+    int doneAtQuestion = -1;
+    exchange::ImportWorker* running = nullptr;
+    environment.question = [&](QWidget*, const QString& text) {
         m_questions << text;
-        barAtQuestion = dialog->findChild<QProgressBar*>("progressBar")->value();
+        doneAtQuestion = running->done();
         return m_answer;
     };
     // The user presses Escape once three records are written: the worker is held there (as
     // the dialog's pause would hold it) until the dialog has asked.
-    environment.prepareWorker = [](exchange::ImportWorker& worker) {
+    environment.prepareWorker = [&running](exchange::ImportWorker& worker) {
+        running = &worker;
         QObject::connect(
             &worker, &exchange::ImportWorker::progress, &worker,
             [&worker](int done) {
@@ -748,7 +750,6 @@ void TestImportDialog::progressQuestionStopsOnlyOnCancel()
             },
             Qt::DirectConnection);
         QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [](int done) {
-            // After the bar has taken the count.
             if (done == 3)
                 QTimer::singleShot(0, [] {
                     if (QWidget* modal = QApplication::activeModalWidget())
@@ -760,7 +761,7 @@ void TestImportDialog::progressQuestionStopsOnlyOnCancel()
     play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
     QCOMPARE(exchange::runUssImport(m_target->provider, nullptr, environment), written > 0);
     QCOMPARE(m_questions, QStringList{exchange::ImportProgressDialog::questionText()});
-    QCOMPARE(barAtQuestion, 3);
+    QCOMPARE(doneAtQuestion, 3);
     QCOMPARE(m_messages, QStringList{message});
     for (int i = 0; i < 10; ++i)
         QCOMPARE(m_target->find("P", QStringLiteral("E%1").arg(i)) != nullptr, i < written);
