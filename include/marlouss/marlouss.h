@@ -191,6 +191,17 @@ MARLOUSS_API bool uss_export_all(es_provider_t* provider, marlouss_window_t pare
 MARLOUSS_API bool uss_export_from_list(const wchar_t* list, const wchar_t* separator,
                                        es_provider_t* provider);
 
+/* ---- exchange of user elements: import --------------------------------------------------- */
+
+/* Imports the elements of an exchange archive that the user chooses into the catalog of
+ * provider: the user decides element by element (add a new one or not, keep the catalog's
+ * element or take the imported one), then the chosen elements are written with a progress
+ * window that can be paused and stopped. The archive's folder is remembered for the next
+ * time. passedThrough is accepted for the callers' sake and not read. Returns true when at
+ * least one element was written; false when the user cancelled, the archive was refused,
+ * nothing was written or the catalog is of an unknown kind (then nothing is shown). */
+MARLOUSS_API bool uss_import(es_provider_t* provider, marlouss_window_t parent, bool passedThrough);
+
 #ifdef __cplusplus
 }
 #endif

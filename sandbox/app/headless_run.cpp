@@ -4,6 +4,7 @@
 #include "headless_update.h"
 #include "headless_editor.h"
 #include "headless_export.h"
+#include "headless_import.h"
 
 #include "host_calls.h"
 #include "main_window.h"
@@ -210,6 +211,8 @@ int runHeadless(MarloUssLibrary& library, MainWindow& window, const QString& wor
              [](const CallResult& r) { return r.value ? QStringLiteral("see above") : QString(); });
 
     run.step([&] { return runHeadlessExport(library, window, script, workFolder, shotFolder); },
+             [](const CallResult& r) { return r.value ? QStringLiteral("see above") : QString(); });
+    run.step([&] { return runHeadlessImport(library, window, script, workFolder, shotFolder); },
              [](const CallResult& r) { return r.value ? QStringLiteral("see above") : QString(); });
 
     // The job calls every export the public header declares.

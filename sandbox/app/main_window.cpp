@@ -1,6 +1,7 @@
 #include "main_window.h"
 
 #include "headless_export.h"
+#include "headless_import.h"
 #include "headless_update.h"
 #include "host_calls.h"
 #include "sample_editor.h"
@@ -142,6 +143,14 @@ void MainWindow::addActions()
         if (item && item->childCount() == 0) id = item->text(0);
         return callExportFromList(m_library, packet + QStringLiteral(";") + id,
                                   QStringLiteral(";"), m_provider);
+    });
+    add(QStringLiteral("uss_import"), true, [this] {
+        const CallResult result = callImport(m_library, winId(), m_provider);
+        if (result.value == 1) {
+            m_tree->clear();
+            fillTree();
+        }
+        return result;
     });
     // The element editor on the element selected in the tree (its packet is the tree's second
     // level); the tree is read again after an element was written.

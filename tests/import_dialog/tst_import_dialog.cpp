@@ -1,0 +1,871 @@
+#include "Libs/zipper/zip.h"
+#include "exchange.h"
+#include "exchange_fixture.h"
+#include "import_environment.h"
+#include "import_progress_dialog.h"
+#include "import_uss_dialog.h"
+#include "modal_answer.h"
+#include "ziptestsupport.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+
+#include <deque>
+#include <memory>
+#include <stdexcept>
+
+using namespace testing;
+using exchange::ImportDecisionModel;
+
+namespace {
+
+// Plays the user of the dialogs an import runs, one after the other: each step waits for the
+// modal dialog of its object name and acts on it once.
+class Play : public QObject
+{
+public:
+    using Act = std::function<void(QWidget*)>;
+    Play()
+    {
+        connect(&m_timer, &QTimer::timeout, this, [this] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (!modal || !modal->isVisible() || m_steps.empty() || modal == m_last) return;
+            if (modal->objectName() != m_steps.front().first) return;
+            m_last = modal;
+            const Act act = m_steps.front().second;
+            m_steps.pop_front();
+            seen << modal->objectName();
+            act(modal);
+        });
+        m_timer.start(10);
+    }
+    void then(const QString& dialog, Act act) { m_steps.emplace_back(dialog, std::move(act)); }
+    int left() const { return int(m_steps.size()); }
+    QStringList seen;
+
+private:
+    std::deque<std::pair<QString, Act>> m_steps;
+    QTimer m_timer;
+    QPointer<QWidget> m_last;
+};
+
+void click(QWidget* dialog, const QString& name)
+{
+    auto* button = dialog->findChild<QAbstractButton*>(name);
+    QVERIFY2(button, qPrintable(name));
+    button->click();
+}
+
+// The tree's row of the record id (as the view shows it), at column.
+QModelIndex rowOf(QTreeView* tree, const QString& id, int column)
+{
+    QAbstractItemModel* model = tree->model();
+    for (int g = 0; g < model->rowCount(); ++g) {
+        const QModelIndex group = model->index(g, 0);
+        for (int r = 0; r < model->rowCount(group); ++r)
+            if (model->index(r, 0, group).data().toString() == id)
+                return model->index(r, column, group);
+    }
+    return {};
+}
+
+// Ids of the rows the tree shows, in order.
+QStringList shownIds(QTreeView* tree)
+{
+    QStringList ids;
+    QAbstractItemModel* model = tree->model();
+    for (int g = 0; g < model->rowCount(); ++g) {
+        const QModelIndex group = model->index(g, 0);
+        for (int r = 0; r < model->rowCount(group); ++r)
+            ids << model->index(r, 0, group).data().toString();
+    }
+    return ids;
+}
+
+// A click where the user sees the radio button of record id: "ID:1" first choice, "ID:2"
+// second.
+void clickChoice(QTreeView* tree, const QString& step)
+{
+    const QString id = step.section(':', 0, 0);
+    const int column = step.section(':', 1, 1).toInt();
+    const QModelIndex index = rowOf(tree, id, column);
+    QVERIFY2(index.isValid(), qPrintable(id));
+    tree->scrollTo(index);
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(index).center());
+}
+
+QString labelText(QWidget* dialog, const QString& name)
+{
+    auto* label = dialog->findChild<QLabel*>(name);
+    return label ? label->text() : QStringLiteral("<no %1>").arg(name);
+}
+
+QStringList idsOf(const std::vector<exchange::ImportRecord>& records)
+{
+    QStringList ids;
+    for (const auto& r : records)
+        ids << r.id;
+    return ids;
+}
+
+// A document with the given header and no element, in an archive of its own.
+QString emptyArchive(const QString& path, const QString& libName, bool withElement)
+{
+    QJsonObject comment{{"encoding", "utf8"},
+                        {"lib-name", libName},
+                        {"export-date", "2024.03.05 14:07:31"},
+                        {"item-count", withElement ? 1 : 0}};
+    QJsonArray list;
+    if (withElement)
+        list.append(QJsonObject{{"packet", "P"},
+                                {"folder", "F"},
+                                {"id", "X"},
+                                {"type", "T"},
+                                {"atr", QJsonArray()},
+                                {"model", QJsonValue::Null},
+                                {"prj", QJsonArray()}});
+    zipper::zip z(path);
+    z.addBytes(QJsonDocument(QJsonObject{{"comment", comment}, {"std-size", list}}).toJson(),
+               "TX.json");
+    z.commit();
+    return path;
+}
+
+} // namespace
+
+// The import as the user sees it: the decisions, the progress with its question and the
+// messages, and what the catalog holds afterwards.
+class TestImportDialog : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void rowsShowWhatEachRecordNeeds();
+    void choicesDecideWhatIsKept_data();
+    void choicesDecideWhatIsKept();
+    void comparisonSettlesTheRow_data();
+    void comparisonSettlesTheRow();
+    void comparisonOfALaterRecordCannotReplace();
+    void hiddenRowsKeepTheirChoices_data();
+    void hiddenRowsKeepTheirChoices();
+    void checksTellTheirMessageAndOpenNoDialog_data();
+    void checksTellTheirMessageAndOpenNoDialog();
+    void unknownCatalogThrowsBeforeTheChooser();
+    void chooserStartsInTheRememberedFolder_data();
+    void chooserStartsInTheRememberedFolder();
+    void unreadableHostVersionIsToldAndMarksNothing();
+    void decisionsReachTheCatalog();
+    void rowsAreGroupedByLibrary();
+    void cancelledDecisionsWriteNothing();
+    void progressQuestionStopsOnlyOnCancel_data();
+    void progressQuestionStopsOnlyOnCancel();
+    void libraryQuestionBoxOffersOkOnlyAndResumes();
+    void closeOnTheLastRecordAsksNothing();
+    void cancelBeforeTheFirstRecordWritesNothing();
+    void refusedWritesAreCountedAndExplained();
+
+private:
+    // Source elements NEW1, CONF, SAME, LATER, NEW2, CONF2 in that order, exported; the target
+    // holds CONF and CONF2 older and SAME with the same stamp.
+    QString standardArchive();
+    QString tenNewArchive();
+    // The standard archive opened for the target with its decisions.
+    struct Opened
+    {
+        exchange::ImportArchive archive;
+        std::vector<exchange::Decision> decisions;
+    };
+    std::unique_ptr<Opened> open(const QString& path);
+    std::unique_ptr<exchange::ImportUssDialog> dialogFor(Opened& opened);
+    // An environment that chooses path, records the messages and answers the question.
+    exchange::ImportEnvironment scripted(const QString& path);
+
+    QTemporaryDir m_tmp;
+    std::unique_ptr<TempCatalog> m_source;
+    std::unique_ptr<TempCatalog> m_target;
+    std::unique_ptr<QTemporaryDir> m_out;
+    QStringList m_messages;
+    QStringList m_questions;
+    QMessageBox::StandardButton m_answer = QMessageBox::Ok;
+    QHash<QString, QString> m_settings;
+    QString m_chooserFolder, m_chooserFilter, m_chooserTitle;
+};
+
+void TestImportDialog::initTestCase()
+{
+    QVERIFY(m_tmp.isValid());
+    qputenv("TMPDIR", QFile::encodeName(m_tmp.path()));
+}
+
+void TestImportDialog::init()
+{
+    m_source = std::make_unique<TempCatalog>();
+    m_target = std::make_unique<TempCatalog>();
+    m_out = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_source->provider && m_target->provider);
+    m_messages.clear();
+    m_questions.clear();
+    m_answer = QMessageBox::Ok;
+    m_settings.clear();
+    m_chooserFolder.clear();
+    m_chooserFilter.clear();
+    m_chooserTitle.clear();
+}
+
+void TestImportDialog::cleanup()
+{
+    m_source.reset();
+    m_target.reset();
+    m_out.reset();
+}
+
+QString TestImportDialog::standardArchive()
+{
+    TempCatalog& s = *m_source;
+    auto element = [&](const QString& id, const QString& folder, const QString& date,
+                       const QString& author) {
+        es_stdsize_t* e = s.addElement("ПЭ_Трубы", folder, id);
+        addAttribute(e, {"USS_LAST_CHANGE_DATE", 3, date});
+        addAttribute(e, {"USS_AUTHOR", 3, author});
+        return e;
+    };
+    es_stdsize_t* new1 = element("NEW1", "Стальные", "01.03.2024 10:00:00", "anna");
+    es_stdsize_t* conf = element("CONF", "Стальные", "05.03.2024 12:00:00", "vera");
+    es_stdsize_t* same = element("SAME", "Стальные", "04.03.2024 09:30:00", "dina");
+    es_stdsize_t* later = element("LATER", "Литые", "06.03.2024 16:45:00", "egor");
+    setModel(later, s.writeFile("later.m3d", "later model"), {}, "Литая", 240);
+    es_stdsize_t* new2 = element("NEW2", "Стальные", "02.03.2024 11:15:00", "boris");
+    es_stdsize_t* conf2 = element("CONF2", "Стальные", "07.03.2024 07:05:00", "zoya");
+    setModel(conf2, s.writeFile("conf2.m3d", "conf2 model"), {}, "Поздняя", 232);
+
+    auto older = [&](const QString& id, const QString& date, const QString& author) {
+        es_stdsize_t* e = m_target->addElement("ПЭ_Трубы", "Стальные", id, "MINE");
+        addAttribute(e, {"USS_LAST_CHANGE_DATE", 3, date});
+        addAttribute(e, {"USS_AUTHOR", 3, author});
+    };
+    older("CONF", "01.01.2023 08:00:00", "gleb");
+    older("SAME", "04.03.2024 09:30:00", "dina");
+    older("CONF2", "02.02.2023 18:20:00", "oleg");
+
+    const QString path = m_out->filePath("standard.uss");
+    return ExportUss::Export(path, {new1, conf, same, later, new2, conf2}, false) ? path
+                                                                                  : QString();
+}
+
+QString TestImportDialog::tenNewArchive()
+{
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 10; ++i) {
+        es_stdsize_t* e = m_source->addElement("P", "F", QStringLiteral("E%1").arg(i));
+        addAttribute(e, {"USS_LAST_CHANGE_DATE", 3, QStringLiteral("0%1.01.2024").arg(i)});
+        elements.push_back(e);
+    }
+    const QString path = m_out->filePath("ten.uss");
+    return ExportUss::Export(path, elements, false) ? path : QString();
+}
+
+std::unique_ptr<TestImportDialog::Opened> TestImportDialog::open(const QString& path)
+{
+    auto opened = std::make_unique<Opened>();
+    if (opened->archive.open(path, m_target->provider) != exchange::ImportArchive::Status::Ok)
+        return nullptr;
+    opened->decisions = exchange::decide(opened->archive.records(), m_target->provider);
+    return opened;
+}
+
+std::unique_ptr<exchange::ImportUssDialog> TestImportDialog::dialogFor(Opened& opened)
+{
+    exchange::ImportGroup group;
+    group.title = "Каталог";
+    for (size_t i = 0; i < opened.archive.records().size(); ++i)
+        group.records.push_back(i);
+    auto dialog = std::make_unique<exchange::ImportUssDialog>(
+        opened.archive, opened.decisions, std::vector<exchange::ImportGroup>{group},
+        exchange::hostVersionNumber("23.1"));
+    dialog->show();
+    return dialog;
+}
+
+exchange::ImportEnvironment TestImportDialog::scripted(const QString& path)
+{
+    exchange::ImportEnvironment environment;
+    environment.readSetting = [this](const QString& key) { return m_settings.value(key); };
+    environment.writeSetting = [this](const QString& key, const QString& value) {
+        m_settings[key] = value;
+    };
+    environment.openFile = [this, path](QWidget*, const QString& title, const QString& folder,
+                                        const QString& filter) {
+        m_chooserTitle = title;
+        m_chooserFolder = folder;
+        m_chooserFilter = filter;
+        return path;
+    };
+    environment.message = [this](QWidget*, QMessageBox::Icon, const QString& text) {
+        m_messages << text;
+    };
+    environment.question = [this](QWidget*, const QString& text) {
+        m_questions << text;
+        return m_answer;
+    };
+    environment.hostVersion = [] { return QStringLiteral("23.1"); };
+    return environment;
+}
+
+void TestImportDialog::rowsShowWhatEachRecordNeeds()
+{
+    auto opened = open(standardArchive());
+    QVERIFY(opened);
+    auto dialog = dialogFor(*opened);
+    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
+    QVERIFY(tree);
+    QCOMPARE(tree->model()->rowCount(), 1);
+    QCOMPARE(tree->model()->index(0, 0).data().toString(), "Каталог");
+    // The record with the same stamp gets no row.
+    QCOMPARE(shownIds(tree), QStringList({"NEW1", "CONF", "LATER", "NEW2", "CONF2"}));
+
+    auto cell = [&](const QString& id, int column, int role = Qt::DisplayRole) {
+        return rowOf(tree, id, column).data(role);
+    };
+    QCOMPARE(cell("NEW1", ImportDecisionModel::FirstChoiceColumn).toString(), "Добавить");
+    QCOMPARE(cell("NEW1", ImportDecisionModel::SecondChoiceColumn).toString(), "Не добавлять");
+    QCOMPARE(cell("CONF", ImportDecisionModel::FirstChoiceColumn).toString(), "Оставить мой");
+    QCOMPARE(cell("CONF", ImportDecisionModel::SecondChoiceColumn).toString(),
+             "Заменить на импортируемый");
+    // Defaults: add the new, keep mine.
+    QVERIFY(cell("NEW1", ImportDecisionModel::FirstChoiceColumn, ImportDecisionModel::CheckedRole)
+                .toBool());
+    QVERIFY(cell("CONF", ImportDecisionModel::FirstChoiceColumn, ImportDecisionModel::CheckedRole)
+                .toBool());
+    QVERIFY(!cell("CONF", ImportDecisionModel::SecondChoiceColumn, ImportDecisionModel::CheckedRole)
+                 .toBool());
+
+    // Both sides of a conflict, with their own authors and dates.
+    QCOMPARE(cell("CONF", ImportDecisionModel::MineColumn).toString(),
+             "Автор: gleb<br>Дата:&nbsp;&nbsp;&nbsp;&nbsp;01.01.2023 08:00:00");
+    QCOMPARE(cell("CONF", ImportDecisionModel::ImportedColumn).toString(),
+             "Автор: vera<br>Дата:&nbsp;&nbsp;&nbsp;&nbsp;05.03.2024 12:00:00");
+    QCOMPARE(cell("CONF2", ImportDecisionModel::MineColumn).toString(),
+             "Автор: oleg<br>Дата:&nbsp;&nbsp;&nbsp;&nbsp;02.02.2023 18:20:00");
+    QVERIFY(!cell("CONF", ImportDecisionModel::CompareColumn).toString().isEmpty());
+    QVERIFY(cell("NEW1", ImportDecisionModel::CompareColumn).toString().isEmpty());
+    QVERIFY(cell("NEW1", ImportDecisionModel::MineColumn).toString().isEmpty());
+
+    // Only the record of the later host version is marked.
+    QCOMPARE(cell("LATER", 0, ImportDecisionModel::WarningRole).toString(),
+             "<font color='red'>Элемент создан в более поздней версии Гравис-3D</font>");
+    QVERIFY(!cell("LATER", 0, Qt::DecorationRole).value<QIcon>().isNull());
+    QVERIFY(cell("CONF2", 0, ImportDecisionModel::LaterVersionRole).toBool());
+    QVERIFY(!cell("CONF", 0, ImportDecisionModel::LaterVersionRole).toBool());
+    QVERIFY(cell("NEW2", 0, ImportDecisionModel::WarningRole).toString().isEmpty());
+    QVERIFY(cell("NEW2", 0, Qt::DecorationRole).isNull());
+
+    QCOMPARE(labelText(dialog.get(), "impCount"), "Количество элементов для импорта: 3 из 5");
+}
+
+void TestImportDialog::choicesDecideWhatIsKept_data()
+{
+    QTest::addColumn<QStringList>("steps"); // "ID:column" clicks, or "keep"/"replace" for all
+    QTest::addColumn<QString>("count");
+    QTest::addColumn<QStringList>("kept");
+    QTest::newRow("defaults") << QStringList() << "3 из 5" << QStringList{"NEW1", "LATER", "NEW2"};
+    QTest::newRow("a new one left out")
+        << QStringList{"NEW1:2"} << "2 из 5" << QStringList{"LATER", "NEW2"};
+    QTest::newRow("a new one left out and taken again")
+        << QStringList{"NEW2:2", "NEW2:1"} << "3 из 5" << QStringList{"NEW1", "LATER", "NEW2"};
+    QTest::newRow("one conflict replaced")
+        << QStringList{"CONF2:2"} << "4 из 5" << QStringList{"NEW1", "LATER", "NEW2", "CONF2"};
+    QTest::newRow("every conflict replaced")
+        << QStringList{"replace"} << "5 из 5"
+        << QStringList{"NEW1", "CONF", "LATER", "NEW2", "CONF2"};
+    QTest::newRow("every conflict replaced, then one kept")
+        << QStringList{"replace", "CONF:1"} << "4 из 5"
+        << QStringList{"NEW1", "LATER", "NEW2", "CONF2"};
+    QTest::newRow("one replaced, then every conflict kept")
+        << QStringList{"CONF:2", "LATER:2", "keep"} << "2 из 5" << QStringList{"NEW1", "NEW2"};
+}
+
+void TestImportDialog::choicesDecideWhatIsKept()
+{
+    QFETCH(QStringList, steps);
+    QFETCH(QString, count);
+    QFETCH(QStringList, kept);
+    auto opened = open(standardArchive());
+    QVERIFY(opened);
+    auto dialog = dialogFor(*opened);
+    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
+    for (const QString& step : steps) {
+        if (step == "keep" || step == "replace") {
+            auto* action = dialog->findChild<QAction*>(step == "keep" ? "keepAllMineAction"
+                                                                      : "replaceAllImportedAction");
+            QVERIFY(action);
+            action->trigger();
+        } else {
+            clickChoice(tree, step);
+        }
+    }
+    QCOMPARE(labelText(dialog.get(), "impCount"), "Количество элементов для импорта: " + count);
+    click(dialog.get(), "okButton");
+    QCOMPARE(dialog->result(), int(QDialog::Accepted));
+    // What stays, in the archive's order.
+    QCOMPARE(idsOf(opened->archive.records()), kept);
+}
+
+void TestImportDialog::comparisonSettlesTheRow_data()
+{
+    QTest::addColumn<QString>("start");  // the row's choice before the comparison
+    QTest::addColumn<QString>("button"); // pressed in the comparison
+    QTest::addColumn<int>("checked");    // the row's checked choice column afterwards
+    QTest::newRow("imported replaces") << "CONF:1"
+                                       << "impButton" << 2;
+    QTest::newRow("mine keeps") << "CONF:2"
+                                << "mineButton" << 1;
+    QTest::newRow("close changes nothing") << "CONF:2"
+                                           << "closeButton" << 2;
+}
+
+void TestImportDialog::comparisonSettlesTheRow()
+{
+    QFETCH(QString, start);
+    QFETCH(QString, button);
+    QFETCH(int, checked);
+    auto opened = open(standardArchive());
+    QVERIFY(opened);
+    auto dialog = dialogFor(*opened);
+    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
+    clickChoice(tree, start);
+    QString title;
+    ModalAnswer answer([&](QWidget* compare) {
+        title = compare->windowTitle();
+        click(compare, button);
+    });
+    clickChoice(tree, "CONF:" + QString::number(ImportDecisionModel::CompareColumn));
+    QVERIFY(answer.answered());
+    QCOMPARE(title, "Сравнение параметров пользовательских элементов");
+    QVERIFY(rowOf(tree, "CONF", checked).data(ImportDecisionModel::CheckedRole).toBool());
+    QVERIFY(!rowOf(tree, "CONF", 3 - checked).data(ImportDecisionModel::CheckedRole).toBool());
+    // The other conflict is left as it was.
+    QVERIFY(rowOf(tree, "CONF2", 1).data(ImportDecisionModel::CheckedRole).toBool());
+    QCOMPARE(labelText(dialog.get(), "impCount"),
+             QStringLiteral("Количество элементов для импорта: %1 из 5").arg(checked == 2 ? 4 : 3));
+}
+
+void TestImportDialog::comparisonOfALaterRecordCannotReplace()
+{
+    auto opened = open(standardArchive());
+    QVERIFY(opened);
+    auto dialog = dialogFor(*opened);
+    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
+    QMap<QString, bool> replaceable;
+    for (const QString id : {"CONF", "CONF2"}) {
+        ModalAnswer answer([&](QWidget* compare) {
+            replaceable[id] = compare->findChild<QPushButton*>("impButton")->isEnabled();
+            click(compare, "closeButton");
+        });
+        clickChoice(tree, id + ":" + QString::number(ImportDecisionModel::CompareColumn));
+        QVERIFY(answer.answered());
+    }
+    QCOMPARE(replaceable, (QMap<QString, bool>{{"CONF", true}, {"CONF2", false}}));
+}
+
+void TestImportDialog::hiddenRowsKeepTheirChoices_data()
+{
+    QTest::addColumn<bool>("conflictsOnly");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("shown");
+    QTest::newRow("conflicts only") << true << "" << QStringList{"CONF", "CONF2"};
+    QTest::newRow("id, letter case aside") << false << "new" << QStringList{"NEW1", "NEW2"};
+    QTest::newRow("folder") << false << "Литые" << QStringList{"LATER"};
+    QTest::newRow("conflicts with a text") << true << "2" << QStringList{"CONF2"};
+    QTest::newRow("nothing matches") << false << "no such element" << QStringList();
+}
+
+void TestImportDialog::hiddenRowsKeepTheirChoices()
+{
+    QFETCH(bool, conflictsOnly);
+    QFETCH(QString, text);
+    QFETCH(QStringList, shown);
+    auto opened = open(standardArchive());
+    QVERIFY(opened);
+    auto dialog = dialogFor(*opened);
+    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
+    clickChoice(tree, "NEW1:2");
+    clickChoice(tree, "CONF:2");
+
+    auto* showConf = dialog->findChild<QCheckBox*>("showConf");
+    auto* filter = dialog->findChild<QLineEdit*>("filterEdit");
+    QVERIFY(showConf && filter);
+    showConf->setChecked(conflictsOnly);
+    filter->setText(text); // typed: textChanged, as from the keyboard
+    QCOMPARE(shownIds(tree), shown);
+    QCOMPARE(labelText(dialog.get(), "impCount"), "Количество элементов для импорта: 3 из 5");
+
+    showConf->setChecked(false);
+    filter->clear();
+    QCOMPARE(shownIds(tree), QStringList({"NEW1", "CONF", "LATER", "NEW2", "CONF2"}));
+    QVERIFY(rowOf(tree, "NEW1", 2).data(ImportDecisionModel::CheckedRole).toBool());
+    QVERIFY(rowOf(tree, "CONF", 2).data(ImportDecisionModel::CheckedRole).toBool());
+    click(dialog.get(), "okButton");
+    QCOMPARE(idsOf(opened->archive.records()), QStringList({"CONF", "LATER", "NEW2"}));
+}
+
+void TestImportDialog::checksTellTheirMessageAndOpenNoDialog_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("not an archive") << "garbage" << exchange::texts::notExportFile();
+    QTest::newRow("no elements") << "empty"
+                                 << "Файл не содержит пользовательских элементов";
+    QTest::newRow("another library")
+        << "other"
+        << "Вы пытаетесь импортировать элементы, принадлежащие другой библиотеке.";
+    QTest::newRow("everything present") << "present"
+                                        << "Все импортируемые элементы присутствуют в базе.";
+}
+
+void TestImportDialog::checksTellTheirMessageAndOpenNoDialog()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, message);
+    QString path = m_out->filePath("archive.uss");
+    if (kind == "garbage") {
+        ziptest::writeFile(path, "not a zip at all");
+    } else if (kind == "empty") {
+        emptyArchive(path, "TX", false);
+    } else if (kind == "other") {
+        emptyArchive(path, "VK", true);
+    } else {
+        es_stdsize_t* e = m_source->addElement("P", "F", "SAME");
+        addAttribute(e, {"USS_LAST_CHANGE_DATE", 3, "04.03.2024"});
+        addAttribute(m_target->addElement("P", "F", "SAME"),
+                     {"USS_LAST_CHANGE_DATE", 3, "04.03.2024"});
+        QVERIFY(ExportUss::Export(path, {e}, false));
+    }
+    const QString before = dump(m_target->addElement("Мои", "F", "KEEP"));
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) { d->close(); });
+    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
+    QCOMPARE(m_messages, QStringList{message});
+    QVERIFY(play.seen.isEmpty());
+    QCOMPARE(dump(m_target->find("Мои", "KEEP")), before);
+    QVERIFY(!m_target->find("P", "X"));
+}
+
+void TestImportDialog::unknownCatalogThrowsBeforeTheChooser()
+{
+    TempCatalog unknown(QStringLiteral("user_zz"));
+    QVERIFY(unknown.provider);
+    exchange::ImportEnvironment environment = scripted(standardArchive());
+    bool chooserOpened = false;
+    environment.openFile = [&](QWidget*, const QString&, const QString&, const QString&) {
+        chooserOpened = true;
+        return QString();
+    };
+    try {
+        exchange::runUssImport(unknown.provider, nullptr, environment);
+        QFAIL("no exception");
+    } catch (const std::runtime_error& e) {
+        QCOMPARE(QString::fromUtf8(e.what()), "Unknown user database");
+    }
+    QVERIFY(!chooserOpened);
+    QVERIFY(m_messages.isEmpty());
+}
+
+void TestImportDialog::chooserStartsInTheRememberedFolder_data()
+{
+    QTest::addColumn<QString>("remembered");
+    QTest::addColumn<bool>("choose");
+    QTest::newRow("nothing remembered, cancelled") << "" << false;
+    QTest::newRow("remembered, cancelled") << "/srv/exchange/old" << false;
+    QTest::newRow("remembered, chosen") << "/srv/exchange/old" << true;
+}
+
+void TestImportDialog::chooserStartsInTheRememberedFolder()
+{
+    QFETCH(QString, remembered);
+    QFETCH(bool, choose);
+    const QString path = choose ? emptyArchive(m_out->filePath("e.uss"), "TX", false) : QString();
+    if (!remembered.isEmpty()) m_settings["uss_import_path"] = remembered;
+    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
+    QCOMPARE(m_chooserTitle, "Импорт пользовательских элементов");
+    QCOMPARE(m_chooserFilter, "Пользовательские элементы (*.uss);;Все файлы (*.*)");
+    QCOMPARE(m_chooserFolder, remembered.isEmpty() ? QStandardPaths::writableLocation(
+                                                         QStandardPaths::DocumentsLocation)
+                                                   : remembered);
+    // The chosen file's folder is kept; a cancelled choice changes nothing and says nothing.
+    QCOMPARE(m_settings.value("uss_import_path"),
+             choose ? QFileInfo(path).absolutePath() : remembered);
+    QCOMPARE(m_messages.size(), choose ? 1 : 0);
+}
+
+void TestImportDialog::unreadableHostVersionIsToldAndMarksNothing()
+{
+    exchange::ImportEnvironment environment = scripted(standardArchive());
+    environment.hostVersion = [] { return QString(); };
+    bool marked = true;
+    Play play;
+    play.then("ImportUssDialog", [&](QWidget* d) {
+        auto* tree = d->findChild<QTreeView*>("treeWidget");
+        marked = rowOf(tree, "LATER", 0).data(ImportDecisionModel::LaterVersionRole).toBool();
+        click(d, "cancelButton");
+    });
+    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, environment));
+    QCOMPARE(play.seen, QStringList{"ImportUssDialog"});
+    QCOMPARE(m_messages, QStringList{"Ошибка при определении версии Грависа"});
+    QVERIFY(!marked);
+}
+
+void TestImportDialog::decisionsReachTheCatalog()
+{
+    const QString path = standardArchive();
+    const QString sameBefore = dump(m_target->find("ПЭ_Трубы", "SAME"));
+    const QString conf2Before = dump(m_target->find("ПЭ_Трубы", "CONF2"));
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) {
+        auto* tree = d->findChild<QTreeView*>("treeWidget");
+        clickChoice(tree, "NEW2:2");
+        clickChoice(tree, "CONF:2");
+        click(d, "okButton");
+    });
+    QVERIFY(exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
+    QCOMPARE(play.left(), 0);
+    QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
+    QVERIFY(m_questions.isEmpty());
+    QVERIFY(m_target->find("ПЭ_Трубы", "NEW1"));
+    QVERIFY(m_target->find("ПЭ_Трубы", "LATER"));
+    QVERIFY(!m_target->find("ПЭ_Трубы", "NEW2"));
+    es_stdsize_t* conf = m_target->find("ПЭ_Трубы", "CONF");
+    QCOMPARE(valueOf(conf, "USS_AUTHOR"), "vera");
+    QCOMPARE(edw::fromEs(stdsize_GetType(conf)), "PIPE");
+    // Kept and same elements are untouched.
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF2")), conf2Before);
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "SAME")), sameBefore);
+}
+
+void TestImportDialog::rowsAreGroupedByLibrary()
+{
+    // The library claims the pipes; the valves of another packet are claimed by none.
+    QTemporaryDir root;
+    QDir().mkpath(root.filePath("EngSys_TX/MarloDB"));
+    ziptest::writeFile(root.filePath("EngSys_TX/MarloDB/PipingTX.xml"),
+                       R"(<?xml version="1.0" encoding="utf-8"?>
+<library name="Трубопроводы"><catalogs><catalog name="ПЭ_Трубы" view="table" grid="1"/>
+</catalogs><commands><command name="piping"><subcommand name="s">
+<uss-toolbar name="Пользовательские трубопроводы" catalog="ПЭ_Трубы"/></subcommand></command>
+</commands></library>)");
+    es_stdsize_t* valve = m_source->addElement("Арматура", "Краны", "VALVE");
+    const QString path = standardArchive();
+    QVERIFY(ExportUss::Export(
+        path, {valve, m_source->find("ПЭ_Трубы", "NEW1"), m_source->find("ПЭ_Трубы", "CONF")},
+        false));
+    exchange::ImportEnvironment environment = scripted(path);
+    environment.libraryRoot = root.path();
+    QStringList libraries;
+    QList<QStringList> rows;
+    Play play;
+    play.then("ImportUssDialog", [&](QWidget* d) {
+        QAbstractItemModel* model = d->findChild<QTreeView*>("treeWidget")->model();
+        for (int g = 0; g < model->rowCount(); ++g) {
+            const QModelIndex group = model->index(g, 0);
+            libraries << group.data().toString();
+            QStringList ids;
+            for (int r = 0; r < model->rowCount(group); ++r)
+                ids << model->index(r, 0, group).data().toString();
+            rows << ids;
+        }
+        click(d, "cancelButton");
+    });
+    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, environment));
+    QCOMPARE(libraries, QStringList({"Каталог: Трубопроводы    Команда: Пользовательские "
+                                     "трубопроводы",
+                                     "Каталог: Остальные"}));
+    QCOMPARE(rows, QList<QStringList>({{"NEW1", "CONF"}, {"VALVE"}}));
+}
+
+void TestImportDialog::cancelledDecisionsWriteNothing()
+{
+    const QString path = standardArchive();
+    const QString before = dump(m_target->find("ПЭ_Трубы", "CONF"));
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) {
+        auto* tree = d->findChild<QTreeView*>("treeWidget");
+        clickChoice(tree, "CONF:2");
+        click(d, "cancelButton");
+    });
+    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
+    QCOMPARE(play.left(), 0);
+    QVERIFY(m_messages.isEmpty());
+    QVERIFY(!m_target->find("ПЭ_Трубы", "NEW1"));
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF")), before);
+}
+
+void TestImportDialog::progressQuestionStopsOnlyOnCancel_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<int>("written");
+    QTest::newRow("cancel stops") << int(QMessageBox::Cancel)
+                                  << "Импорт прерван.\nИмпортировано 3 из 10." << 3;
+    QTest::newRow("ok resumes") << int(QMessageBox::Ok)
+                                << "Импорт пользовательских элементов завершен." << 10;
+    QTest::newRow("no answer resumes")
+        << int(QMessageBox::NoButton) << "Импорт пользовательских элементов завершен." << 10;
+}
+
+void TestImportDialog::progressQuestionStopsOnlyOnCancel()
+{
+    QFETCH(int, answer);
+    QFETCH(QString, message);
+    QFETCH(int, written);
+    exchange::ImportEnvironment environment = scripted(tenNewArchive());
+    m_answer = QMessageBox::StandardButton(answer);
+    int doneAtQuestion = -1;
+    exchange::ImportWorker* running = nullptr;
+    environment.question = [&](QWidget*, const QString& text) {
+        m_questions << text;
+        doneAtQuestion = running->done();
+        return m_answer;
+    };
+    // The user presses Escape once three records are written: the worker is held there (as
+    // the dialog's pause would hold it) until the dialog has asked.
+    environment.prepareWorker = [&running](exchange::ImportWorker& worker) {
+        running = &worker;
+        QObject::connect(
+            &worker, &exchange::ImportWorker::progress, &worker,
+            [&worker](int done) {
+                if (done == 3) worker.setState(exchange::ImportWorker::Pause);
+            },
+            Qt::DirectConnection);
+        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [](int done) {
+            if (done == 3)
+                QTimer::singleShot(0, [] {
+                    if (QWidget* modal = QApplication::activeModalWidget())
+                        QTest::keyClick(modal, Qt::Key_Escape);
+                });
+        });
+    };
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
+    QCOMPARE(exchange::runUssImport(m_target->provider, nullptr, environment), written > 0);
+    QCOMPARE(m_questions, QStringList{exchange::ImportProgressDialog::questionText()});
+    QCOMPARE(doneAtQuestion, 3);
+    QCOMPARE(m_messages, QStringList{message});
+    for (int i = 0; i < 10; ++i)
+        QCOMPARE(m_target->find("P", QStringLiteral("E%1").arg(i)) != nullptr, i < written);
+}
+
+void TestImportDialog::libraryQuestionBoxOffersOkOnlyAndResumes()
+{
+    exchange::ImportEnvironment environment = scripted(tenNewArchive());
+    environment.question = {}; // the library's own message box
+    environment.prepareWorker = [](exchange::ImportWorker& worker) {
+        QObject::connect(
+            &worker, &exchange::ImportWorker::progress, &worker,
+            [&worker](int done) {
+                if (done == 2) worker.setState(exchange::ImportWorker::Pause);
+            },
+            Qt::DirectConnection);
+        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [](int done) {
+            if (done == 2) QApplication::activeModalWidget()->close();
+        });
+    };
+    QString text, title = "unset";
+    bool cancelOffered = true;
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
+    play.then("aec_message_box", [&](QWidget* box) {
+        text = labelText(box, "textLabel");
+        title = box->windowTitle();
+        cancelOffered = box->findChild<QPushButton*>("cancelButton") != nullptr;
+        click(box, "okButton");
+    });
+    QVERIFY(exchange::runUssImport(m_target->provider, nullptr, environment));
+    QCOMPARE(play.left(), 0);
+    QCOMPARE(text, "Вы действительно хотите прервать импорт пользовательских элементов?");
+    QCOMPARE(title, QString());
+    QVERIFY(!cancelOffered);
+    QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
+    QVERIFY(m_target->find("P", "E9"));
+}
+
+void TestImportDialog::closeOnTheLastRecordAsksNothing()
+{
+    exchange::ImportEnvironment environment = scripted(tenNewArchive());
+    m_answer = QMessageBox::Cancel; // would stop, were it asked
+    environment.prepareWorker = [](exchange::ImportWorker& worker) {
+        QObject::connect(
+            &worker, &exchange::ImportWorker::progress, &worker,
+            [&worker](int done) {
+                if (done == 9) worker.setState(exchange::ImportWorker::Pause);
+            },
+            Qt::DirectConnection);
+        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [&worker](int done) {
+            if (done != 9) return;
+            QWidget* modal = QApplication::activeModalWidget();
+            modal->close();
+            // The refused close left the dialog up and the worker running.
+            QVERIFY(modal->isVisible());
+            QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
+        });
+    };
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
+    QVERIFY(exchange::runUssImport(m_target->provider, nullptr, environment));
+    QVERIFY(m_questions.isEmpty());
+    QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
+    QVERIFY(m_target->find("P", "E9"));
+}
+
+void TestImportDialog::cancelBeforeTheFirstRecordWritesNothing()
+{
+    exchange::ImportEnvironment environment = scripted(tenNewArchive());
+    m_answer = QMessageBox::Cancel;
+    // Held before the first record, as a pause pressed at once would hold it.
+    environment.prepareWorker = [](exchange::ImportWorker& worker) {
+        worker.setState(exchange::ImportWorker::Pause);
+    };
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
+    play.then("ImportProgressDialog", [](QWidget* d) { QTest::keyClick(d, Qt::Key_Escape); });
+    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, environment));
+    QCOMPARE(m_questions.size(), 1);
+    QCOMPARE(m_messages, QStringList{"Импорт прерван.\nИмпортировано 0 из 10."});
+    for (int i = 0; i < 10; ++i)
+        QVERIFY(!m_target->find("P", QStringLiteral("E%1").arg(i)));
+}
+
+void TestImportDialog::refusedWritesAreCountedAndExplained()
+{
+    exchange::ImportEnvironment environment = scripted(tenNewArchive());
+    // The catalog refuses every write, as a full disk would.
+    environment.prepareWorker = [](exchange::ImportWorker& worker) { worker.failWriteAt(1, true); };
+    Play play;
+    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
+    const bool result = exchange::runUssImport(m_target->provider, nullptr, environment);
+    int present = 0;
+    for (int i = 0; i < 10; ++i)
+        present += m_target->find("P", QStringLiteral("E%1").arg(i)) != nullptr;
+    QCOMPARE(present, 0);
+    QVERIFY(!result);
+    QVERIFY(m_questions.isEmpty());
+    // The count of what stands, then why the rest does not.
+    QCOMPARE(m_messages.size(), 2);
+    QCOMPARE(m_messages[0], "Импорт прерван.\nИмпортировано 0 из 10.");
+    QVERIFY2(m_messages[1].contains(QStringLiteral("не записан")), qPrintable(m_messages[1]));
+}
+
+QTEST_MAIN(TestImportDialog)
+#include "tst_import_dialog.moc"
