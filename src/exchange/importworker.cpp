@@ -418,7 +418,6 @@ void ImportWorker::counted(size_t from, size_t to)
     }
 }
 
-
 bool ImportWorker::commit(edw::TransactionScope& scope)
 {
     // A commit that the test seam fails is not made: a failed commit leaves nothing.
