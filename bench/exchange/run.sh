@@ -165,7 +165,7 @@ if [ -n "$scales" ]; then
             "$target" "$target.files" "$target-wal" "$target-shm"
         "$ussctl" generate --kind tx --elements "$n" --attributes "$attributes" \
             --files "$files" --file-size 4 --seed 1 "$catalog" >/dev/null
-        "$ussctl" export "$catalog" "$archive" >/dev/null
+        "$ussctl" export "$catalog" "$archive" >/dev/null 2>&1
         document=$(unzip -l "$archive" TX.json | awk 'NR == 4 { printf "%d", $1 / 1048576 }')
         "$ussctl" create --kind tx "$target" >/dev/null
         measure "$ussctl" import "$target" "$archive"

@@ -1180,6 +1180,8 @@ void Catalog::keepCached(es_stdsize* e)
             std::vector<uint8_t>().swap(p->icon);
             std::u16string().swap(p->file);
             std::u16string().swap(p->digest);
+            std::u16string().swap(p->name);
+            std::u16string().swap(p->description);
         }
         list.gen = kStale;
     }
