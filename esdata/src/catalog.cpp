@@ -805,13 +805,15 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
             before[k] = nullptr;
             return found;
         };
+        // The handles of new objects are tracked in one go once the schema is read.
+        std::vector<std::pair<const void*, void*>> untracked;
         table->maxPos = 0;
         Query q = query(sSchema);
         q.bind(1, table->folder->id);
         while (q.next()) {
             int64_t id = q.i64(0);
             es_attribute* a = reuse(id, table->attributes.size());
-            if (!a) a = newAttribute(id, table);
+            if (!a) a = newAttribute(id, table, &untracked);
             a->table = table;
             a->index = static_cast<uint32_t>(table->attributes.size());
             a->number = q.i32(1);
@@ -831,6 +833,7 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
             table->maxPos = std::max(table->maxPos, q.i64(9));
             table->attributes.push_back(a);
         }
+        trackFaces(untracked, HandleKind::Attribute, this);
         // What the catalog no longer holds goes.
         std::vector<const void*> faces;
         for (es_attribute* gone : before)
@@ -843,7 +846,8 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
     return table->attributes;
 }
 
-es_attribute* Catalog::newAttribute(int64_t id, es_table* table)
+es_attribute* Catalog::newAttribute(int64_t id, es_table* table,
+                                    std::vector<std::pair<const void*, void*>>* untracked)
 {
     es_attribute* a;
     if (!m_freeAttributes.empty()) {
@@ -853,7 +857,10 @@ es_attribute* Catalog::newAttribute(int64_t id, es_table* table)
         a = &m_attributeArena.emplace_back();
     }
     a->face = newFace();
-    trackHandle(a->face, HandleKind::Attribute, this, a);
+    if (untracked)
+        untracked->emplace_back(a->face, a);
+    else
+        trackHandle(a->face, HandleKind::Attribute, this, a);
     a->cat = this;
     a->id = id;
     a->table = table;

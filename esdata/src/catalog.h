@@ -175,8 +175,10 @@ private:
     const std::u16string* intern(const Query& q, int column);
     // Lets go of one use of an interned text.
     void release(const std::u16string* s);
-    // An attribute object for row id of table, tracked under a new face.
-    es_attribute* newAttribute(int64_t id, es_table* table);
+    // An attribute object for row id of table under a new face, tracked at once or, with
+    // untracked, noted there for the caller to track.
+    es_attribute* newAttribute(int64_t id, es_table* table,
+                               std::vector<std::pair<const void*, void*>>* untracked = nullptr);
     // Lets go of the attribute: its face is refused from now on, its texts released and the
     // object kept for the next attribute.
     void recycle(es_attribute* a, std::vector<const void*>& faces);

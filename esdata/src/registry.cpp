@@ -216,6 +216,17 @@ const void* newFace()
     return reinterpret_cast<const void*>((next.fetch_add(1, std::memory_order_relaxed) << 1) | 1);
 }
 
+void trackFaces(const std::vector<std::pair<const void*, void*>>& faces, HandleKind kind,
+                Catalog* cat)
+{
+    if (faces.empty()) return;
+    HandleTable& t = handleTable();
+    std::unique_lock lock(t.mutex);
+    // Faces are new: nothing remembered is about them.
+    for (const auto& [face, object] : faces)
+        t.handles.emplace(face, HandleInfo{kind, cat, object});
+}
+
 void forgetHandles(const std::vector<const void*>& hs)
 {
     if (hs.empty()) return;

@@ -39,6 +39,9 @@ void forgetHandles(Catalog* cat);
 // never given before and never given again, and no address of anything, so that a handle
 // kept past the item's release is refused, never taken for the item in its place.
 const void* newFace();
+// Tracks faces with what each stands for, at once.
+void trackFaces(const std::vector<std::pair<const void*, void*>>& faces, HandleKind kind,
+                Catalog* cat);
 // Refuses the handles hs from now on.
 void forgetHandles(const std::vector<const void*>& hs);
 // The open catalog of h when h is a handle of that kind, kept alive while the result is held;
