@@ -3,7 +3,7 @@
 # the ratios and the peak memory of ussctl.
 #
 #   run.sh [--bin DIR] [--work DIR] [--elements N] [--attributes A] [--files F]
-#          [--sizes "KIB KIB ..."] [--keep]
+#          [--sizes "KIB KIB ..."] [--scales "S S ..."] [--keep]
 #
 # Defaults: 10000 elements, 40 attributes, 2000 distinct files, sizes "64 256" (KiB); the
 # timings and ratios are taken on the last size, the peak memory is shown for each size.
@@ -11,6 +11,9 @@
 # exported document, at the same compression level (6, zlib's default that libzip uses).
 # Import baseline: unzip of the same archive plus the sqlite3 shell loading the same number
 # of attribute values in one transaction.
+# Import memory as the document grows: the peak memory of ussctl import of archives of 1, 2
+# and 4 times the elements (--scales "2 4" by default; "" skips it), each of 4 KiB files so
+# that only the document and the records grow.
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -20,6 +23,7 @@ elements=10000
 attributes=40
 files=2000
 sizes="64 256"
+scales="2 4"
 keep=0
 while [ $# -gt 0 ]; do
     case "$1" in
@@ -29,8 +33,9 @@ while [ $# -gt 0 ]; do
     --attributes) attributes=$2; shift 2 ;;
     --files) files=$2; shift 2 ;;
     --sizes) sizes=$2; shift 2 ;;
+    --scales) scales=$2; shift 2 ;;
     --keep) keep=1; shift ;;
-    -h|--help) sed -n '2,15p' "$0"; exit 0 ;;
+    -h|--help) sed -n '2,18p' "$0"; exit 0 ;;
     *) echo "run.sh: unknown argument $1" >&2; exit 2 ;;
     esac
 done
@@ -148,7 +153,34 @@ baseline_import=$(echo "$unzip_time $sqlite_time" | awk '{ printf "%.3f", $1 + $
 echo "unzip baseline: $unzip_time s; sqlite3 loading $values values: $sqlite_time s"
 import_ratio=$(ratio "$import_time" "$baseline_import")
 
+# --- (c) import peak memory as the document grows -------------------------------------------
+memory_line=""
+if [ -n "$scales" ]; then
+    for scale in 1 $scales; do
+        n=$((elements * scale))
+        catalog="$work/scaled_$scale.db"
+        archive="$work/scaled_$scale.uss"
+        target="$work/scaled_target.db"
+        rm -rf "$catalog" "$catalog.files" "$catalog-wal" "$catalog-shm" "$archive" \
+            "$target" "$target.files" "$target-wal" "$target-shm"
+        "$ussctl" generate --kind tx --elements "$n" --attributes "$attributes" \
+            --files "$files" --file-size 4 --seed 1 "$catalog" >/dev/null
+        "$ussctl" export "$catalog" "$archive" >/dev/null 2>&1
+        document=$(unzip -l "$archive" TX.json | awk 'NR == 4 { printf "%d", $1 / 1048576 }')
+        "$ussctl" create --kind tx "$target" >/dev/null
+        measure "$ussctl" import "$target" "$archive"
+        echo "[${scale}x] ussctl import of $n elements (document $document MiB):" \
+             "$took s, peak memory $peak MiB"
+        memory_line="$memory_line ${scale}x $peak MiB,"
+        rm -rf "$catalog" "$catalog.files" "$catalog-wal" "$catalog-shm" "$archive" \
+            "$target" "$target.files" "$target-wal" "$target-shm"
+    done
+fi
+
 echo
 echo "export: ussctl $export_time s / zip $zip_time s = $export_ratio (target <= 1.25)"
 echo "import: ussctl $import_time s / (unzip + sqlite3) $baseline_import s = $import_ratio (target <= 2)"
 echo "peak memory of ussctl export per file size: see the lines above (target < 150 MiB)"
+echo "peak memory of ussctl import: $import_peak MiB (target <= 150 MiB)"
+[ -z "$memory_line" ] ||
+    echo "peak memory of ussctl import as the document grows:${memory_line%,} (target: flat)"

@@ -19,6 +19,9 @@ using esdata::view;
 namespace {
 
 constexpr const char16_t* kEmptyText = u"";
+constexpr const char* kNotLive =
+    "not a live handle of this kind (its catalog is closed, it is a handle of another kind, or "
+    "the store let its item go and it is no longer valid)";
 
 using esdata::HandleKind;
 
@@ -67,11 +70,40 @@ constexpr HandleKind kindOf(const es_spec*)
     return HandleKind::Spec;
 }
 
-// A handle given as an argument beside the one a call is made on: of its kind and of the
-// same catalog, or the call fails.
-template <class H> bool ours(const Catalog& c, const H* h)
+// What a caller's handle stands for, found while the catalog is held: most handles are the
+// item's own address; an attribute's is a face that names its object only while the object
+// still belongs to it. Null when the face was let go meanwhile.
+template <class H> H* inward(const void* handle, void* object)
 {
-    return h && esdata::isHandle(h, kindOf(h), &c);
+    return static_cast<H*>(object);
+}
+template <> es_attribute* inward<es_attribute>(const void* handle, void* object)
+{
+    auto* a = static_cast<es_attribute*>(object);
+    if (a->face != handle) return nullptr;
+    // Used in this call: its schema is not let go before the call ends.
+    if (a->table) a->table->recent = true;
+    return a;
+}
+
+// What the caller is given for an item.
+template <class R> R outward(R r)
+{
+    return r;
+}
+template <> es_attribute* outward<es_attribute*>(es_attribute* a)
+{
+    return a ? static_cast<es_attribute*>(const_cast<void*>(a->face)) : nullptr;
+}
+
+// A handle given as an argument beside the one a call is made on: of its kind and of the
+// same catalog, or the call fails. h is turned into what it stands for.
+template <class H> bool ours(const Catalog& c, H*& h)
+{
+    void* object = nullptr;
+    if (!h || !esdata::isHandle(h, kindOf(h), &c, &object)) return false;
+    h = inward<H>(h, object);
+    return h != nullptr;
 }
 
 bool alive(const es_provider*)
@@ -134,8 +166,10 @@ template <class F, class R> R guarded(Catalog* cat, R fail, F&& f)
     return fail;
 }
 
-// Runs f(catalog) on a live handle; fail for a null or dead one.
-template <class H, class R, class F> R call(H* h, R fail, F&& f)
+// Runs f(catalog) on a live handle; fail for a null or dead one. h, the caller's argument, is
+// turned into what it stands for before f runs, and a handle f returns into what the caller
+// is given.
+template <class H, class R, class F> R call(H*& h, R fail, F&& f)
 {
     esdata::clearLastError();
     if (!h) {
@@ -144,20 +178,27 @@ template <class H, class R, class F> R call(H* h, R fail, F&& f)
     }
     // Known by address before anything of it is read: a handle of a closed catalog or of
     // another kind is refused here.
-    const std::shared_ptr<Catalog> owner = esdata::catalogFor(h, kindOf(h));
+    void* object = nullptr;
+    const std::shared_ptr<Catalog> owner = esdata::catalogFor(h, kindOf(h), &object);
     if (!owner) {
-        esdata::setLastError(
-            std::string("not a live handle of this kind (its catalog is closed, or it is a "
-                        "handle of another kind)"));
+        esdata::setLastError(std::string(kNotLive));
         return fail;
     }
     return guarded(owner.get(), fail, [&](Catalog& cat) -> R {
+        const void* handle = h;
+        h = inward<H>(handle, object);
+        if (!h) {
+            // Let go between the look-up and the lock.
+            h = static_cast<H*>(const_cast<void*>(handle));
+            esdata::setLastError(std::string(kNotLive));
+            return fail;
+        }
         if (!alive(h)) {
             esdata::setLastError(std::string("the handle is dead (its item was deleted)"));
             return fail;
         }
         cat.noticeOtherWriters();
-        return f(cat);
+        return outward<R>(f(cat));
     });
 }
 

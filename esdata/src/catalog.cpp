@@ -295,6 +295,19 @@ QByteArray readOnlyUri(const QString& path)
 
 } // namespace
 
+// Attributes whose schemas are held at most: a walk over thousands of tables, or an import
+// adding a table per element, keeps the schemas of the last few hundred tables only. A trim
+// lets go of a quarter, so that handles are forgotten in batches.
+// ESDATA_HELD_ATTRIBUTES=n in the environment of a test sets another bound for the catalogs
+// opened from then on.
+constexpr size_t kHeldAttributes = 16384;
+
+size_t heldAttributes()
+{
+    const QByteArray n = qgetenv("ESDATA_HELD_ATTRIBUTES");
+    return n.toULongLong() > 0 ? size_t(n.toULongLong()) : kHeldAttributes;
+}
+
 std::unique_ptr<Catalog> Catalog::open(const std::u16string& path, std::u16string_view dbName,
                                        bool create, std::string& error, bool readOnly)
 {
@@ -310,6 +323,7 @@ std::unique_ptr<Catalog> Catalog::open(const std::u16string& path, std::u16strin
         return nullptr;
     }
     std::unique_ptr<Catalog> cat(new Catalog());
+    cat->m_heldAttributes = heldAttributes();
     cat->m_path = path;
     cat->m_dbName = std::u16string(dbName);
     cat->m_filesDir = path + u".files";
@@ -770,38 +784,136 @@ bool Catalog::deleteChild(es_folder* folder, es_folder* child)
 const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
 {
     if (!fresh(table->schemaGen)) {
-        table->attributes.clear();
+        // The objects of the schema read before keep their handles when read again.
+        std::vector<es_attribute*> before;
+        before.swap(table->attributes);
+        const size_t oldSize = before.size();
+        // Found at the same place unless the schema changed; by a map of the ids otherwise.
+        std::unordered_map<int64_t, size_t> byId;
+        auto reuse = [&](int64_t id, size_t at) -> es_attribute* {
+            size_t k = before.size();
+            if (at < before.size() && before[at] && before[at]->id == id) {
+                k = at;
+            } else {
+                if (byId.empty())
+                    for (size_t j = 0; j < before.size(); ++j)
+                        if (before[j]) byId.emplace(before[j]->id, j);
+                if (auto it = byId.find(id); it != byId.end()) k = it->second;
+            }
+            if (k == before.size() || !before[k]) return nullptr;
+            es_attribute* found = before[k];
+            before[k] = nullptr;
+            return found;
+        };
+        // The handles of new objects are tracked in one go once the schema is read.
+        std::vector<std::pair<const void*, void*>> untracked;
         table->maxPos = 0;
         Query q = query(sSchema);
         q.bind(1, table->folder->id);
         while (q.next()) {
             int64_t id = q.i64(0);
-            es_attribute* a;
-            if (auto it = m_attributes.find(id); it != m_attributes.end()) {
-                a = it->second;
-            } else {
-                a = &m_attributeArena.emplace_back();
-                trackHandle(a, HandleKind::Attribute, this);
-                a->cat = this;
-                a->id = id;
-                m_attributes.emplace(id, a);
-            }
+            es_attribute* a = reuse(id, table->attributes.size());
+            if (!a) a = newAttribute(id, table, &untracked);
             a->table = table;
             a->index = static_cast<uint32_t>(table->attributes.size());
             a->number = q.i32(1);
             a->oldNumber = q.i32(2);
-            a->name = intern(q, 3);
-            a->description = intern(q, 4);
+            // The new text is taken before the old one is let go: often they are the same.
+            auto text = [&](const std::u16string*& field, int column) {
+                const std::u16string* old = field;
+                field = intern(q, column);
+                release(old);
+            };
+            text(a->name, 3);
+            text(a->description, 4);
             a->type = static_cast<uint32_t>(q.i64(5));
-            a->varName = intern(q, 6);
-            a->measure = intern(q, 7);
-            a->formula = intern(q, 8);
+            text(a->varName, 6);
+            text(a->measure, 7);
+            text(a->formula, 8);
             table->maxPos = std::max(table->maxPos, q.i64(9));
             table->attributes.push_back(a);
         }
+        trackFaces(untracked, HandleKind::Attribute, this);
+        // What the catalog no longer holds goes.
+        std::vector<const void*> faces;
+        for (es_attribute* gone : before)
+            if (gone) recycle(gone, faces);
+        forgetHandles(faces);
         table->schemaGen = m_gen;
+        schemaResized(table, oldSize);
     }
+    table->recent = true;
     return table->attributes;
+}
+
+es_attribute* Catalog::newAttribute(int64_t id, es_table* table,
+                                    std::vector<std::pair<const void*, void*>>* untracked)
+{
+    es_attribute* a;
+    if (!m_freeAttributes.empty()) {
+        a = m_freeAttributes.back();
+        m_freeAttributes.pop_back();
+    } else {
+        a = &m_attributeArena.emplace_back();
+    }
+    a->face = newFace();
+    if (untracked)
+        untracked->emplace_back(a->face, a);
+    else
+        trackHandle(a->face, HandleKind::Attribute, this, a);
+    a->cat = this;
+    a->id = id;
+    a->table = table;
+    return a;
+}
+
+void Catalog::recycle(es_attribute* a, std::vector<const void*>& faces)
+{
+    faces.push_back(a->face);
+    for (const std::u16string* text : {a->name, a->description, a->varName, a->measure, a->formula})
+        release(text);
+    *a = es_attribute();
+    m_freeAttributes.push_back(a);
+}
+
+void Catalog::schemaResized(es_table* table, size_t oldSize)
+{
+    if (table->listed) {
+        m_schemaAttributes -= std::min(m_schemaAttributes, oldSize);
+    } else if (!table->attributes.empty()) {
+        table->listed = true;
+        m_schemas.push_back(table);
+    }
+    m_schemaAttributes += table->attributes.size();
+    if (m_inScope && !table->attributes.empty()) table->scopePin = m_scopeSerial;
+    if (m_schemaAttributes > m_heldAttributes) trimSchemas(table);
+}
+
+// Lets go of the schemas used least recently, a recently used one getting a second chance.
+// Never the schema of keep (being read or written), of a table used in the call under way, or
+// one with attributes added in the open scope (a rollback drops those by their objects).
+void Catalog::trimSchemas(es_table* keep)
+{
+    std::vector<const void*> faces;
+    const size_t target = m_heldAttributes - m_heldAttributes / 4;
+    for (size_t looked = m_schemas.size(); looked > 0 && m_schemaAttributes > target; --looked) {
+        es_table* t = m_schemas.front();
+        m_schemas.pop_front();
+        const bool pinned = m_inScope && t->scopePin == m_scopeSerial;
+        if (t == keep || t->recent || pinned) {
+            t->recent = false;
+            m_schemas.push_back(t);
+            continue;
+        }
+        m_schemaAttributes -= std::min(m_schemaAttributes, t->attributes.size());
+        for (es_attribute* a : t->attributes)
+            recycle(a, faces);
+        std::vector<es_attribute*>().swap(t->attributes);
+        std::unordered_map<std::u16string_view, es_attribute*>().swap(t->byName);
+        t->schemaGen = t->byNameGen = kStale;
+        t->listed = false;
+    }
+    forgetHandles(faces);
 }
 
 es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
@@ -818,7 +930,7 @@ es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
             table->byName.emplace(*a->name, a);
         table->byNameGen = m_gen;
     }
-    auto it = table->byName.find(std::u16string(name));
+    auto it = table->byName.find(name);
     return it == table->byName.end() ? nullptr : it->second;
 }
 
@@ -856,11 +968,7 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
         ins.run();
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
-    es_attribute* a = &m_attributeArena.emplace_back();
-    trackHandle(a, HandleKind::Attribute, this);
-    a->cat = this;
-    a->id = id;
-    a->table = table;
+    es_attribute* a = newAttribute(id, table);
     a->index = static_cast<uint32_t>(table->attributes.size());
     a->number = number;
     a->oldNumber = oldNumber;
@@ -872,11 +980,11 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
         a->measure = intern(fields->measure);
         a->formula = intern(fields->formula);
     }
-    m_attributes.emplace(id, a);
     table->maxPos = pos;
     table->attributes.push_back(a);
     if (fresh(table->byNameGen)) table->byName.emplace(*a->name, a);
     created(Kind::Attribute, a);
+    schemaResized(table, table->attributes.size() - 1);
     return a;
 }
 
@@ -904,7 +1012,9 @@ bool Catalog::setAttributeText(es_attribute* a, AttrText field, std::u16string_v
     const std::u16string*& target = field == AttrText::VarName   ? a->varName
                                     : field == AttrText::Measure ? a->measure
                                                                  : a->formula;
+    const std::u16string* old = target;
     target = intern(text);
+    release(old);
     return true;
 }
 
@@ -1077,6 +1187,8 @@ void Catalog::keepCached(es_stdsize* e)
             std::vector<uint8_t>().swap(p->icon);
             std::u16string().swap(p->file);
             std::u16string().swap(p->digest);
+            std::u16string().swap(p->name);
+            std::u16string().swap(p->description);
         }
         list.gen = kStale;
     }
@@ -1595,6 +1707,7 @@ bool Catalog::begin()
     refuseIfReadOnly();
     query(sBegin).run();
     m_inScope = true;
+    ++m_scopeSerial;
     m_unusedBeforeScope = m_unused.size();
     m_scopeOwner = std::this_thread::get_id();
     m_scopeCreated.clear();
@@ -1620,7 +1733,9 @@ const std::u16string* Catalog::intern(std::u16string_view s)
 {
     if (s.empty()) return &kNoText;
     m_scratch.assign(s);
-    return &*m_strings.insert(m_scratch).first;
+    auto it = m_strings.try_emplace(m_scratch, 0).first;
+    ++it->second;
+    return &it->first;
 }
 
 const std::u16string* Catalog::intern(const Query& q, int column)
@@ -1628,7 +1743,16 @@ const std::u16string* Catalog::intern(const Query& q, int column)
     q.text(column, m_scratch);
     if (m_scratch.empty()) return &kNoText;
     auto it = m_strings.find(m_scratch);
-    return it != m_strings.end() ? &*it : &*m_strings.insert(m_scratch).first;
+    if (it == m_strings.end()) it = m_strings.emplace(m_scratch, 0).first;
+    ++it->second;
+    return &it->first;
+}
+
+void Catalog::release(const std::u16string* s)
+{
+    if (!s || s == &kNoText) return;
+    if (auto it = m_strings.find(*s); it != m_strings.end() && --it->second == 0)
+        m_strings.erase(it);
 }
 
 void Catalog::abandonScope()
@@ -1652,7 +1776,6 @@ void Catalog::eraseFromMap(const Tracked& t)
         m_folders.erase(t.h->id);
         break;
     case Kind::Attribute:
-        m_attributes.erase(t.h->id);
         break;
     case Kind::Element:
         m_elements.erase(t.h->id);
@@ -1707,10 +1830,22 @@ bool Catalog::rollback()
     // matters for a handle both made and killed inside the scope.
     for (const Tracked& t : m_scopeKilled)
         t.h->dead = false;
+    std::vector<const void*> faces;
     for (const Tracked& t : m_scopeCreated) {
         t.h->dead = true;
         eraseFromMap(t);
+        // An attribute made inside goes from its schema at once; its object is used again.
+        if (t.kind == Kind::Attribute) {
+            auto* a = static_cast<es_attribute*>(t.h);
+            if (es_table* table = a->table) {
+                std::erase(table->attributes, a);
+                if (table->listed) m_schemaAttributes -= std::min<size_t>(m_schemaAttributes, 1);
+                table->schemaGen = table->byNameGen = kStale;
+            }
+            recycle(a, faces);
+        }
     }
+    forgetHandles(faces);
     m_scopeCreated.clear();
     m_scopeKilled.clear();
     dropCaches();

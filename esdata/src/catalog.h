@@ -173,6 +173,19 @@ private:
     void eraseFromMap(const Tracked& t);
     const std::u16string* intern(std::u16string_view s);
     const std::u16string* intern(const Query& q, int column);
+    // Lets go of one use of an interned text.
+    void release(const std::u16string* s);
+    // An attribute object for row id of table under a new face, tracked at once or, with
+    // untracked, noted there for the caller to track.
+    es_attribute* newAttribute(int64_t id, es_table* table,
+                               std::vector<std::pair<const void*, void*>>* untracked = nullptr);
+    // Lets go of the attribute: its face is refused from now on, its texts released and the
+    // object kept for the next attribute.
+    void recycle(es_attribute* a, std::vector<const void*>& faces);
+    // Notes that table's schema changed from oldSize attributes to its present size, and lets
+    // go of the schemas used least recently while more attributes than the bound are held.
+    void schemaResized(es_table* table, size_t oldSize);
+    void trimSchemas(es_table* keep);
     void ensureStored(std::u16string_view file, std::u16string& name, std::u16string& digest);
     // Notes the stored files the rows about to be deleted by s (of id) name.
     void collectFiles(Stmt s, int64_t id);
@@ -198,7 +211,15 @@ private:
     uint64_t m_valueLoads = 0;
     bool m_filesDirReady = false;
     bool m_readOnly = false;
-    std::unordered_set<std::u16string> m_strings;
+    // Interned texts with the number of their uses.
+    std::unordered_map<std::u16string, uint32_t> m_strings;
+    // Tables whose schema is held, in the order they came to hold it; how many attributes
+    // they hold together; attribute objects free for use again.
+    std::deque<es_table*> m_schemas;
+    size_t m_schemaAttributes = 0;
+    size_t m_heldAttributes = 0;
+    std::vector<es_attribute*> m_freeAttributes;
+    uint64_t m_scopeSerial = 0;
     std::u16string m_scratch;
 
     std::deque<es_packet> m_packetArena;
@@ -209,7 +230,6 @@ private:
     std::deque<es_spec> m_specArena;
     std::unordered_map<int64_t, es_packet*> m_packets;
     std::unordered_map<int64_t, es_folder*> m_folders;
-    std::unordered_map<int64_t, es_attribute*> m_attributes;
     std::unordered_map<int64_t, es_stdsize*> m_elements;
     std::unordered_map<int64_t, es_projection*> m_projections;
     std::unordered_map<int64_t, es_spec*> m_specs;

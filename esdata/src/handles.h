@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -71,7 +72,13 @@ struct es_table
     std::vector<es_attribute*> attributes;
     int64_t maxPos = 0;                  // highest stored position of the schema
     uint64_t byNameGen = esdata::kStale; // the name index is built for wide tables only
-    std::unordered_map<std::u16string, es_attribute*> byName;
+    // Keyed by the attributes' interned names, which live as long as the attributes.
+    std::unordered_map<std::u16string_view, es_attribute*> byName;
+    // The schema's attributes are let go when the catalog holds too many: listed while it
+    // holds any, recent when used since the last look, pinned by the scope that added some.
+    bool listed = false;
+    bool recent = false;
+    uint64_t scopePin = 0;
     uint64_t elementsGen = esdata::kStale;
     std::vector<es_stdsize*> elements;
 };
@@ -88,6 +95,9 @@ struct es_folder : esdata::Handle
 
 struct es_attribute : esdata::Handle
 {
+    // The handle callers are given: the object is used again for another attribute once its
+    // table's schema is let go, and a handle kept past that is refused.
+    const void* face = nullptr;
     es_table* table = nullptr;
     uint32_t index = 0;
     int32_t number = 0;

@@ -34,6 +34,7 @@ struct HandleInfo
 {
     HandleKind kind;
     Catalog* cat;
+    void* object;
 };
 
 struct HandleTable
@@ -55,6 +56,7 @@ struct Remembered
     HandleKind kind = HandleKind::Provider;
     uint64_t epoch = 0;
     Catalog* cat = nullptr;
+    void* object = nullptr;
     std::weak_ptr<Catalog> weak; // its own, so that a closed catalog reads as expired
 };
 
@@ -194,15 +196,45 @@ es_pool* poolForLibrary(std::u16string_view libraryId)
     return nullptr;
 }
 
-void trackHandle(const void* h, HandleKind kind, Catalog* cat)
+void trackHandle(const void* h, HandleKind kind, Catalog* cat, void* object)
 {
+    const HandleInfo info{kind, cat, object ? object : const_cast<void*>(h)};
     HandleTable& t = handleTable();
     std::unique_lock lock(t.mutex);
-    auto [it, added] = t.handles.try_emplace(h, HandleInfo{kind, cat});
-    if (!added && (it->second.kind != kind || it->second.cat != cat)) {
-        it->second = HandleInfo{kind, cat};
+    auto [it, added] = t.handles.try_emplace(h, info);
+    if (!added &&
+        (it->second.kind != kind || it->second.cat != cat || it->second.object != info.object)) {
+        it->second = info;
         g_epoch.fetch_add(1, std::memory_order_acq_rel);
     }
+}
+
+const void* newFace()
+{
+    // Odd, so never the address of anything the store allocates.
+    static std::atomic<uintptr_t> next{1};
+    return reinterpret_cast<const void*>((next.fetch_add(1, std::memory_order_relaxed) << 1) | 1);
+}
+
+void trackFaces(const std::vector<std::pair<const void*, void*>>& faces, HandleKind kind,
+                Catalog* cat)
+{
+    if (faces.empty()) return;
+    HandleTable& t = handleTable();
+    std::unique_lock lock(t.mutex);
+    // Faces are new: nothing remembered is about them.
+    for (const auto& [face, object] : faces)
+        t.handles.emplace(face, HandleInfo{kind, cat, object});
+}
+
+void forgetHandles(const std::vector<const void*>& hs)
+{
+    if (hs.empty()) return;
+    HandleTable& t = handleTable();
+    std::unique_lock lock(t.mutex);
+    for (const void* h : hs)
+        t.handles.erase(h);
+    g_epoch.fetch_add(1, std::memory_order_acq_rel);
 }
 
 void forgetHandles(Catalog* cat)
@@ -213,14 +245,18 @@ void forgetHandles(Catalog* cat)
     g_epoch.fetch_add(1, std::memory_order_acq_rel);
 }
 
-std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind)
+std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind, void** object)
 {
     Remembered& r = slotOf(h);
     const uint64_t epoch = g_epoch.load(std::memory_order_acquire);
     if (r.h == h && r.kind == kind && r.epoch == epoch) {
         std::shared_ptr<Catalog> held = r.weak.lock();
-        // Held now; still the handle's catalog unless the table moved meanwhile.
-        if (held && g_epoch.load(std::memory_order_acquire) == epoch) return held;
+        // Held now; still the handle's catalog unless the table moved meanwhile. The item
+        // stays while the catalog is held: it is let go only under the catalog's lock.
+        if (held && g_epoch.load(std::memory_order_acquire) == epoch) {
+            if (object) *object = r.object;
+            return held;
+        }
     }
     HandleTable& t = handleTable();
     std::shared_lock lock(t.mutex);
@@ -228,22 +264,33 @@ std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind)
     if (it == t.handles.end() || it->second.kind != kind) return nullptr;
     // Alive: its handles leave the table before it is destroyed.
     std::shared_ptr<Catalog> held = it->second.cat->self.lock();
-    if (held) r = Remembered{h, kind, g_epoch.load(std::memory_order_acquire), held.get(), held};
+    if (held) {
+        r = Remembered{
+            h, kind, g_epoch.load(std::memory_order_acquire), held.get(), it->second.object, held};
+        if (object) *object = it->second.object;
+    }
     return held;
 }
 
-bool isHandle(const void* h, HandleKind kind, const Catalog* cat)
+bool isHandle(const void* h, HandleKind kind, const Catalog* cat, void** object)
 {
     Remembered& r = slotOf(h);
     // The caller holds cat: an unchanged epoch means the answer remembered still stands.
-    if (r.h == h && r.kind == kind && r.epoch == g_epoch.load(std::memory_order_acquire))
+    if (r.h == h && r.kind == kind && r.epoch == g_epoch.load(std::memory_order_acquire)) {
+        if (object) *object = r.object;
         return r.cat == cat;
+    }
     HandleTable& t = handleTable();
     std::shared_lock lock(t.mutex);
     auto it = t.handles.find(h);
     if (it == t.handles.end() || it->second.kind != kind) return false;
-    r = Remembered{h, kind, g_epoch.load(std::memory_order_acquire), it->second.cat,
+    r = Remembered{h,
+                   kind,
+                   g_epoch.load(std::memory_order_acquire),
+                   it->second.cat,
+                   it->second.object,
                    it->second.cat->self};
+    if (object) *object = it->second.object;
     return it->second.cat == cat;
 }
 

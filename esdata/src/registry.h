@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 struct es_provider;
 struct es_pool;
@@ -31,12 +32,24 @@ enum class HandleKind : uint8_t
     Projection,
     Spec
 };
-void trackHandle(const void* h, HandleKind kind, Catalog* cat);
+// object: what h stands for, when h is not the item's own address (a face); h otherwise.
+void trackHandle(const void* h, HandleKind kind, Catalog* cat, void* object = nullptr);
 void forgetHandles(Catalog* cat);
-// The open catalog of h when h is a handle of that kind, kept alive while the result is held.
-std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind);
-// True when h is a handle of that kind of catalog cat (which the caller holds).
-bool isHandle(const void* h, HandleKind kind, const Catalog* cat);
+// A handle value for an item whose memory is used again for other items once it is let go:
+// never given before and never given again, and no address of anything, so that a handle
+// kept past the item's release is refused, never taken for the item in its place.
+const void* newFace();
+// Tracks faces with what each stands for, at once.
+void trackFaces(const std::vector<std::pair<const void*, void*>>& faces, HandleKind kind,
+                Catalog* cat);
+// Refuses the handles hs from now on.
+void forgetHandles(const std::vector<const void*>& hs);
+// The open catalog of h when h is a handle of that kind, kept alive while the result is held;
+// object, when given, receives what h stands for.
+std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind, void** object = nullptr);
+// True when h is a handle of that kind of catalog cat (which the caller holds); object, when
+// given, receives what h stands for.
+bool isHandle(const void* h, HandleKind kind, const Catalog* cat, void** object = nullptr);
 
 // readOnly: every write fails; a catalog open for writing is not shared with it.
 es_provider* openCatalog(std::u16string_view path, std::u16string_view dbName, bool create,

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -53,6 +54,48 @@ constexpr qint64 maxDocumentElements = 2'000'000;
 std::optional<ParsedDocument> parseDocument(const QByteArray& text);
 // The same, letting go of the text once it is parsed, before the records are made.
 std::optional<ParsedDocument> parseDocument(QByteArray&& text);
+
+// Reads a document as its text arrives, part by part, so that neither the text nor more than
+// a bounded part of it is ever held: elements are parsed in batches as they complete and their
+// text let go. Only the plain form the writer gives is read this way (one top object, its
+// "comment" before its "std-size", no comments in the text); for anything else, and for a
+// document with an error, the feed gives up and the caller reads the text whole with
+// parseDocument(), which says what is wrong. The records it gives are those parseDocument()
+// gives for the same text.
+class DocumentFeed
+{
+public:
+    DocumentFeed();
+    ~DocumentFeed();
+    DocumentFeed(const DocumentFeed&) = delete;
+    DocumentFeed& operator=(const DocumentFeed&) = delete;
+
+    // Takes the next part of the text; false once the feed has given up.
+    bool feed(const char* data, size_t size);
+    // After the last part: the document, or nothing when the feed gave up.
+    std::optional<ParsedDocument> finish();
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+// Lets records share the texts they repeat (names, descriptions, units, variable names, the
+// packet and folder texts, and values up to a bounded number of distinct ones) and gives back
+// the room their lists and texts hold beyond their contents. The records read the same.
+class TextPool
+{
+public:
+    TextPool();
+    ~TextPool();
+    TextPool(const TextPool&) = delete;
+    TextPool& operator=(const TextPool&) = delete;
+    void compact(ImportRecord& record);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
 
 // An entry name the document may refer to: relative, without "..", a drive, a leading
 // separator or control characters.

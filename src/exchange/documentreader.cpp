@@ -296,8 +296,52 @@ bool parseWhole(const QByteArray& text, QByteArray* owned, ParsedDocument& doc)
 // Elements per task of the pool: enough to make a task worth scheduling.
 constexpr size_t elementsPerTask = 64;
 
-// The header from the document without its elements, then each element parsed on its own,
-// spread over the pool: only one element's tree per thread exists at a time.
+// Parses the elements at spans of data into out (as many records as spans), spread over the
+// pool: only one element's tree per thread exists at a time. False with the first failure in
+// document order when an element cannot be read.
+bool parseSpans(const char* data, const std::vector<DocumentLayout::Span>& spans, const Reader& r,
+                ImportRecord* out, QString& failure)
+{
+    const size_t count = spans.size();
+    const size_t tasks = (count + elementsPerTask - 1) / elementsPerTask;
+    std::vector<QString> failures(tasks);
+    std::atomic<bool> failed = false;
+    std::vector<size_t> taskIndexes(tasks);
+    std::iota(taskIndexes.begin(), taskIndexes.end(), size_t(0));
+    QtConcurrent::blockingMap(taskIndexes, [&](size_t task) {
+        if (failed.load()) return;
+        // Elements sit two levels down in the document.
+        const std::unique_ptr<Json::CharReader> reader = jsonReader(maxDepth - 2);
+        const size_t last = std::min(count, (task + 1) * elementsPerTask);
+        for (size_t i = task * elementsPerTask; i < last; ++i) {
+            const DocumentLayout::Span& span = spans[i];
+            if (r.utf8 && readPlainElement(data + span.begin, data + span.end, out[i])) continue;
+            Json::Value item;
+            std::string itemErrors;
+            try {
+                if (!reader->parse(data + span.begin, data + span.end, &item, &itemErrors)) {
+                    failures[task] = QString::fromStdString(itemErrors);
+                } else {
+                    out[i] = r.element(item);
+                    continue;
+                }
+            } catch (const std::exception& e) {
+                failures[task] = QString::fromUtf8(e.what());
+            }
+            failed = true;
+            return;
+        }
+    });
+    if (!failed.load()) return true;
+    for (const QString& f : failures) {
+        if (f.isEmpty()) continue;
+        failure = f;
+        break;
+    }
+    return false;
+}
+
+// The header from the document without its elements, then the elements parsed on their own.
 bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocument& doc)
 {
     // The split stops one past the bound, before the list's end.
@@ -313,48 +357,11 @@ bool parseSplit(const QByteArray& text, const DocumentLayout& layout, ParsedDocu
     const Reader r = header(root, doc.header);
     r.array(root["std-size"]);
 
-    const size_t count = layout.elements.size();
-    doc.records.resize(count);
-    const size_t tasks = (count + elementsPerTask - 1) / elementsPerTask;
-    // The first failure in document order is the one reported.
-    std::vector<QString> failures(tasks);
-    std::atomic<bool> failed = false;
-    std::vector<size_t> taskIndexes(tasks);
-    std::iota(taskIndexes.begin(), taskIndexes.end(), size_t(0));
-    QtConcurrent::blockingMap(taskIndexes, [&](size_t task) {
-        if (failed.load()) return;
-        // Elements sit two levels down in the document.
-        const std::unique_ptr<Json::CharReader> reader = jsonReader(maxDepth - 2);
-        const size_t last = std::min(count, (task + 1) * elementsPerTask);
-        for (size_t i = task * elementsPerTask; i < last; ++i) {
-            const DocumentLayout::Span& span = layout.elements[i];
-            if (r.utf8 && readPlainElement(data + span.begin, data + span.end, doc.records[i]))
-                continue;
-            Json::Value item;
-            std::string itemErrors;
-            try {
-                if (!reader->parse(data + span.begin, data + span.end, &item, &itemErrors)) {
-                    failures[task] = QString::fromStdString(itemErrors);
-                } else {
-                    doc.records[i] = r.element(item);
-                    continue;
-                }
-            } catch (const std::exception& e) {
-                failures[task] = QString::fromUtf8(e.what());
-            }
-            failed = true;
-            return;
-        }
-    });
-    if (failed.load()) {
-        for (const QString& failure : failures) {
-            if (failure.isEmpty()) continue;
-            qDebug().noquote() << texts::jsonUnparsable() << failure;
-            break;
-        }
-        return false;
-    }
-    return true;
+    doc.records.resize(layout.elements.size());
+    QString failure;
+    if (parseSpans(data, layout.elements, r, doc.records.data(), failure)) return true;
+    qDebug().noquote() << texts::jsonUnparsable() << failure;
+    return false;
 }
 
 // owned, when given, is text itself, released as soon as the records are made.
@@ -401,6 +408,228 @@ std::optional<ParsedDocument> parseDocument(QByteArray&& text)
 {
     QByteArray owned = std::move(text);
     return parse(owned, &owned);
+}
+
+// Elements collected before a batch is parsed: a few megabytes of text, many tasks for the
+// pool.
+constexpr size_t feedBatchBytes = size_t(4) << 20;
+constexpr size_t feedBatchElements = 2048;
+
+struct DocumentFeed::Private
+{
+    enum class Stage
+    {
+        Open,   // before the top object's "{"
+        Member, // before a member's name
+        First,  // just inside the list
+        Item,   // before an element of the list
+        Next,   // after an element of the list
+        After,  // after a member
+        Closed, // after the top object's "}"
+    };
+
+    Stage stage = Stage::Open;
+    bool failed = false;
+    bool listSeen = false;
+    std::string text; // the text not yet stepped over, from its first pending element on
+    size_t pos = 0;   // how far the text is stepped over
+    // Scanning waits until the text reaches this size: a step that ran out of text is tried
+    // again only once the text past its start has doubled, so that a long member is not
+    // scanned over and over.
+    size_t waitFor = 0;
+    std::string skeleton; // the document without its elements
+    std::vector<DocumentLayout::Span> pending;
+    size_t pendingBytes = 0;
+    size_t elements = 0;
+    Reader reader;
+    DocumentHeader header;
+    std::vector<ImportRecord> records;
+    TextPool pool;
+
+    bool fail()
+    {
+        failed = true;
+        text = std::string();
+        pending.clear();
+        records.clear();
+        return false;
+    }
+
+    // The header as the text before the list gives it, which the elements need to be read.
+    bool readHeader()
+    {
+        const std::string early = skeleton + "]}";
+        Json::Value root;
+        std::string errors;
+        if (!jsonReader(maxDepth)->parse(early.data(), early.data() + early.size(), &root, &errors))
+            return false;
+        reader = exchange::header(root, header);
+        return true;
+    }
+
+    // Parses the pending elements into records and lets go of their text.
+    bool parsePending()
+    {
+        if (!pending.empty()) {
+            const size_t first = records.size();
+            records.resize(first + pending.size());
+            QString failure;
+            if (!parseSpans(text.data(), pending, reader, records.data() + first, failure))
+                return false;
+            for (size_t i = first; i < records.size(); ++i)
+                pool.compact(records[i]);
+            pending.clear();
+            pendingBytes = 0;
+        }
+        text.erase(0, pos);
+        waitFor = waitFor > pos ? waitFor - pos : 0;
+        pos = 0;
+        return true;
+    }
+
+    // Steps over what the text holds, last telling whether more will come; false when the
+    // document is not of the form read here.
+    bool scan(bool last)
+    {
+        for (;;) {
+            const Stage from = stage;
+            const size_t start = pos;
+            DocumentScanner s(text.data(), text.size(), pos);
+            bool ok = true;
+            switch (from) {
+            case Stage::Open:
+                ok = s.skipSpace() && s.take('{') && s.skipSpace();
+                if (ok) stage = s.take('}') ? Stage::Closed : Stage::Member;
+                break;
+            case Stage::Member: {
+                const size_t key = s.pos();
+                bool plain = true;
+                ok = s.string(plain);
+                if (ok && !plain) return false;
+                const bool isList = ok && s.keyIs(key, "std-size");
+                ok = ok && s.skipSpace() && s.take(':') && s.skipSpace();
+                if (!ok) break;
+                if (!isList) {
+                    ok = s.value();
+                    stage = Stage::After;
+                } else if (listSeen || s.peek() != '[') {
+                    // One list, and one that is a list: anything else is read whole.
+                    ok = false;
+                } else {
+                    s.take('[');
+                    stage = Stage::First;
+                }
+                break;
+            }
+            case Stage::First:
+                ok = s.skipSpace();
+                if (ok) stage = s.take(']') ? Stage::After : Stage::Item;
+                break;
+            case Stage::Item:
+                ok = s.value();
+                stage = Stage::Next;
+                break;
+            case Stage::Next:
+            case Stage::After: {
+                const bool inList = from == Stage::Next;
+                ok = s.skipSpace();
+                if (!ok) break;
+                if (s.take(inList ? ']' : '}'))
+                    stage = inList ? Stage::After : Stage::Closed;
+                else if (s.take(','))
+                    ok = s.skipSpace(), stage = inList ? Stage::Item : Stage::Member;
+                else
+                    ok = false;
+                break;
+            }
+            case Stage::Closed:
+                ok = s.skipSpace();
+                if (!ok || !s.atEnd()) return false;
+                pos = s.pos();
+                return true;
+            }
+            // A step is taken only when the text goes on past it (a number or a name cut off
+            // at the end of a part would read as whole), or at the end of the text.
+            if (!ok || (s.atEnd() && !last)) {
+                if (last || !s.atEnd()) return false;
+                stage = from;
+                waitFor = text.size() + std::max<size_t>(text.size() - start, 1);
+                return true;
+            }
+            // The skeleton keeps all but the elements, the list's brackets included.
+            const bool inList = from == Stage::First || from == Stage::Item || from == Stage::Next;
+            if (!inList)
+                skeleton.append(text, start, s.pos() - start);
+            else if (stage == Stage::After)
+                skeleton.push_back(']');
+            if (from == Stage::Member && stage == Stage::First) {
+                listSeen = true;
+                if (!readHeader()) return false;
+            }
+            if (from == Stage::Item) {
+                pending.push_back({start, s.pos()});
+                pendingBytes += s.pos() - start;
+                if (++elements > size_t(maxDocumentElements)) return false;
+            }
+            pos = s.pos();
+        }
+    }
+};
+
+DocumentFeed::DocumentFeed() : d(std::make_unique<Private>())
+{}
+
+DocumentFeed::~DocumentFeed() = default;
+
+bool DocumentFeed::feed(const char* data, size_t size)
+{
+    if (d->failed) return false;
+    d->text.append(data, size);
+    if (d->text.size() < d->waitFor) return true;
+    try {
+        if (!d->scan(false)) return d->fail();
+        if (d->pending.empty() || d->pendingBytes >= feedBatchBytes ||
+            d->pending.size() >= feedBatchElements) {
+            if (!d->parsePending()) return d->fail();
+        }
+    } catch (const std::exception&) {
+        return d->fail();
+    }
+    return true;
+}
+
+std::optional<ParsedDocument> DocumentFeed::finish()
+{
+    if (d->failed) return std::nullopt;
+    try {
+        if (!d->scan(true) || d->stage != Private::Stage::Closed || !d->listSeen ||
+            !d->parsePending()) {
+            d->fail();
+            return std::nullopt;
+        }
+        // The skeleton read as the whole reading reads it, so that what follows the list is
+        // checked as well, and the header it gives must be the one the elements were read by.
+        Json::Value root;
+        std::string errors;
+        const std::string& text = d->skeleton;
+        if (!jsonReader(maxDepth)->parse(text.data(), text.data() + text.size(), &root, &errors))
+            return std::nullopt;
+        ParsedDocument doc;
+        const Reader r = header(root, doc.header);
+        r.array(root["std-size"]);
+        if (r.utf8 != d->reader.utf8 || doc.header.encoding != d->header.encoding ||
+            doc.header.libName != d->header.libName ||
+            doc.header.exportDate != d->header.exportDate)
+            return std::nullopt;
+        for (const ImportRecord& record : d->records)
+            if (!referencesAreSafe(record)) return std::nullopt;
+        doc.records = std::move(d->records);
+        d->fail();
+        return doc;
+    } catch (const std::exception&) {
+        d->fail();
+        return std::nullopt;
+    }
 }
 
 QString ImportRecord::describe() const

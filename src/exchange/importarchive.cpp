@@ -35,6 +35,35 @@ QString safeSuffix(const QString& entryName)
     return plain.match(suffix).hasMatch() ? QLatin1Char('.') + suffix : QString();
 }
 
+// Thrown out of the archive's read once the feed has given up on the document.
+struct FeedGaveUp
+{
+};
+
+// The document read as it is inflated, never held whole; a document the feed does not read
+// (not of the writer's plain form, or with an error) is read again whole, which says what is
+// wrong.
+std::optional<ParsedDocument> readDocument(zipper::unzip& zip, const QString& name)
+{
+    {
+        DocumentFeed feed;
+        try {
+            zip.read(name, maxDocumentSize, [&feed](const char* data, std::int64_t size) {
+                if (!feed.feed(data, size_t(size))) throw FeedGaveUp();
+            });
+            if (std::optional<ParsedDocument> doc = feed.finish()) return doc;
+        } catch (const FeedGaveUp&) {
+        }
+    }
+    std::optional<ParsedDocument> doc = parseDocument(zip.readAll(name, maxDocumentSize));
+    if (doc) {
+        TextPool pool;
+        for (ImportRecord& record : doc->records)
+            pool.compact(record);
+    }
+    return doc;
+}
+
 } // namespace
 
 // How many records the prefetch may run ahead of the writes: far enough to keep the writer
@@ -158,7 +187,7 @@ ImportArchive::Status ImportArchive::open(const QString& path, const QString& ke
             }
             return m_status;
         }
-        doc = parseDocument(d->zip->readAll(name, maxDocumentSize));
+        doc = readDocument(*d->zip, name);
     } catch (const std::exception& e) {
         m_detail = QString::fromUtf8(e.what());
         d->zip.reset();

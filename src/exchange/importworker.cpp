@@ -92,6 +92,18 @@ std::vector<ImportArchive::Prefetch> prefetchList(const std::vector<ImportRecord
     return list;
 }
 
+// A record whose writes stand (or that failed for good) is not read again but for the texts
+// that name it: the rest goes, so that the records written so far hold no memory.
+void release(ImportRecord& record)
+{
+    ImportRecord named;
+    named.packet = std::move(record.packet);
+    named.id = std::move(record.id);
+    named.existing = record.existing;
+    named.skip = record.skip;
+    record = std::move(named);
+}
+
 AddAttributeExFn addAttributeEx()
 {
     static const AddAttributeExFn fn = lookUpAddAttributeEx();
@@ -289,6 +301,7 @@ void ImportWorker::run()
                 } else {
                     discardRecord();
                     ++m_skipped;
+                    release(m_records[j]);
                 }
                 continue;
             }
@@ -306,6 +319,7 @@ void ImportWorker::run()
                 single.reset();
                 m_tree->rollback();
                 ++m_skipped;
+                release(m_records[j]);
             }
         }
     };
@@ -400,6 +414,7 @@ void ImportWorker::counted(size_t from, size_t to)
     for (size_t j = from; j < to; ++j) {
         ++m_written;
         ++(m_replacing[j] ? m_replaced : m_added);
+        release(m_records[j]);
     }
 }
 

@@ -27,6 +27,8 @@ private slots:
     void deletedElementIsDeadButHarmless();
     void handleOfClosedCatalogOrOtherKindIsRefused_data();
     void handleOfClosedCatalogOrOtherKindIsRefused();
+    void letGoAttributeHandleIsRefused_data();
+    void letGoAttributeHandleIsRefused();
     void poolIsFoundByLibraryMarker_data();
     void poolIsFoundByLibraryMarker();
 
@@ -389,6 +391,91 @@ void TstEsdataTree::handleOfClosedCatalogOrOtherKindIsRefused()
     QCOMPARE(v.i, 7);
     QCOMPARE(table_GetStdSizeCount(t), 1u);
     QCOMPARE(folder_GetChildFolderCount(packet_GetRootFolder(pk)), 1u);
+}
+
+void TstEsdataTree::letGoAttributeHandleIsRefused_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::addColumn<bool>("refused");
+    QTest::newRow("schema let go by a walk of other tables") << "walk" << true;
+    QTest::newRow("schema used between the steps of the walk") << "used" << false;
+    QTest::newRow("attribute added in a rolled back scope") << "rollback" << true;
+}
+
+// The store keeps the schemas of a bounded number of attributes and uses the objects of the
+// others again: a handle of an attribute let go is refused, never read or written as the
+// attribute now in its place, and the table gives a new handle that reads the right one.
+void TstEsdataTree::letGoAttributeHandleIsRefused()
+{
+    QFETCH(QString, how);
+    QFETCH(bool, refused);
+    qputenv("ESDATA_HELD_ATTRIBUTES", "8");
+    auto restore = qScopeGuard([] { qunsetenv("ESDATA_HELD_ATTRIBUTES"); });
+    CatalogGuard c(openCatalog(path(how + ".db")));
+    // Six tables of three attributes each, every value telling table and attribute apart.
+    std::vector<es_stdsize_t*> elements;
+    for (int i = 0; i < 6; ++i) {
+        es_stdsize_t* e = addElement(c.get(), u"P", u16(QString("F%1").arg(i)).c_str(),
+                                     u16(QString("E%1").arg(i)).c_str());
+        QVERIFY(e);
+        for (int k = 0; k < 3; ++k) {
+            es_attribute_t* a = table_AddAttribute(
+                stdsize_GetTable(e), u16(QString("A%1_%2").arg(i).arg(k)).c_str(), u"", 1);
+            QVERIFY(stdsize_SetValueI(e, a, i * 10 + k + 1));
+        }
+        elements.push_back(e);
+    }
+    es_table_t* first = stdsize_GetTable(elements[0]);
+    es_attribute_t* old = table_FindAttribute(first, u"A0_0");
+    QVERIFY(old);
+    QCOMPARE(qs(attribute_GetName(old)), QString("A0_0"));
+    QString expected = "A0_0";
+    if (how == "rollback") {
+        QVERIFY(esx_Begin(c.get()));
+        old = table_AddAttribute(first, u"Gone", u"", 1);
+        QVERIFY(old);
+        QVERIFY(esx_Rollback(c.get()));
+        // Most likely in the object the rolled back one had.
+        QVERIFY(table_AddAttribute(first, u"Kept", u"", 1));
+        expected = "Gone";
+    } else {
+        // Every other table's schema read, twice over.
+        for (int round = 0; round < 2; ++round) {
+            for (int i = 1; i < 6; ++i) {
+                es_table_t* t = stdsize_GetTable(elements[size_t(i)]);
+                QCOMPARE(table_GetAttributeCount(t), 3u);
+                QCOMPARE(qs(attribute_GetName(table_GetAttribute(t, 2))), QString("A%1_2").arg(i));
+                if (how == "used") QCOMPARE(qs(attribute_GetName(old)), QString("A0_0"));
+            }
+        }
+    }
+    es_value v;
+    if (!refused) {
+        QCOMPARE(qs(attribute_GetName(old)), expected);
+        QVERIFY(stdsize_GetValue(elements[0], old, &v));
+        QCOMPARE(v.i, 1);
+        return;
+    }
+    QCOMPARE(qs(attribute_GetName(old)), QString());
+    QVERIFY(qs(esx_LastError()).contains("no longer valid"));
+    QCOMPARE(attribute_GetType(old), 0u);
+    for (es_stdsize_t* e : elements) {
+        QVERIFY(!stdsize_GetValue(e, old, &v));
+        QVERIFY(!stdsize_SetValueI(e, old, 99));
+    }
+    // Nothing was written through it; the table's own handles read every value.
+    for (int i = 0; i < 6; ++i) {
+        es_table_t* t = stdsize_GetTable(elements[size_t(i)]);
+        for (int k = 0; k < 3; ++k) {
+            es_attribute_t* a = table_GetAttribute(t, uint32_t(k));
+            QVERIFY(stdsize_GetValue(elements[size_t(i)], a, &v));
+            QCOMPARE(v.i, i * 10 + k + 1);
+        }
+    }
+    es_attribute_t* again = table_FindAttribute(first, u"A0_0");
+    QVERIFY(again && again != old);
+    QCOMPARE(qs(attribute_GetName(again)), QString("A0_0"));
+    QCOMPARE(table_FindAttribute(first, u"Gone"), nullptr);
 }
 
 void TstEsdataTree::deletedElementIsDeadButHarmless()

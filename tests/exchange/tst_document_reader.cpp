@@ -3,6 +3,7 @@
 #include "exchangetexts.h"
 
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTest>
 
 #include <climits>
@@ -24,6 +25,9 @@ private slots:
     void everyElementReadsAsTheTreeReadsIt();
     void textsFollowTheHeaderEncoding_data();
     void textsFollowTheHeaderEncoding();
+    void documentFedInPartsReadsAsWhole_data();
+    void documentFedInPartsReadsAsWhole();
+    void pooledRecordsReadTheSameAndShareTheirNames();
 };
 
 namespace {
@@ -309,6 +313,119 @@ void TestDocumentReader::textsFollowTheHeaderEncoding()
         QCOMPARE(doc->records[1].value(expected[1]), expected[2]);
         QCOMPARE(doc->records[2].value(QStringLiteral("A")), QStringLiteral("v2"));
     }
+}
+
+void TestDocumentReader::documentFedInPartsReadsAsWhole_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("fed"); // read by the feed; otherwise it gives up and gives nothing
+
+    auto at = [](int where, const QByteArray& replacement) {
+        return [=](int i) { return i == where ? replacement : QByteArray(); };
+    };
+    QTest::newRow("writer's form") << document(300) << true;
+    QTest::newRow("no elements") << document(0) << true;
+    QTest::newRow("tight separators") << document(130, {}, ",") << true;
+    // More than one batch of the feed.
+    QTest::newRow("several batches") << document(4500) << true;
+    QTest::newRow("brackets and quotes inside strings")
+        << document(130, at(70, element(70).replace("\"P\"", "\"[{\\\"]}\""))) << true;
+    QTest::newRow("member after the list")
+        << QByteArray(document(5)).replace("\n ]\n}", "\n ], \"extra\" : [1, {\"a\" : 2}]\n}")
+        << true;
+    QTest::newRow("comment between elements") << document(130, {}, ",\n// c\n") << false;
+    QTest::newRow("header after the elements")
+        << QByteArray("{ \"std-size\" : [ " + element(0) +
+                      " ], \"comment\" : { \"encoding\" : "
+                      "\"utf8\", \"export-date\" : \"d\", \"lib-name\" : \"TX\" } }")
+        << false;
+    QTest::newRow("escaped member name")
+        << QByteArray(document(3)).replace("\"std-size\"", "\"std\\u002dsize\"") << false;
+    QTest::newRow("header given twice")
+        << QByteArray(document(3))
+               .replace("\n}\n", ", \"comment\" : { \"encoding\" : \"cp1251\", "
+                                 "\"export-date\" : \"d\", \"lib-name\" : \"VK\" }\n}\n")
+        << false;
+    QTest::newRow("missing comma between elements") << document(130, {}, "\n") << false;
+    QTest::newRow("syntax error in a late element")
+        << document(130, at(129, element(129).replace("\"num\" : 1", "\"num\" : "))) << false;
+    QTest::newRow("element that is a number") << document(130, at(65, "12")) << false;
+    QTest::newRow("text after the document") << document(3) + "x" << false;
+    QTest::newRow("cut off") << document(3).chopped(4) << false;
+    QTest::newRow("unsafe file name")
+        << document(3, at(1, element(1).replace("\"prj\" : []",
+                                                "\"prj\" : [ { \"name\" : \"n\", \"type\" : 1, "
+                                                "\"view\" : 1, \"file\" : \"..\\\\x\", \"icon\" : "
+                                                "\"\", \"digest\" : \"\" } ]")))
+        << false;
+}
+
+// Fed in parts of any size, a document gives what the whole reading gives, or the feed gives
+// up and the whole reading decides; the writer's form is never given up.
+void TestDocumentReader::documentFedInPartsReadsAsWhole()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(bool, fed);
+    // The whole reading logs why it refuses; the feed says nothing of its own.
+    static int logged = 0;
+    logged = 0;
+    const QtMessageHandler previous = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString&) { ++logged; });
+    const std::optional<exchange::ParsedDocument> whole = exchange::parseDocument(text);
+    const int wholeLogged = logged;
+    auto restore = qScopeGuard([&] { qInstallMessageHandler(previous); });
+    for (const int part : {1, 7, 4096, int(text.size())}) {
+        exchange::DocumentFeed feed;
+        bool taken = true;
+        for (qsizetype at = 0; taken && at < text.size(); at += part)
+            taken = feed.feed(text.constData() + at,
+                              size_t(std::min<qsizetype>(part, text.size() - at)));
+        const std::optional<exchange::ParsedDocument> doc = feed.finish();
+        QCOMPARE(logged, wholeLogged);
+        QVERIFY2(bool(doc) == fed, qPrintable(QStringLiteral("parts of %1").arg(part)));
+        if (!doc) continue;
+        QVERIFY(whole);
+        QCOMPARE(doc->header.libName, whole->header.libName);
+        QCOMPARE(doc->header.exportDate, whole->header.exportDate);
+        QCOMPARE(doc->records.size(), whole->records.size());
+        for (size_t i = 0; i < doc->records.size(); ++i)
+            QCOMPARE(doc->records[i].describe(), whole->records[i].describe());
+    }
+}
+
+// Pooled records read as before, the empty and the absent texts kept apart, and the names
+// that every element repeats are one text.
+void TestDocumentReader::pooledRecordsReadTheSameAndShareTheirNames()
+{
+    const QByteArray item =
+        "{ \"packet\" : \"Трубы\", \"folder\" : \"A\\\\B\", \"id\" : \"T-%1\", \"type\" : \"\", "
+        "\"atr\" : [ { \"name\" : \"Диаметр\", \"num\" : 3, \"type\" : 2, \"val\" : \"%1.5\", "
+        "\"var\" : \"d\", \"measure\" : \"мм\", \"desc\" : \"\" }, { \"name\" : \"L\", \"num\" : "
+        "4, \"type\" : 3, \"formula\" : \"D*2\" } ], \"model\" : { \"name\" : \"m\", \"version\" "
+        ": 2, \"file\" : \"f.m3d\", \"icon\" : \"\", \"digest\" : \"ab\" }, \"prj\" : [], \"spc\" "
+        ": [ { \"libName\" : \"L\", \"style\" : 1, \"fPart\" : 2, \"sPart\" : 3, \"column\" : [ { "
+        "\"num\" : 1, \"val\" : \"$D\" } ] } ] }";
+    const QByteArray text =
+        document(3, [&](int i) { return QByteArray(item).replace("%1", QByteArray::number(i)); });
+    std::optional<exchange::ParsedDocument> doc = exchange::parseDocument(text);
+    QVERIFY(doc);
+    QStringList before;
+    for (const exchange::ImportRecord& r : doc->records)
+        before << r.describe();
+    exchange::TextPool pool;
+    for (exchange::ImportRecord& r : doc->records)
+        pool.compact(r);
+    for (size_t i = 0; i < doc->records.size(); ++i)
+        QCOMPARE(doc->records[i].describe(), before[qsizetype(i)]);
+    const exchange::ImportRecord& first = doc->records[0];
+    const exchange::ImportRecord& third = doc->records[2];
+    QVERIFY(first.atr[0].desc && first.atr[0].desc->isEmpty());
+    QVERIFY(!first.atr[1].val);
+    QCOMPARE(first.atr[0].name.constData(), third.atr[0].name.constData());
+    QCOMPARE(first.atr[0].measure.constData(), third.atr[0].measure.constData());
+    QCOMPARE(first.packet.constData(), third.packet.constData());
+    QCOMPARE(first.atr.capacity(), first.atr.size());
+    QVERIFY(first.atr[0].val != third.atr[0].val);
 }
 
 QTEST_GUILESS_MAIN(TestDocumentReader)

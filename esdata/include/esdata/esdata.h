@@ -4,7 +4,13 @@
  * Conventions
  * - Every handle is an opaque pointer owned by the store. The caller never frees a handle,
  *   with one exception: an element object from pool_CreateObject is freed by object_Delete.
- * - Handles stay valid while their catalog is open (until esx_CloseCatalog). A handle of
+ * - Handles stay valid while their catalog is open (until esx_CloseCatalog), with one
+ *   exception: the store holds the schemas (attributes) of a bounded number of tables, those
+ *   used last, and lets go of the others' attribute handles; a table gives new ones when asked
+ *   again (table_GetAttribute, table_FindAttribute). An attribute handle let go is never
+ *   given again: passing it is refused like a handle of a closed catalog, never read as
+ *   another attribute. Ask a table for its attributes where they are used rather than keep
+ *   them across a walk of other tables. A handle of
  *   something deleted (table_DeleteStdSize, folder_DeleteChildFolder,
  *   projections_DeleteProjection) is dead from that call on; passing it is safe (the call
  *   fails as on a null handle) but gives no data. Every handle has a kind: a handle kept past

@@ -154,6 +154,12 @@ QByteArray unzip::readAll(const QString& entryName, std::int64_t maxBytes)
     return bytes;
 }
 
+void unzip::read(const QString& entryName, std::int64_t maxBytes,
+                 const std::function<void(const char*, std::int64_t)>& sink)
+{
+    readEntry(entryName, maxBytes, sink);
+}
+
 void unzip::check(const QString& entryName)
 {
     readEntry(entryName, m_limits.maxTotalBytes, [](const char*, std::int64_t) {});

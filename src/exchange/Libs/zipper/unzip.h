@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 struct zip;
@@ -51,6 +52,10 @@ public:
     // The whole entry in memory; throws zipper::error when it is missing, damaged or larger
     // than maxBytes.
     QByteArray readAll(const QString& entryName, std::int64_t maxBytes);
+    // The entry's bytes handed to sink part by part as they are inflated, with the checks of
+    // readAll; nothing is kept. What sink throws ends the read and is passed on.
+    void read(const QString& entryName, std::int64_t maxBytes,
+              const std::function<void(const char* data, std::int64_t size)>& sink);
     // Reads the entry to its end and lets go of the bytes: the same checks as a read, nothing
     // kept. Throws zipper::error when it is missing or damaged.
     void check(const QString& entryName);
