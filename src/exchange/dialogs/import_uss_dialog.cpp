@@ -73,7 +73,7 @@ void ImportUssDialog::buildWidgets()
     m_tree->setModel(m_filter);
     m_tree->header()->setStretchLastSection(false);
     m_tree->header()->setSectionResizeMode(QHeaderView::Interactive);
-    m_tree->header()->resizeSection(ImportDecisionModel::ElementColumn, 330);
+    m_tree->header()->resizeSection(ImportDecisionModel::ElementColumn, 400);
     m_tree->header()->resizeSection(ImportDecisionModel::FirstChoiceColumn, 130);
     m_tree->header()->resizeSection(ImportDecisionModel::SecondChoiceColumn, 220);
     m_tree->header()->resizeSection(ImportDecisionModel::MineColumn, 200);
@@ -134,7 +134,7 @@ void ImportUssDialog::buildWidgets()
     layout->addWidget(m_tree, 1);
     layout->addLayout(options);
     layout->addLayout(buttons);
-    resize(1210, 620);
+    resize(1280, 620);
 
     // Frameless, in the library's frame and style.
     setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
