@@ -73,6 +73,21 @@ inline QString hostVersionUnknown()
     return QStringLiteral("Ошибка при определении версии Грависа");
 }
 
+// The setting both archive choosers start in and store the chosen archive's folder under.
+inline QString archiveFolderSetting()
+{
+    return QStringLiteral("uss_import_path");
+}
+// Filter of both archive choosers; %1 the archive's extension.
+inline QString archiveFilter(const QString& extension)
+{
+    return QStringLiteral("Пользовательские элементы (*.%1);;Все файлы (*.*)").arg(extension);
+}
+inline QString importCaption()
+{
+    return QStringLiteral("Импорт пользовательских элементов");
+}
+
 inline QString exportCaption()
 {
     return QStringLiteral("Экспорт пользовательских элементов:");

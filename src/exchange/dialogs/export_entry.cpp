@@ -25,7 +25,6 @@ namespace exchange {
 
 namespace {
 
-const QString importPathKey = QStringLiteral("uss_import_path");
 
 // The library's progress window, with the host told of the long operation while it is up.
 class ExportProgress : public edw::IProgress
@@ -113,17 +112,17 @@ QString chooseExportFile(es_provider_t* provider, QWidget* parent,
                          const ExportEnvironment& environment)
 {
     const QString extension = archiveExtension(provider);
-    QString folder = environment.readSetting ? environment.readSetting(importPathKey) : QString();
+    QString folder = environment.readSetting ? environment.readSetting(texts::archiveFolderSetting()) : QString();
     if (folder.isEmpty()) folder = environment.documentsFolder;
     if (folder.isEmpty())
         folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     const QString start = folder + QStringLiteral("/export.") + extension;
     if (!environment.chooseFile) return {};
     const QString path = environment.chooseFile(parent, texts::exportDialogCaption(), start,
-                                                texts::exportFilter(extension));
+                                                texts::archiveFilter(extension));
     if (path.isEmpty()) return {};
     const QFileInfo chosen(path);
-    if (environment.writeSetting) environment.writeSetting(importPathKey, chosen.absolutePath());
+    if (environment.writeSetting) environment.writeSetting(texts::archiveFolderSetting(), chosen.absolutePath());
     if (chosen.exists() || chosen.isSymLink()) {
         if (!QFile::remove(path)) {
             edw::messenger().critical(QString(), texts::overwriteFailed());

@@ -77,11 +77,6 @@ inline QString overwriteFailed()
 {
     return QStringLiteral("Не удалось перезаписать файл");
 }
-// %1 the archive's extension.
-inline QString exportFilter(const QString& extension)
-{
-    return QStringLiteral("Пользовательские элементы (*.%1);;Все файлы (*.*)").arg(extension);
-}
 } // namespace texts
 
 } // namespace exchange

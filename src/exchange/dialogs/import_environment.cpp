@@ -23,7 +23,6 @@ namespace exchange {
 
 namespace {
 
-const QString folderKey = QStringLiteral("uss_import_path");
 
 // The records by library: the packets the records name, in the order they first appear,
 // grouped by the library configuration files; each group's records in archive order.
@@ -60,16 +59,6 @@ std::vector<ImportGroup> libraryGroups(const std::vector<ImportRecord>& records,
 
 } // namespace
 
-QString importCaption()
-{
-    return QStringLiteral("Импорт пользовательских элементов");
-}
-
-QString importFilter(const QString& extension)
-{
-    return QStringLiteral("Пользовательские элементы (*.%1);;Все файлы (*.*)").arg(extension);
-}
-
 ImportEnvironment defaultImportEnvironment()
 {
     ImportEnvironment environment;
@@ -83,7 +72,7 @@ ImportEnvironment defaultImportEnvironment()
         return QFileDialog::getOpenFileName(parent, title, folder, filter);
     };
     environment.message = [](QWidget* parent, QMessageBox::Icon icon, const QString& text) {
-        qt::message_box::show(parent, icon, importCaption(), text);
+        qt::message_box::show(parent, icon, texts::importCaption(), text);
     };
     return environment;
 }
@@ -96,16 +85,16 @@ bool runUssImport(es_provider_t* provider, QWidget* parent, const ImportEnvironm
         if (environment.message) environment.message(parent, icon, text);
     };
 
-    QString folder = environment.readSetting ? environment.readSetting(folderKey) : QString();
+    QString folder = environment.readSetting ? environment.readSetting(texts::archiveFolderSetting()) : QString();
     if (folder.isEmpty())
         folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     const QString path =
         environment.openFile
-            ? environment.openFile(parent, importCaption(), folder, importFilter(extension))
+            ? environment.openFile(parent, texts::importCaption(), folder, texts::archiveFilter(extension))
             : QString();
     if (path.isEmpty()) return false;
     if (environment.writeSetting)
-        environment.writeSetting(folderKey, QFileInfo(path).absolutePath());
+        environment.writeSetting(texts::archiveFolderSetting(), QFileInfo(path).absolutePath());
 
     ImportArchive archive;
     if (archive.open(path, provider) != ImportArchive::Status::Ok) {

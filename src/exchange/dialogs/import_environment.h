@@ -53,8 +53,4 @@ ImportEnvironment defaultImportEnvironment();
 // shown when the catalog is of no known kind.
 bool runUssImport(es_provider_t* provider, QWidget* parent, const ImportEnvironment& environment);
 
-// The caption of the chooser and of the dialogs, and the chooser's filter for an extension.
-QString importCaption();
-QString importFilter(const QString& extension);
-
 } // namespace exchange

@@ -1,5 +1,6 @@
 #include "import_progress_dialog.h"
 
+#include "exchangetexts.h"
 #include "importworker.h"
 
 #include "look/look.h"
@@ -20,7 +21,7 @@ ImportProgressDialog::ImportProgressDialog(ImportWorker& worker, QWidget* parent
                                             QMessageBox::Cancel);
         };
     }
-    setWindowTitle(QStringLiteral("Импорт пользовательских элементов"));
+    setWindowTitle(texts::importCaption());
     setObjectName(QStringLiteral("ImportProgressDialog"));
     setModal(true);
 

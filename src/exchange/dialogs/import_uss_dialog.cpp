@@ -1,6 +1,7 @@
 #include "import_uss_dialog.h"
 
 #include "compare_uss_dialog.h"
+#include "exchangetexts.h"
 #include "import_row_delegate.h"
 #include "importarchive.h"
 
@@ -53,7 +54,7 @@ ImportUssDialog::~ImportUssDialog() = default;
 
 void ImportUssDialog::buildWidgets()
 {
-    setWindowTitle(QStringLiteral("Импорт пользовательских элементов"));
+    setWindowTitle(texts::importCaption());
     setObjectName(QStringLiteral("ImportUssDialog"));
 
     m_filterEdit = new QLineEdit(this);
