@@ -20,17 +20,6 @@ namespace {
 
 constexpr QSize kPreviewSize(240, 200);
 
-QLabel* previewLabel(const QString& name, QWidget* parent)
-{
-    auto* label = new QLabel(parent);
-    label->setObjectName(name);
-    label->setStyleSheet(QStringLiteral("border: 1px solid black"));
-    label->setFixedSize(kPreviewSize + QSize(2, 2));
-    label->setAlignment(Qt::AlignCenter);
-    label->setWordWrap(true);
-    return label;
-}
-
 // What the catalog's element holds for the record's attribute: its formula when the record
 // carries a formula, its value otherwise.
 QString mineText(es_stdsize_t* mine, const AttributeRecord& attribute)
@@ -83,54 +72,29 @@ CompareUssDialog::~CompareUssDialog() = default;
 void CompareUssDialog::buildWidgets()
 {
     setObjectName(QStringLiteral("CompareUssDialog"));
-    auto* layout = new QVBoxLayout(this);
-    m_tabs = new QTabWidget(this);
-    m_tabs->setObjectName(QStringLiteral("tabWidget"));
-    layout->addWidget(m_tabs);
+    const CompareLayout built = buildCompareLayout(
+        this, QStringLiteral("CompareTreeWidget"),
+        {QStringLiteral("Свойство"), QStringLiteral("Имп. элемент"), QStringLiteral("Мой элемент")},
+        {QStringLiteral("Заменить на импортируемый"), QStringLiteral("impButton")},
+        {QStringLiteral("Оставить мой"), QStringLiteral("mineButton")});
+    m_tabs = built.tabs;
+    m_viewButtons = built.viewButtons;
+    m_tree = built.tree;
+    m_impButton = built.first;
+    m_mineButton = built.second;
+    m_closeButton = built.close;
 
-    // Tab 0: the views, the imported one left of mine.
-    auto* viewTab = new QWidget;
-    viewTab->setObjectName(QStringLiteral("qViewTab"));
-    auto* viewLayout = new QHBoxLayout(viewTab);
-    m_viewButtons = addViewButtons(viewTab);
-    auto* importedBox = new QGroupBox(QStringLiteral("Импортируемый элемент"), viewTab);
+    // The imported element's views left of mine.
+    auto* importedBox = new QGroupBox(QStringLiteral("Импортируемый элемент"));
     importedBox->setObjectName(QStringLiteral("groupBox"));
-    m_imageImported = previewLabel(QStringLiteral("qViewImage_Imp"), importedBox);
+    m_imageImported = previewLabel(QStringLiteral("qViewImage_Imp"), kPreviewSize, importedBox);
     (new QVBoxLayout(importedBox))->addWidget(m_imageImported);
-    auto* mineBox = new QGroupBox(QStringLiteral("Мой элемент"), viewTab);
+    auto* mineBox = new QGroupBox(QStringLiteral("Мой элемент"));
     mineBox->setObjectName(QStringLiteral("groupBox_2"));
-    m_imageMine = previewLabel(QStringLiteral("qViewImageMine"), mineBox);
+    m_imageMine = previewLabel(QStringLiteral("qViewImageMine"), kPreviewSize, mineBox);
     (new QVBoxLayout(mineBox))->addWidget(m_imageMine);
-    viewLayout->addWidget(importedBox);
-    viewLayout->addWidget(mineBox);
-    m_tabs->addTab(viewTab, QStringLiteral("Отображение"));
-
-    // Tab 1: the parameters.
-    auto* paramTab = new QWidget;
-    paramTab->setObjectName(QStringLiteral("qParamTab"));
-    auto* paramLayout = new QVBoxLayout(paramTab);
-    m_tree = new QTreeWidget(paramTab);
-    m_tree->setObjectName(QStringLiteral("CompareTreeWidget"));
-    m_tree->setColumnCount(3);
-    m_tree->setHeaderLabels({QStringLiteral("Свойство"), QStringLiteral("Имп. элемент"),
-                             QStringLiteral("Мой элемент")});
-    m_tree->setRootIsDecorated(false);
-    m_tree->header()->setSectionResizeMode(QHeaderView::Stretch);
-    paramLayout->addWidget(m_tree);
-    m_tabs->addTab(paramTab, QStringLiteral("Параметры"));
-
-    auto* buttons = new QHBoxLayout;
-    m_impButton = new QPushButton(QStringLiteral("Заменить на импортируемый"), this);
-    m_impButton->setObjectName(QStringLiteral("impButton"));
-    m_mineButton = new QPushButton(QStringLiteral("Оставить мой"), this);
-    m_mineButton->setObjectName(QStringLiteral("mineButton"));
-    m_closeButton = new QPushButton(QStringLiteral("Закрыть"), this);
-    m_closeButton->setObjectName(QStringLiteral("closeButton"));
-    buttons->addWidget(m_impButton);
-    buttons->addWidget(m_mineButton);
-    buttons->addStretch(1);
-    buttons->addWidget(m_closeButton);
-    layout->addLayout(buttons);
+    built.views->addWidget(importedBox);
+    built.views->addWidget(mineBox);
 }
 
 void CompareUssDialog::fillViews(es_stdsize_t* mine, const ImportRecord& imported,

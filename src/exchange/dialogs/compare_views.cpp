@@ -6,6 +6,10 @@
 #include <frame/host/sync.h>
 
 #include <QBoxLayout>
+#include <QDialog>
+#include <QHeaderView>
+#include <QPushButton>
+#include <QTreeWidget>
 #include <QFile>
 #include <QGridLayout>
 #include <QIcon>
@@ -243,6 +247,62 @@ void ensureCompareResources()
         return true;
     }();
     (void)registered;
+}
+
+CompareLayout buildCompareLayout(QDialog* dialog, const QString& treeName,
+                                 const QStringList& columns, const NamedText& first,
+                                 const NamedText& second)
+{
+    CompareLayout built;
+    auto* layout = new QVBoxLayout(dialog);
+    built.tabs = new QTabWidget(dialog);
+    built.tabs->setObjectName(QStringLiteral("tabWidget"));
+    layout->addWidget(built.tabs);
+
+    auto* viewTab = new QWidget;
+    viewTab->setObjectName(QStringLiteral("qViewTab"));
+    built.views = new QHBoxLayout(viewTab);
+    built.viewButtons = addViewButtons(viewTab);
+    built.tabs->addTab(viewTab, QStringLiteral("Отображение"));
+
+    auto* paramTab = new QWidget;
+    paramTab->setObjectName(QStringLiteral("qParamTab"));
+    auto* paramLayout = new QVBoxLayout(paramTab);
+    built.tree = new QTreeWidget(paramTab);
+    built.tree->setObjectName(treeName);
+    built.tree->setColumnCount(int(columns.size()));
+    built.tree->setHeaderLabels(columns);
+    built.tree->setRootIsDecorated(false);
+    built.tree->header()->setSectionResizeMode(QHeaderView::Stretch);
+    paramLayout->addWidget(built.tree);
+    built.tabs->addTab(paramTab, QStringLiteral("Параметры"));
+
+    auto button = [dialog](const NamedText& named) {
+        auto* made = new QPushButton(named.text, dialog);
+        made->setObjectName(named.objectName);
+        return made;
+    };
+    built.first = button(first);
+    built.second = button(second);
+    built.close = button({QStringLiteral("Закрыть"), QStringLiteral("closeButton")});
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(built.first);
+    buttons->addWidget(built.second);
+    buttons->addStretch(1);
+    buttons->addWidget(built.close);
+    layout->addLayout(buttons);
+    return built;
+}
+
+QLabel* previewLabel(const QString& name, QSize picture, QWidget* parent)
+{
+    auto* label = new QLabel(parent);
+    label->setObjectName(name);
+    label->setStyleSheet(QStringLiteral("border: 1px solid black"));
+    label->setFixedSize(picture + QSize(2, 2));
+    label->setAlignment(Qt::AlignCenter);
+    label->setWordWrap(true);
+    return label;
 }
 
 } // namespace exchange

@@ -5,6 +5,8 @@
 #include <esdata/esdata.h>
 
 #include <QPixmap>
+#include <QSize>
+#include <QStringList>
 #include <QString>
 
 #include <memory>
@@ -15,6 +17,14 @@ class QTabWidget;
 class QTemporaryDir;
 class QToolButton;
 class QWidget;
+
+class QDialog;
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+class QTabWidget;
+class QToolButton;
+class QTreeWidget;
 
 namespace exchange {
 
@@ -87,6 +97,31 @@ void applySlot(QToolButton* button, int index, const CompareSlot& slot, bool mar
 
 // The warning icon of a tab whose contents differ.
 void markTab(QTabWidget* tabs, int index);
+
+// What both views are built of: the tab widget with the views tab (the slot buttons, then the
+// previews the caller adds to `views`) and the parameters tab with its tree, over a row of two
+// choice buttons and "Закрыть".
+struct CompareLayout
+{
+    QTabWidget* tabs = nullptr;
+    QHBoxLayout* views = nullptr;
+    std::vector<QToolButton*> viewButtons;
+    QTreeWidget* tree = nullptr;
+    QPushButton* first = nullptr;
+    QPushButton* second = nullptr;
+    QPushButton* close = nullptr;
+};
+struct NamedText
+{
+    QString text;
+    QString objectName;
+};
+CompareLayout buildCompareLayout(QDialog* dialog, const QString& treeName,
+                                 const QStringList& columns, const NamedText& first,
+                                 const NamedText& second);
+// A framed preview label for pictures of the given size; the text of a side without a picture
+// wraps inside it.
+QLabel* previewLabel(const QString& name, QSize picture, QWidget* parent = nullptr);
 
 // The compiled-in pictures of the views (view icons, the warning icon).
 void ensureCompareResources();

@@ -69,48 +69,18 @@ ShowPropUssDialog::~ShowPropUssDialog() = default;
 void ShowPropUssDialog::buildWidgets()
 {
     setObjectName(QStringLiteral("ShowPropUssDialog"));
-    auto* layout = new QVBoxLayout(this);
-    m_tabs = new QTabWidget(this);
-    m_tabs->setObjectName(QStringLiteral("tabWidget"));
-    layout->addWidget(m_tabs);
-
-    auto* viewTab = new QWidget;
-    viewTab->setObjectName(QStringLiteral("qViewTab"));
-    auto* viewLayout = new QHBoxLayout(viewTab);
-    m_viewButtons = addViewButtons(viewTab);
-    m_image = new QLabel(viewTab);
-    m_image->setObjectName(QStringLiteral("qViewImage"));
-    m_image->setStyleSheet(QStringLiteral("border: 1px solid black"));
-    m_image->setFixedSize(262, 222);
-    m_image->setAlignment(Qt::AlignCenter);
-    m_image->setWordWrap(true);
-    viewLayout->addWidget(m_image);
-    m_tabs->addTab(viewTab, QStringLiteral("Отображение"));
-
-    auto* paramTab = new QWidget;
-    paramTab->setObjectName(QStringLiteral("qParamTab"));
-    auto* paramLayout = new QVBoxLayout(paramTab);
-    m_tree = new QTreeWidget(paramTab);
-    m_tree->setObjectName(QStringLiteral("treeWidget"));
-    m_tree->setColumnCount(2);
-    m_tree->setHeaderLabels({QStringLiteral("Свойство"), QStringLiteral("Значение")});
-    m_tree->setRootIsDecorated(false);
-    m_tree->header()->setSectionResizeMode(QHeaderView::Stretch);
-    paramLayout->addWidget(m_tree);
-    m_tabs->addTab(paramTab, QStringLiteral("Параметры"));
-
-    auto* buttons = new QHBoxLayout;
-    m_addButton = new QPushButton(QStringLiteral("Добавить"), this);
-    m_addButton->setObjectName(QStringLiteral("addButton"));
-    m_dontAddButton = new QPushButton(QStringLiteral("Не добавлять"), this);
-    m_dontAddButton->setObjectName(QStringLiteral("dontaddButton"));
-    m_closeButton = new QPushButton(QStringLiteral("Закрыть"), this);
-    m_closeButton->setObjectName(QStringLiteral("closeButton"));
-    buttons->addWidget(m_addButton);
-    buttons->addWidget(m_dontAddButton);
-    buttons->addStretch(1);
-    buttons->addWidget(m_closeButton);
-    layout->addLayout(buttons);
+    const CompareLayout built = buildCompareLayout(
+        this, QStringLiteral("treeWidget"), {QStringLiteral("Свойство"), QStringLiteral("Значение")},
+        {QStringLiteral("Добавить"), QStringLiteral("addButton")},
+        {QStringLiteral("Не добавлять"), QStringLiteral("dontaddButton")});
+    m_tabs = built.tabs;
+    m_viewButtons = built.viewButtons;
+    m_tree = built.tree;
+    m_addButton = built.first;
+    m_dontAddButton = built.second;
+    m_closeButton = built.close;
+    m_image = previewLabel(QStringLiteral("qViewImage"), QSize(260, 220));
+    built.views->addWidget(m_image);
 }
 
 void ShowPropUssDialog::OnViewButtonClicked()
