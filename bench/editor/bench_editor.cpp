@@ -109,7 +109,7 @@ es_stdsize_t* bigElement(es_provider_t* provider, const QTemporaryDir& dir)
             QByteArray("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"40\" height=\"20\">") +
             QByteArray(4000, ' ') + "<rect width=\"40\" height=\"20\"/></svg>\n");
         out.close();
-        views.push_back({kind, file});
+        views.push_back({kind, file, {}, {}});
     }
     replaceGraphics(element, views);
     return element;

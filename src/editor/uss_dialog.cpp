@@ -45,18 +45,18 @@ namespace edw {
 namespace {
 
 const ViewSlotSpec kSlots[kViewSlotCount] = {
-    {"qCTop", "Сверху", 0, 1, 0xE574},
-    {"qCFront", "Спереди", 0, 2, 0xE575},
-    {"qCBack", "Сзади", 0, 3, 0xE576},
-    {"qCLeft", "Слева", 0, 4, 0xE577},
-    {"qCRight", "Справа", 0, 5, 0xE578},
-    {"qSTop", "Упрощенное сверху", 1, 1, 0xE57A},
-    {"qSFront", "Упрощенное спереди", 1, 2, 0xE57B},
-    {"qSBack", "Упрощенное сзади", 1, 3, 0xE57C},
-    {"qSLeft", "Упрощенное слева", 1, 4, 0xE57D},
-    {"qSRight", "Упрощенное справа", 1, 5, 0xE57E},
-    {"qGostBut", "ГОСТ", 2, 1, 0xE57F},
-    {"qM3dBut", "3D Деталь", -1, 0, 0xE579},
+    {"qCTop", "Сверху", 0xE574},
+    {"qCFront", "Спереди", 0xE575},
+    {"qCBack", "Сзади", 0xE576},
+    {"qCLeft", "Слева", 0xE577},
+    {"qCRight", "Справа", 0xE578},
+    {"qSTop", "Упрощенное сверху", 0xE57A},
+    {"qSFront", "Упрощенное спереди", 0xE57B},
+    {"qSBack", "Упрощенное сзади", 0xE57C},
+    {"qSLeft", "Упрощенное слева", 0xE57D},
+    {"qSRight", "Упрощенное справа", 0xE57E},
+    {"qGostBut", "ГОСТ", 0xE57F},
+    {"qM3dBut", "3D Деталь", 0xE579},
 };
 
 constexpr QSize kPreviewSize(260, 220);

@@ -60,8 +60,6 @@ struct ViewSlotSpec
 {
     const char* button;
     const char* text;
-    int projectionType; // -1: the element's 3D model
-    int viewType;
     char16_t glyph;
 };
 const ViewSlotSpec& viewSlotSpec(int index);

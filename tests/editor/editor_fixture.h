@@ -92,7 +92,7 @@ inline es_stdsize_t* sourceElement(const TempCatalog& catalog)
     const QString front = catalog.writeFile("front.frw", svgDocument);
     const QString gost = catalog.writeFile("gost.frw", svgDocument);
     const QString model = catalog.writeFile("model.m3d", svgDocument);
-    edw::replaceGraphics(element, {{1, front}, {10, gost}, {11, model}});
+    edw::replaceGraphics(element, {{1, front, {}, {}}, {10, gost, {}, {}}, {11, model, {}, {}}});
     edw::setValuesByName(element, {});
     auto add = [&](const QString& name, uint32_t type, const QString& text) {
         edw::writeValue(element, addAttribute(element, name, type), text);
