@@ -73,7 +73,7 @@ constexpr HandleKind kindOf(const es_spec*)
 // What a caller's handle stands for, found while the catalog is held: most handles are the
 // item's own address; an attribute's is a face that names its object only while the object
 // still belongs to it. Null when the face was let go meanwhile.
-template <class H> H* inward(const void* handle, void* object)
+template <class H> H* inward(const void* /*handle*/, void* object)
 {
     return static_cast<H*>(object);
 }

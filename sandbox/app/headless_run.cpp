@@ -1,10 +1,10 @@
 #include "headless_run.h"
 
 #include "export_calls.h"
-#include "headless_update.h"
 #include "headless_editor.h"
 #include "headless_export.h"
 #include "headless_import.h"
+#include "headless_update.h"
 
 #include "host_calls.h"
 #include "main_window.h"
@@ -217,8 +217,13 @@ int runHeadless(MarloUssLibrary& library, MainWindow& window, const QString& wor
 
     // The job calls every export the public header declares.
     for (const QString& name : exportsNotCalled())
-        run.step([&name] { return CallResult{name + QStringLiteral(" (declared in marlouss.h)")}; },
-                 [](const CallResult&) { return QStringLiteral("never called"); });
+        run.step(
+            [&name] {
+                CallResult result;
+                result.line = name + QStringLiteral(" (declared in marlouss.h)");
+                return result;
+            },
+            [](const CallResult&) { return QStringLiteral("never called"); });
 
     QTextStream(stdout) << (run.failures()
                                 ? QStringLiteral("%1 call(s) did not behave").arg(run.failures())
