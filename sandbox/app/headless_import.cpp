@@ -1,5 +1,7 @@
 #include "headless_import.h"
 
+#include "headless_compare.h"
+
 #include "host_state.h"
 #include "main_window.h"
 #include "marlouss_library.h"
@@ -334,11 +336,10 @@ CallResult runHeadlessImport(MarloUssLibrary& library, MainWindow& window, Modal
             if (!clickRow(d, "PE100-SDR11-63", 5)) runs.problem("the conflict's row not found");
         });
     }));
-    script.expect("import-compare-light", runs.act([&](QWidget* d) {
-        if (d->windowTitle() != QStringLiteral("Сравнение параметров пользовательских элементов"))
-            runs.problem("expected the comparison, saw \"" + d->windowTitle() + "\"");
-        if (auto* imported = d->findChild<QAbstractButton*>("impButton")) imported->click();
-    }));
+    // The comparison is looked at slot by slot and row by row, pictured, then settled.
+    CompareExample comparison;
+    script.expect(
+        {}, runs.act(showCompareExample(shotFolder, "import-compare", "impButton", &comparison)));
     script.expect({}, runs.act([&](QWidget* d) {
         if (auto* ok = d->findChild<QAbstractButton*>("okButton")) ok->click();
     }));
@@ -379,6 +380,11 @@ CallResult runHeadlessImport(MarloUssLibrary& library, MainWindow& window, Modal
                                         valueOf(kept, "USS_AUTHOR"))
                             << Qt::endl;
         failures += !ok || !catalogOk;
+        QStringList said{comparison.summary};
+        said << comparison.problems;
+        QTextStream(stdout) << (comparison.problems.isEmpty() ? "[ok]     " : "[FAILED] ")
+                            << said.join(QStringLiteral("; ")) << Qt::endl;
+        failures += !comparison.problems.isEmpty();
     }
 
     // The same archive again, dark: conflicts only, then cancelled; nothing is written.

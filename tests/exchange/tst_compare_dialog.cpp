@@ -11,7 +11,6 @@
 
 #include <look/look.h>
 
-#include "headless_compare.h"
 #include "host_state.h"
 
 #include <QApplication>
@@ -138,9 +137,6 @@ private slots:
     void propertyViewChoice();
     void resourcePicturesAreTheDrawnOnes();
     void pictures();
-    void sandboxAnswer_data();
-    void sandboxAnswer();
-    void sandboxAnswerToAnotherDialog();
 };
 
 void CompareDialogTest::init()
@@ -570,78 +566,6 @@ void CompareDialogTest::pictures()
     }
     QVERIFY(light[0][1] < light[0][0]);
     QVERIFY(light[1][1] < light[1][0]);
-}
-
-void CompareDialogTest::sandboxAnswer_data()
-{
-    QTest::addColumn<bool>("laterVersion");
-    QTest::addColumn<int>("theme");
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<int>("choice");
-    QTest::addColumn<QString>("pressed");
-    QTest::newRow("replace, light") << false << int(sandbox::theme_light) << "impButton"
-                                    << int(CompareUssDialog::Choice::Imported) << "impButton";
-    QTest::newRow("keep mine, dark") << false << int(sandbox::theme_dark) << "mineButton"
-                                     << int(CompareUssDialog::Choice::Mine) << "mineButton";
-    QTest::newRow("later version") << true << int(sandbox::theme_light) << "impButton"
-                                   << int(CompareUssDialog::Choice::None) << "impButton (disabled)";
-}
-
-void CompareDialogTest::sandboxAnswer()
-{
-    QFETCH(bool, laterVersion);
-    QFETCH(int, theme);
-    QFETCH(QString, button);
-    QFETCH(int, choice);
-    QFETCH(QString, pressed);
-    QTemporaryDir shots;
-    Sides sides;
-    QVERIFY(sides.open(sides.mine.provider));
-    ImportRecord record = sides.record();
-    record.atr.push_back({"DN", 2, 1, {}, {}, {}, QString("110")});
-    testing::addAttribute(sides.mineElement, Attr{"DN", 1, "125"});
-    record.atr.push_back({"Name", 1, 3, {}, {}, {}, QString("Труба")});
-    testing::addAttribute(sides.mineElement, Attr{"Name", 3, "Труба"});
-    sandbox::set_theme(theme);
-    qt::set_theme_source([] { return sandbox::theme(); });
-    CompareUssDialog dialog(sides.mineElement, record, *sides.archive, laterVersion);
-    dialog.show();
-    sandbox::CompareExample example;
-    sandbox::showCompareExample(shots.path(), "cmp", button, &example)(&dialog);
-    sandbox::set_theme(sandbox::theme_light);
-
-    QCOMPARE(example.problems, QStringList());
-    const QString suffix = theme == sandbox::theme_dark ? "dark" : "light";
-    QCOMPARE(example.pictures, QStringList({shots.filePath("cmp-views-" + suffix + ".png"),
-                                            shots.filePath("cmp-params-" + suffix + ".png")}));
-    for (const QString& picture : example.pictures)
-        QVERIFY(!QImage(picture).isNull());
-    QVERIFY2(example.summary.startsWith("comparison: 2 parameter(s), 1 differ; views: "),
-             qPrintable(example.summary));
-    QVERIFY(example.summary.contains("qCTop clean [imp|mine]"));
-    QVERIFY(example.summary.contains("qGostBut red [-|mine]"));
-    QVERIFY(example.summary.contains("qSFront red [imp|-]"));
-    QVERIFY(!example.summary.contains("qCBack"));
-    QVERIFY(example.summary.endsWith("pressed " + pressed));
-    QCOMPARE(int(dialog.choice()), choice);
-    QVERIFY(!dialog.isVisible());
-}
-
-void CompareDialogTest::sandboxAnswerToAnotherDialog()
-{
-    // The property view is not the comparison: the answer says so and closes it.
-    QTemporaryDir shots;
-    ImportRecord record;
-    ImportArchive archive;
-    ShowPropUssDialog dialog(record, archive);
-    dialog.show();
-    sandbox::CompareExample example;
-    sandbox::showCompareExample(shots.path(), "cmp", "impButton", &example)(&dialog);
-    QVERIFY(example.problems.contains("title \"Свойства пользовательского элемента\""));
-    QVERIFY(example.problems.contains("no impButton"));
-    QVERIFY(example.problems.contains("no CompareTreeWidget"));
-    QVERIFY(!dialog.isVisible());
-    QCOMPARE(int(dialog.choice()), int(ShowPropUssDialog::Choice::None));
 }
 
 QTEST_MAIN(CompareDialogTest)
