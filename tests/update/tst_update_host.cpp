@@ -1,6 +1,6 @@
 // The register over the sandbox host's catalog items, reached through the host's new-API
-// module like in the host: the item's state, the files really re-read on reload, and a reload
-// that fails on a missing file leaving the register as it was.
+// module like in the host: the item's state, a reload that fails on a missing file leaving the
+// register as it was, a host without its item collection, the store's record of updated files.
 
 #include "update/rtw_register.h"
 
@@ -60,22 +60,6 @@ private slots:
         QCOMPARE(reg.entries().value(0).secondText, QStringLiteral("ОТ-57"));
         QVERIFY(!reg.tryUpdate(hostRtwItems(), QStringLiteral("Задвижка"), database()));
         QCOMPARE(m_updated.size(), 1);
-    }
-
-    void reloadRereadsFiles()
-    {
-        RtwRegister reg;
-        QVERIFY(reg.tryUpdate(hostRtwItems(), QStringLiteral("Кран шаровый"), database()));
-        QVERIFY(reg.tryUpdate(hostRtwItems(), QStringLiteral("Отвод"), database()));
-        sandbox::clear_item_log();
-        reg.reloadAll(hostRtwItems());
-        QVERIFY(reg.entries().isEmpty());
-        const QList<sandbox::CatalogItemInfo> items = sandbox::catalog_items();
-        QCOMPARE(items[0].reloads, 1);
-        QCOMPARE(items[0].loadedSize, qint64(16));
-        QCOMPARE(items[1].loadedSize, qint64(22));
-        QCOMPARE(sandbox::item_log().size(), 2);
-        QVERIFY(sandbox::item_log()[0].startsWith(QStringLiteral("reload Кран шаровый: ")));
     }
 
     void failedReloadKeepsRegister()
