@@ -21,7 +21,6 @@ private slots:
     void createRefusesExistingFile();
     void versionIsPrinted();
     void listShowsPacketsFoldersAndElements();
-    void listSummaryCountsOnly();
 
 private:
     QTemporaryDir m_dir;
@@ -151,23 +150,12 @@ void CliUsage::listShowsPacketsFoldersAndElements()
     }
     const Run run = ussctl({"list", path});
     QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/list_listed.txt"))));
-}
-
-void CliUsage::listSummaryCountsOnly()
-{
-    const QString path = m_dir.filePath("summary.db");
-    {
-        TestCatalog catalog(path, "user_vk");
-        for (int i = 0; i < 5; ++i) {
-            QVERIFY(catalog.addElement("P" + QString::number(i % 2), "F\\G" + QString::number(i),
-                                       QString::number(i), "d", "a", i));
-        }
-    }
-    const Run run = ussctl({"list", "--summary", path});
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, QString("database \"user_vk\" (kind vk)\n"
-                              "total: 2 packets, 7 folders, 5 elements\n"));
+    const QString golden = QString::fromUtf8(readFile(QFINDTESTDATA("golden/list_listed.txt")));
+    QCOMPARE(run.out, golden);
+    // The summary: the header and the counts only.
+    const Run summary = ussctl({"list", "--summary", path});
+    QCOMPARE(summary.exitCode, 0);
+    QCOMPARE(summary.out, golden.section('\n', 0, 0) + '\n' + golden.section('\n', -2));
 }
 
 QTEST_GUILESS_MAIN(CliUsage)
