@@ -17,14 +17,11 @@ class TestLibraryGroups : public QObject
 private slots:
     void displayNameDropsPrefixesInOrder_data();
     void displayNameDropsPrefixesInOrder();
-    void pathTableFollowsDatabaseKind_data();
-    void pathTableFollowsDatabaseKind();
     void packetsGoToTheirLibraryAndRestLast_data();
     void packetsGoToTheirLibraryAndRestLast();
     void firstLibraryInTableWinsSharedPacket();
     void unreadableFileIsReportedAndClaimsNothing_data();
     void unreadableFileIsReportedAndClaimsNothing();
-    void configReadsNameCommandAndPackets();
 
 private:
     static void write(const QString& path, const QByteArray& content)
@@ -76,34 +73,6 @@ void TestLibraryGroups::displayNameDropsPrefixesInOrder()
     QCOMPARE(packetDisplayName(packet), shown);
 }
 
-void TestLibraryGroups::pathTableFollowsDatabaseKind_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<QString>("prefix");
-    QTest::newRow("object library") << 0 << 13 << "/root/Grundo/Sys/";
-    QTest::newRow("TX") << 1 << 1 << "/root/EngSys_TX/MarloDB/";
-    QTest::newRow("VK") << 2 << 0 << "";
-    QTest::newRow("OV") << 3 << 0 << "";
-    QTest::newRow("unknown") << 7 << 0 << "";
-}
-
-void TestLibraryGroups::pathTableFollowsDatabaseKind()
-{
-    QFETCH(int, kind);
-    QFETCH(int, count);
-    QFETCH(QString, prefix);
-    const QStringList files = libraryConfigFiles(kind, QStringLiteral("/root"));
-    QCOMPARE(files.size(), count);
-    QCOMPARE(QSet<QString>(files.begin(), files.end()).size(), count);
-    for (const QString& file : files) {
-        QVERIFY2(file.startsWith(prefix), qPrintable(file));
-        QVERIFY2(file.endsWith(".xml") && !file.contains('\\'), qPrintable(file));
-        // Folder/Name.xml below the prefix.
-        QCOMPARE(file.mid(prefix.size()).count('/'), kind == 0 ? 1 : 0);
-    }
-}
-
 void TestLibraryGroups::packetsGoToTheirLibraryAndRestLast_data()
 {
     QTest::addColumn<QByteArray>("config");
@@ -130,6 +99,18 @@ void TestLibraryGroups::packetsGoToTheirLibraryAndRestLast_data()
     const QByteArray none = R"(<l name="Чужая"><catalogs><catalog name="Другое"/></catalogs></l>)";
     QTest::newRow("library claiming nothing is left out")
         << none << QStringList{"Остальные []: ПЭ_Трубы, ПЭ_Задвижки, ПЭ_Отводы, Краны"};
+    // Only the first toolbar names the command; a repeated packet is claimed once; toolbars
+    // outside the command path are not read.
+    const QByteArray firstToolbar = R"(<lib name="Библиотека"><catalogs><catalog name="Краны"/>
+        <catalog name="ПЭ_Трубы"/></catalogs><catalogs><catalog name="Краны"/></catalogs>
+        <uss-toolbar name="Не та" catalog="ПЭ_Задвижки"/>
+        <commands><command name="c1"><subcommand><uss-toolbar name="Первая" catalog="ПЭ_Отводы"/>
+        </subcommand></command><command name="c2"><subcommand>
+        <uss-toolbar name="Вторая" catalog="ПЭ_Трубы"/></subcommand></command></commands></lib>)";
+    QTest::newRow("first toolbar, packets once")
+        << firstToolbar
+        << QStringList{"Библиотека [Первая]: ПЭ_Трубы, ПЭ_Отводы, Краны",
+                       "Остальные []: ПЭ_Задвижки"};
 }
 
 void TestLibraryGroups::packetsGoToTheirLibraryAndRestLast()
@@ -198,28 +179,6 @@ void TestLibraryGroups::unreadableFileIsReportedAndClaimsNothing()
     const LibraryGrouping grouping = groupPackets(packets, 1, root.path());
     QCOMPARE(grouping.errors, QStringList{error.arg(QDir::toNativeSeparators(file))});
     QCOMPARE(describe(grouping, packets), QStringList{"Остальные []: ПЭ_Трубы, ПЭ_Отводы"});
-}
-
-void TestLibraryGroups::configReadsNameCommandAndPackets()
-{
-    QTemporaryDir root;
-    const QString file = root.filePath("lib.xml");
-    // Only the first toolbar names the command; a repeated packet is claimed once; toolbars
-    // outside the command path are not read.
-    write(file, R"(<lib name="Библиотека"><catalogs><catalog name="Б"/><catalog name="А"/>
-        </catalogs><catalogs><catalog name="Б"/></catalogs>
-        <uss-toolbar name="Не та" catalog="Мимо"/>
-        <commands><command name="c1"><subcommand><uss-toolbar name="Первая" catalog="В"/>
-        </subcommand></command><command name="c2"><subcommand>
-        <uss-toolbar name="Вторая" catalog="А"/></subcommand></command></commands></lib>)");
-    LibraryConfig config;
-    QString error;
-    QVERIFY(readLibraryConfig(file, config, &error));
-    QCOMPARE(config.name, QStringLiteral("Библиотека"));
-    QCOMPARE(config.command, QStringLiteral("Первая"));
-    QCOMPARE(config.packets, (QStringList{"Б", "А", "В"}));
-    QCOMPARE(commandLabel(config.command), QStringLiteral("Команда: Первая"));
-    QVERIFY(error.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestLibraryGroups)
