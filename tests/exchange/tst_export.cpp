@@ -126,10 +126,11 @@ void TestExport::documentFirstThenSharedFilesInDigestOrder()
     const QString path = m_out->filePath("a.uss");
     QVERIFY(ExportUss::Export(path, {e1, e2, e3}, false));
 
-    const bool aFirst = edw::contentDigest(QByteArray("model A")) <
-                        edw::contentDigest(QByteArray("model B"));
-    QCOMPARE(entries(path), (QStringList{"TX.json", aFirst ? "TX\\model\\1.m3d" : "TX\\model\\2.m3d",
-                                         aFirst ? "TX\\model\\2.m3d" : "TX\\model\\1.m3d"}));
+    const bool aFirst =
+        edw::contentDigest(QByteArray("model A")) < edw::contentDigest(QByteArray("model B"));
+    QCOMPARE(entries(path),
+             (QStringList{"TX.json", aFirst ? "TX\\model\\1.m3d" : "TX\\model\\2.m3d",
+                          aFirst ? "TX\\model\\2.m3d" : "TX\\model\\1.m3d"}));
     const QJsonArray items = document(path)["std-size"].toArray();
     const QJsonObject third = items[2].toObject()["model"].toObject();
     QCOMPARE(third["file"], items[0].toObject()["model"].toObject()["file"]);

@@ -1,6 +1,6 @@
 // The update notice and the version names, as the caller sees them: the flag after the run,
-// the caller's title and message, the result, the help topic; the names given for known, intermediate and
-// later codes, with and without the host's "gVer.dat".
+// the caller's title and message, the result, the help topic; the names given for known,
+// intermediate and later codes, with and without the host's "gVer.dat".
 
 #include "modal_answer.h"
 #include "update/file_browser.h"
