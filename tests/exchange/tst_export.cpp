@@ -467,8 +467,9 @@ void TestExport::sameCatalogAtSameDateGivesSameBytes()
     const QString model = m_catalog->writeFile("1.m3d", QByteArray("model ").repeated(100));
     QVERIFY(setModel(e, model, m_catalog->writeFile("1.png", "icon"), "M", 1));
     auto exportAt = [&](const QString& name, const QString& date, int daysBack) {
-        // The model file's own time changes between exports; the archive must not show it.
-        QFile file(model);
+        // The stored model file's own time changes between exports; the archive must not show
+        // it.
+        QFile file(edw::fromEs(model_GetModelFile(stdsize_GetModel(e))));
         if (!file.open(QIODevice::ReadWrite) ||
             !file.setFileTime(QDateTime::currentDateTimeUtc().addDays(-daysBack),
                               QFileDevice::FileModificationTime))
