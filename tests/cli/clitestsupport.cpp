@@ -44,24 +44,13 @@ std::u16string es(const QString& text)
     return edw::toEs(text);
 }
 
-QString qs(const char16_t* text)
-{
-    return edw::fromEs(text);
-}
-
 TestCatalog::TestCatalog(const QString& path, const QString& databaseName)
     : m_provider(esx_OpenCatalog(es(path).c_str(), es(databaseName).c_str(), true))
 {}
 
 TestCatalog::~TestCatalog()
 {
-    close();
-}
-
-void TestCatalog::close()
-{
     if (m_provider) esx_CloseCatalog(m_provider);
-    m_provider = nullptr;
 }
 
 es_stdsize_t* TestCatalog::addElement(const QString& packet, const QString& folder,

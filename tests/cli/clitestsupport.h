@@ -28,7 +28,6 @@ Run ussctl(const QStringList& args, const QProcessEnvironment& env = {},
            const std::function<void()>& inChild = {});
 
 std::u16string es(const QString& text);
-QString qs(const char16_t* text);
 
 // A catalog kept open by the test; closed on destruction so that ussctl may open it.
 class TestCatalog
@@ -45,7 +44,6 @@ public:
     es_stdsize_t* addElement(const QString& packet, const QString& folder, const QString& id,
                              const QString& date, const QString& author, double length,
                              const QString& modelFile = {});
-    void close();
 
 private:
     es_provider_t* m_provider = nullptr;
