@@ -88,17 +88,6 @@ QString VersionNames::name(const QString& code)
     return answer;
 }
 
-int VersionNames::size() const
-{
-    std::lock_guard lock(m_mutex);
-    return int(m_names.size());
-}
-
-int VersionNames::builtInCount()
-{
-    return int(std::size(kBuiltIn));
-}
-
 QString versionName(const QString& code)
 {
     static VersionNames* table = [] {

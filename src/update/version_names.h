@@ -22,9 +22,6 @@ public:
     // (empty when there is none), remembered for the next request.
     QString name(const QString& code);
 
-    int size() const;
-    static int builtInCount();
-
 private:
     mutable std::mutex m_mutex;
     QHash<QString, QString> m_names;
