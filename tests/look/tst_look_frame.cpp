@@ -73,7 +73,6 @@ class LookFrameTest : public QObject
 private slots:
     void cleanup();
     void attachBuildsTheFrameAroundTheContent();
-    void attachKeepsOtherWindowFlags();
     void closeCrossFollowsTheCloseHint_data();
     void closeCrossFollowsTheCloseHint();
     void closeCrossRejectsTheDialog();
@@ -103,30 +102,24 @@ void LookFrameTest::cleanup()
 void LookFrameTest::attachBuildsTheFrameAroundTheContent()
 {
     std::unique_ptr<QDialog> dialog(sample_dialog());
+    dialog->setWindowFlags(Qt::Dialog | Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint);
     auto* edit = dialog->findChild<QLineEdit*>(QStringLiteral("nameEdit"));
     QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(dialog.get());
     QVERIFY(frame);
-    QCOMPARE(frame->parent(), dialog.get());
+    // The window manager's frame gives way; the other window flags stay.
+    const Qt::WindowFlags flags = dialog->windowFlags();
+    QVERIFY(flags.testFlag(Qt::FramelessWindowHint));
+    QVERIFY(flags.testFlag(Qt::WindowStaysOnTopHint));
+    QVERIFY(flags.testFlag(Qt::WindowCloseButtonHint));
 
     auto* border = dialog->findChild<qt::resizable_frame*>(QStringLiteral("aec_styled_frame"));
     auto* titleBar = dialog->findChild<QFrame*>(QStringLiteral("aec_styled_titlebar"));
-    QVERIFY(border);
-    QVERIFY(titleBar);
-    QCOMPARE(border->frameStyle(), int(QFrame::StyledPanel));
-    QVERIFY(border->testAttribute(Qt::WA_Hover));
-    QCOMPARE(titleBar->parentWidget(), border);
-    // The dialog's own widgets now live in the content under the title bar.
+    QVERIFY(border && titleBar);
+    // The dialog's own widgets now live in the content under the title bar, in their layout.
     QWidget* content = edit->parentWidget();
     QCOMPARE(content->objectName(), QStringLiteral("aec_styled_content"));
-    QCOMPARE(content->parentWidget(), border);
     QVERIFY(qobject_cast<QGridLayout*>(content->layout()));
-    QCOMPARE(dialog->layout()->count(), 1);
-    QCOMPARE(dialog->layout()->itemAt(0)->widget(), border);
-    QCOMPARE(border->layout()->itemAt(0)->widget(), titleBar);
-    QCOMPARE(border->layout()->itemAt(1)->widget(), content);
-    // The style sheet and the proxy style are both in force for the content.
-    QVERIFY(!dialog->styleSheet().isEmpty());
-    QVERIFY(dialog->findChild<qt::aec_style*>());
+    // The proxy style is in force for the content.
     auto* tree = dialog->findChild<QTreeView*>(QStringLiteral("treeView"));
     tree->ensurePolished();
     QCOMPARE(tree->style()->pixelMetric(QStyle::PM_TreeViewIndentation), 16);
@@ -135,17 +128,6 @@ void LookFrameTest::attachBuildsTheFrameAroundTheContent()
     // 22 px of title and the 2 px line under it.
     QCOMPARE(titleBar->height(), 22 + 2);
     QVERIFY(titleBar->geometry().top() < edit->mapTo(border, QPoint(0, 0)).y());
-}
-
-void LookFrameTest::attachKeepsOtherWindowFlags()
-{
-    std::unique_ptr<QDialog> dialog(sample_dialog());
-    dialog->setWindowFlags(Qt::Dialog | Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint);
-    qt::attach_styled_frame(dialog.get());
-    const Qt::WindowFlags flags = dialog->windowFlags();
-    QVERIFY(flags.testFlag(Qt::FramelessWindowHint));
-    QVERIFY(flags.testFlag(Qt::WindowStaysOnTopHint));
-    QVERIFY(flags.testFlag(Qt::WindowCloseButtonHint));
 }
 
 void LookFrameTest::closeCrossFollowsTheCloseHint_data()
@@ -172,11 +154,6 @@ void LookFrameTest::closeCrossFollowsTheCloseHint()
     auto* button = dialog->findChild<QPushButton*>(QStringLiteral("aec_styled_closebutton"));
     QVERIFY(button);
     QCOMPARE(button->isVisible(), cross);
-    if (cross) {
-        QCOMPARE(button->size(), QSize(22, 22));
-        QVERIFY(button->isFlat());
-        QVERIFY(!button->autoDefault());
-    }
 }
 
 void LookFrameTest::closeCrossRejectsTheDialog()
@@ -199,7 +176,6 @@ void LookFrameTest::titleIsShownInCapitals()
     QCOMPARE(label->text(), QStringLiteral("ИМПОРТ ЭЛЕМЕНТОВ"));
     dialog->setWindowTitle(QStringLiteral("Сравнение: ПЭ_Трубы"));
     QCOMPARE(label->text(), QStringLiteral("СРАВНЕНИЕ: ПЭ_ТРУБЫ"));
-    QCOMPARE(label->alignment(), Qt::AlignCenter);
 }
 
 void LookFrameTest::themeChoosesTheVariant_data()
