@@ -68,28 +68,22 @@ void DrawingFilesTest::cleanup()
 void DrawingFilesTest::titleNamesTheExistingDrawing_data()
 {
     QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("title");
-    QTest::newRow("Windows path") << "D:\\work\\plan.cdw"
-                                  << "Чертеж plan.cdw уже существует";
+    QTest::addColumn<QString>("name"); // as the title "Чертеж <name> уже существует" shows it
+    QTest::newRow("Windows path") << "D:\\work\\plan.cdw" << QString("plan.cdw");
     QTest::newRow("no backslash: whole string less four")
-        << "C:/work/plan.cdw"
-        << "Чертеж C:/work/plan.cdw уже существует";
-    QTest::newRow("name only") << "plan.cdw"
-                               << "Чертеж plan.cdw уже существует";
-    QTest::newRow("other extension dropped too") << "D:\\work\\plan.frw"
-                                                 << "Чертеж plan.cdw уже существует";
-    QTest::newRow("shorter than four kept whole") << "D:\\a\\abc"
-                                                  << "Чертеж abc.cdw уже существует";
-    QTest::newRow("exactly four") << "D:\\a\\.cdw"
-                                  << "Чертеж .cdw уже существует";
-    QTest::newRow("Cyrillic") << "E:\\проект\\план этажа.cdw"
-                              << "Чертеж план этажа.cdw уже существует";
+        << "C:/work/plan.cdw" << QString("C:/work/plan.cdw");
+    QTest::newRow("name only") << "plan.cdw" << QString("plan.cdw");
+    QTest::newRow("other extension dropped too") << "D:\\work\\plan.frw" << QString("plan.cdw");
+    QTest::newRow("shorter than four kept whole") << "D:\\a\\abc" << QString("abc.cdw");
+    QTest::newRow("exactly four") << "D:\\a\\.cdw" << QString(".cdw");
+    QTest::newRow("Cyrillic") << "E:\\проект\\план этажа.cdw" << QString("план этажа.cdw");
 }
 
 void DrawingFilesTest::titleNamesTheExistingDrawing()
 {
     QFETCH(QString, path);
-    QFETCH(QString, title);
+    QFETCH(QString, name);
+    const QString title = QStringLiteral("Чертеж %1 уже существует").arg(name);
     QCOMPARE(edw::existingDrawingTitle(path), title);
     SaveCdwDialog dialog(path);
     QCOMPARE(dialog.windowTitle(), title);
@@ -168,12 +162,9 @@ void DrawingFilesTest::fileResultUsesBackslashes_data()
 {
     QTest::addColumn<QString>("chosen");
     QTest::addColumn<QString>("returned");
-    QTest::newRow("drive path") << "C:/a/b.cdw"
-                                << "C:\\a\\b.cdw";
-    QTest::newRow("mixed") << "//server/share\\b.cdw"
-                           << "\\\\server\\share\\b.cdw";
-    QTest::newRow("cancelled") << ""
-                               << "";
+    QTest::newRow("drive path") << "C:/a/b.cdw" << QString("C:\\a\\b.cdw");
+    QTest::newRow("mixed") << "//server/share\\b.cdw" << QString("\\\\server\\share\\b.cdw");
+    QTest::newRow("cancelled") << "" << QString();
 }
 
 void DrawingFilesTest::fileResultUsesBackslashes()

@@ -171,22 +171,18 @@ private slots:
         QTest::addColumn<QString>("prefix");
         QTest::addColumn<bool>("ventilation");
         QTest::addColumn<QString>("message");
-        QTest::newRow("taken name")
-            << "Т1"
-            << "Т" << false
-            << "Среда с данным именем уже есть в разделе.\nВведите другое имя среды.";
+        const QString taken = QStringLiteral("%1 с данным именем уже есть в разделе.\n"
+                                             "Введите другое имя %2.");
+        QTest::newRow("taken name") << "Т1" << QString("Т") << false << taken.arg("Среда", "среды");
         QTest::newRow("taken name, ventilation")
-            << "Т2"
-            << "П" << true
-            << "Система с данным именем уже есть в разделе.\nВведите другое имя системы.";
-        QTest::newRow("no name, no designation") << ""
-                                                 << "" << false << "Введите имя среды";
-        QTest::newRow("no name, ventilation") << ""
-                                              << "П" << true << "Введите имя системы";
-        QTest::newRow("no designation") << "Т5"
-                                        << "" << false << "Задайте обозначение среды";
-        QTest::newRow("no designation, ventilation") << "П5"
-                                                     << "" << true << "Задайте обозначение системы";
+            << "Т2" << QString("П") << true << taken.arg("Система", "системы");
+        QTest::newRow("no name") << "" << QString() << false << QString("Введите имя среды");
+        QTest::newRow("no name, ventilation")
+            << "" << QString("П") << true << QString("Введите имя системы");
+        QTest::newRow("no designation")
+            << "Т5" << QString() << false << QString("Задайте обозначение среды");
+        QTest::newRow("no designation, ventilation")
+            << "П5" << QString() << true << QString("Задайте обозначение системы");
     }
     void createModeChecks()
     {
@@ -289,14 +285,13 @@ private slots:
         QTest::addColumn<bool>("create");
         QTest::addColumn<QString>("help");
         QTest::addColumn<QString>("title");
-        QTest::newRow("medium, new, engsys help") << false << true << "\\Help\\ENGSYS.chm"
-                                                  << "Создание новой системы (среды)";
-        QTest::newRow("medium, new, other help") << false << true << "\\Help\\water.chm"
-                                                 << "Создание новой системы";
-        QTest::newRow("medium, current, engsys help") << false << false << "engsys.chm"
-                                                      << "Свойства текущей системы (среды)";
-        QTest::newRow("ventilation, new") << true << true << "engsys.chm"
-                                          << "Создание новой системы";
+        const QString created = QStringLiteral("Создание новой системы");
+        QTest::newRow("medium, new, engsys help")
+            << false << true << "\\Help\\ENGSYS.chm" << created + " (среды)";
+        QTest::newRow("medium, new, other help") << false << true << "\\Help\\water.chm" << created;
+        QTest::newRow("medium, current, engsys help")
+            << false << false << "engsys.chm" << QString("Свойства текущей системы (среды)");
+        QTest::newRow("ventilation, new") << true << true << "engsys.chm" << created;
     }
     void titles()
     {
@@ -344,15 +339,12 @@ private slots:
         QTest::addColumn<QString>("standard");
         QTest::addColumn<QString>("after");
         QTest::addColumn<int>("count");
-        QTest::newRow("shared variant kept") << "Сталь 20"
-                                             << "ГОСТ 3262-75"
-                                             << "Сталь 20" << 2;
-        QTest::newRow("variant not offered") << "Сталь 09Г2С"
-                                             << "ГОСТ 3262-75"
-                                             << "" << 2;
-        QTest::newRow("standard without variants") << "Сталь 20"
-                                                   << "ТУ 14-3-1128"
-                                                   << "" << 0;
+        const QString steel = QStringLiteral("Сталь 20");
+        const QString gost = QStringLiteral("ГОСТ 3262-75");
+        QTest::newRow("shared variant kept") << steel << gost << steel << 2;
+        QTest::newRow("variant not offered") << QString("Сталь 09Г2С") << gost << QString() << 2;
+        QTest::newRow("standard without variants")
+            << steel << QString("ТУ 14-3-1128") << QString() << 0;
     }
     void standardChangeKeepsSharedVariant()
     {

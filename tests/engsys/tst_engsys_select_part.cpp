@@ -117,18 +117,12 @@ void SelectPartTest::acceptedChoiceComesBackAsJson_data()
     QTest::addColumn<QString>("current");
     QTest::addColumn<QString>("pick"); // radio button to check before OK; empty: none
     QTest::addColumn<QString>("chosen");
-    QTest::newRow("keeps the current one") << "Технология (ТХ)"
-                                           << ""
-                                           << "Технология (ТХ)";
-    QTest::newRow("picks an added one") << "Технология (ТХ)"
-                                        << "partButton3"
-                                        << "Отопление (ОВ)";
-    QTest::newRow("unknown current, no choice") << "Электроснабжение"
-                                                << ""
-                                                << "";
-    QTest::newRow("current matched with case") << "технология (тх)"
-                                               << ""
-                                               << "";
+    const QString technology = QStringLiteral("Технология (ТХ)");
+    QTest::newRow("keeps the current one") << technology << QString() << technology;
+    QTest::newRow("picks an added one")
+        << technology << QString("partButton3") << QString("Отопление (ОВ)");
+    QTest::newRow("unknown current, no choice") << "Электроснабжение" << QString() << QString();
+    QTest::newRow("current matched with case") << "технология (тх)" << QString() << QString();
 }
 
 void SelectPartTest::acceptedChoiceComesBackAsJson()
