@@ -88,7 +88,6 @@ private slots:
     void themeEventReachesHandler();
     void eventsForwardAnswers();
     void openDocumentsGetHandlersAtStart();
-    void hostQueries();
     void sessionTakesHostIcon();
     void applicationClosingDropsSubscription();
     void cleanupTestCase();
@@ -275,17 +274,6 @@ void HostTest::openDocumentsGetHandlersAtStart()
     sandbox::fire_document_closing(id); // the third event keeps nothing
     QCOMPARE(app.document_handler_count(), before + 2);
     sandbox::close_document(id);
-}
-
-void HostTest::hostQueries()
-{
-    sandbox::set_main_window(0x5a17);
-    sandbox::set_folder(sandbox::folder_user, "/home/user/Gravis");
-    sandbox::set_folder(sandbox::folder_system, QString());
-    QCOMPARE(host_main_window(), quintptr(0x5a17));
-    QCOMPARE(host_folder(3), QString("/home/user/Gravis"));
-    QCOMPARE(host_folder(1), QString());
-    QCOMPARE(host_version(), QString("23.1"));
 }
 
 void HostTest::sessionTakesHostIcon()
