@@ -180,19 +180,15 @@ void UssDialogTest::categoriesOfACommand_data()
     QTest::addColumn<QStringList>("items");
     QTest::addColumn<bool>("enabled");
     QTest::addColumn<int>("current");
-    QTest::newRow("one command, two categories")
-        << QStringList{"pipe"} << QString() << 0
-        << QStringList{"Трубы напорные", "Трубы безнапорные"} << true << -1;
-    QTest::newRow("named category preselected")
-        << QStringList{"pipe"} << "Трубы безнапорные" << 0
-        << QStringList{"Трубы напорные", "Трубы безнапорные"} << true << 1;
-    QTest::newRow("near name not preselected")
-        << QStringList{"pipe"} << "Трубы" << 0 << QStringList{"Трубы напорные", "Трубы безнапорные"}
-        << true << -1;
+    const QStringList pipe{"pipe"};
+    const QStringList both{"Трубы напорные", "Трубы безнапорные"};
+    QTest::newRow("one command, two categories") << pipe << QString() << 0 << both << true << -1;
+    QTest::newRow("named category preselected") << pipe << both[1] << 0 << both << true << 1;
+    QTest::newRow("near name not preselected") << pipe << "Трубы" << 0 << both << true << -1;
     QTest::newRow("dash category")
         << QStringList{"valve"} << QString() << 0 << QStringList{""} << false << 0;
     QTest::newRow("two commands: none chosen")
-        << QStringList{"pipe", "valve"} << "Трубы напорные" << -1 << QStringList() << false << -1;
+        << QStringList{"pipe", "valve"} << both[0] << -1 << QStringList() << false << -1;
     QTest::newRow("no categoryList")
         << QStringList{"bare"} << QString() << -1 << QStringList() << false << -1;
 }

@@ -120,16 +120,11 @@ void HostTest::application7Failures_data()
 {
     QTest::addColumn<QString>("setup");
     QTest::addColumn<QString>("message");
-    QTest::newRow("no executable path")
-        << "nopath"
-        << "Не смогли получить API7, причина: не смогли получить путь к модулю";
-    QTest::newRow("module missing")
-        << "empty"
-        << "Не смогли получить API7, причина: не смогли загрузить gAPI7.dll";
+    const QString failed = QStringLiteral("Не смогли получить API7, причина: не смогли ");
+    QTest::newRow("no executable path") << "nopath" << failed + "получить путь к модулю";
+    QTest::newRow("module missing") << "empty" << failed + "загрузить gAPI7.dll";
     QTest::newRow("entry point missing")
-        << "noentry"
-        << "Не смогли получить API7, причина: не смогли получить указатель на функцию, "
-           "возвращающую интерфейс";
+        << "noentry" << failed + "получить указатель на функцию, возвращающую интерфейс";
 }
 
 void HostTest::application7Failures()
