@@ -79,7 +79,6 @@ private slots:
     void titleIsShownInCapitals();
     void themeChoosesTheVariant_data();
     void themeChoosesTheVariant();
-    void customCloseIconIsUsed();
     void missingTemplateKeepsTheProxyStyle();
     void doubleClickOnTitleBar_data();
     void doubleClickOnTitleBar();
@@ -182,35 +181,32 @@ void LookFrameTest::themeChoosesTheVariant_data()
 {
     QTest::addColumn<int>("theme"); // -1: no source installed
     QTest::addColumn<bool>("dark");
-    QTest::newRow("no source") << -1 << false;
-    QTest::newRow("light theme") << 1 << false;
-    QTest::newRow("dark theme") << 2 << true;
-    QTest::newRow("unknown theme") << 3 << false;
+    QTest::addColumn<QString>("ownCross"); // a close icon of the dialog's own; empty: none
+    QTest::newRow("no source") << -1 << false << QString();
+    QTest::newRow("light theme") << 1 << false << QString();
+    QTest::newRow("dark theme") << 2 << true << QString();
+    QTest::newRow("unknown theme") << 3 << false << QString();
+    QTest::newRow("own close icon") << 2 << true << QString(":/aec/triangle-down");
 }
 
 void LookFrameTest::themeChoosesTheVariant()
 {
     QFETCH(int, theme);
     QFETCH(bool, dark);
+    QFETCH(QString, ownCross);
     if (theme >= 0) qt::set_theme_source([theme] { return theme; });
     QCOMPARE(qt::dark_theme(), dark);
     std::unique_ptr<QDialog> dialog(sample_dialog());
-    QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(dialog.get());
+    QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(dialog.get(), ownCross);
     QCOMPARE(frame->dark(), dark);
     QCOMPARE(dialog->styleSheet(), qt::style_sheet(dark));
     auto* style = dialog->findChild<qt::aec_style*>();
     QVERIFY(style);
     QCOMPARE(style->dark(), dark);
-    const QString cross = dark ? ":/aec/cross-close-light" : ":/aec/cross-close";
+    const QString cross = !ownCross.isEmpty() ? ownCross
+                          : dark              ? ":/aec/cross-close-light"
+                                              : ":/aec/cross-close";
     QCOMPARE(frame->closeButton()->icon().pixmap(22).toImage(), QIcon(cross).pixmap(22).toImage());
-}
-
-void LookFrameTest::customCloseIconIsUsed()
-{
-    std::unique_ptr<QDialog> dialog(sample_dialog());
-    const QString icon = QStringLiteral(":/aec/triangle-down");
-    QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(dialog.get(), icon);
-    QCOMPARE(frame->closeButton()->icon().pixmap(22).toImage(), QIcon(icon).pixmap(22).toImage());
 }
 
 void LookFrameTest::missingTemplateKeepsTheProxyStyle()
