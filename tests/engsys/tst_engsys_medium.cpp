@@ -6,6 +6,7 @@
 #include "engsys/medium_dialog2.h"
 #include "engsys/medium_record.h"
 #include "modal_answer.h"
+#include "temp_catalog.h"
 
 #include <esdata/esdata.h>
 
@@ -17,7 +18,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTabWidget>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace edw;
@@ -56,8 +56,7 @@ class tst_engsys_medium : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    es_provider_t* m_catalog = nullptr;
+    testing::TempCatalog m_catalog;
     qint64 m_pool = 0;
 
     // A request as a piping library sends it.
@@ -91,7 +90,7 @@ class tst_engsys_medium : public QObject
 
     void addStandard(const QString& name, const QStringList& variants)
     {
-        es_packet_t* packet = provider_AddPacket(m_catalog, u16(name));
+        es_packet_t* packet = provider_AddPacket(m_catalog.provider, u16(name));
         QVERIFY(packet);
         es_table_t* table = folder_GetTable(packet_GetRootFolder(packet));
         es_attribute_t* variant = nullptr;
@@ -115,22 +114,15 @@ class tst_engsys_medium : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
-        const QString path = m_dir.filePath(QStringLiteral("medium.db"));
-        m_catalog = esx_OpenCatalog(u16(path), u"user_tx", true);
-        QVERIFY(m_catalog);
-        addStandard(QStringLiteral("ГОСТ 10704-91"),
-                    {QStringLiteral("Сталь 20"), QStringLiteral("Сталь 09Г2С")});
-        addStandard(QStringLiteral("ГОСТ 3262-75"),
-                    {QStringLiteral("Сталь 20"), QStringLiteral("оцинкованная")});
-        addStandard(QStringLiteral("ТУ 14-3-1128"), {});
-        addStandard(QStringLiteral("ГОСТ 17375-2001"),
-                    {QStringLiteral("исполнение 1"), QStringLiteral("исполнение 2")});
+        QVERIFY(m_catalog.provider);
+        addStandard("ГОСТ 10704-91", {"Сталь 20", "Сталь 09Г2С"});
+        addStandard("ГОСТ 3262-75", {"Сталь 20", "оцинкованная"});
+        addStandard("ТУ 14-3-1128", {});
+        addStandard("ГОСТ 17375-2001", {"исполнение 1", "исполнение 2"});
         m_pool =
             qint64(reinterpret_cast<quintptr>(esGetLibraryProviderPool(u"orvik.aec.engsystx")));
         QVERIFY(m_pool);
     }
-    void cleanupTestCase() { esx_CloseCatalog(m_catalog); }
     void cleanup()
     {
         IMediumDialog::setHelpOpener({});
