@@ -62,32 +62,15 @@ private slots:
 void ControlsTest::controlListIsRead()
 {
     QTemporaryDir dir;
+    // Groups, titles, read-only flags and the controls made (no "slider", no second Dn) are
+    // checked through the properties document; here what that document does not show.
     const ControlList groups = readControlList(writeDescription(dir), "pump");
-    QCOMPARE(groups.size(), size_t(3));
-    QCOMPARE(groups[0].title, QStringLiteral("Размеры"));
     QVERIFY(groups[0].postHide);
     QVERIFY(!groups[1].postHide);
-    // The unknown "slider" is ignored; the second control of Dn is not made.
-    QCOMPARE(groups[0].controls.size(), size_t(3));
-    QCOMPARE(groups[1].controls.size(), size_t(2));
-    QCOMPARE(groups[2].controls.size(), size_t(0));
-
     auto* dn = as<xml_edit_control>(groups, 0, 0);
-    QVERIFY(dn);
-    QCOMPARE(dn->title, QStringLiteral("Диаметр"));
     QCOMPARE(dn->tooltip, QStringLiteral("Условный проход"));
     QVERIFY(dn->required);
-    QVERIFY(!dn->readonly);
-    QVERIFY(as<xml_edit_control>(groups, 0, 1)->readonly);
-
-    auto* mark = as<xml_edit_control>(groups, 0, 2);
-    QCOMPARE(mark->valueType, xml_edit_control::Text);
-    QCOMPARE(mark->value, QVariant(QStringLiteral("К-80")));
-
-    auto* motor = as<xml_check_control>(groups, 1, 0);
-    QVERIFY(motor);
-    QCOMPARE(motor->value, QVariant(true));
-
+    QVERIFY(!as<xml_edit_control>(groups, 0, 1)->required);
     auto* material = as<xml_combo_control>(groups, 1, 1);
     QVERIFY(material);
     QCOMPARE(material->choices, (QStringList{"a", "", "b"}));

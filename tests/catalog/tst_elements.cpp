@@ -92,30 +92,25 @@ void ElementsTest::panelValuesAndSizeVariableNames_data()
     QTest::addColumn<QString>("warning");
     const int value = PanelParameter::Value;
     const int formula = PanelParameter::Formula;
-    QTest::newRow("Width") << "Width" << QVariant(300.5) << value << "300.5"
-                           << "W"
-                           << "";
-    QTest::newRow("Length") << "Length" << QVariant(12) << value << "12"
-                            << "L"
-                            << "";
-    QTest::newRow("Height") << "Height" << QVariant(1.0) << value << "1"
-                            << "H"
-                            << "";
-    QTest::newRow("width") << "width" << QVariant(2.0) << value << "2"
-                           << "own"
-                           << "";
-    QTest::newRow("new text") << "Mark" << QVariant("А-1") << value << "А-1"
-                              << ""
-                              << "";
-    QTest::newRow("new flag") << "Flag" << QVariant(true) << value << "1"
-                              << ""
-                              << "";
-    QTest::newRow("formula") << "Area" << QVariant("{Base}*2") << formula << "{A%1}*2"
-                             << "own"
-                             << "";
-    QTest::newRow("bad formula") << "Area" << QVariant("{Base") << formula << ""
-                                 << "own"
-                                 << "Ошибка преобразования формулы";
+    const struct
+    {
+        const char *tag, *name;
+        QVariant value;
+        int kind;
+        const char *stored, *varName, *warning;
+    } rows[] = {
+        {"Width", "Width", 300.5, value, "300.5", "W", ""},
+        {"Length", "Length", 12, value, "12", "L", ""},
+        {"Height", "Height", 1.0, value, "1", "H", ""},
+        {"width", "width", 2.0, value, "2", "own", ""},
+        {"new text", "Mark", "А-1", value, "А-1", "", ""},
+        {"new flag", "Flag", true, value, "1", "", ""},
+        {"formula", "Area", "{Base}*2", formula, "{A%1}*2", "own", ""},
+        {"bad formula", "Area", "{Base", formula, "", "own", "Ошибка преобразования формулы"},
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row.tag) << QString(row.name) << row.value << row.kind << QString(row.stored)
+                               << QString(row.varName) << QString(row.warning);
 }
 
 void ElementsTest::panelValuesAndSizeVariableNames()

@@ -42,50 +42,31 @@ void FormulaTest::formulaIsConverted_data()
     QTest::addColumn<QString>("formula");
     QTest::addColumn<QString>("converted");
     QTest::addColumn<QString>("error");
-
-    QTest::newRow("reference") << "{Width}"
-                               << "{A4}"
-                               << "";
-    QTest::newRow("R reference with text") << "L={Width,R}"
-                                           << "L={R(A4)}"
-                                           << "";
-    QTest::newRow("operation kept") << "{Width*2}"
-                                    << "{Width*2}"
-                                    << "";
-    QTest::newRow("minus is an operation") << "{-Width}"
-                                           << "{-Width}"
-                                           << "";
-    QTest::newRow("nested spliced") << "{A{B}C}"
-                                    << "{AA7C}"
-                                    << "";
-    QTest::newRow("no braces") << "Width*2"
-                               << "Width*2"
-                               << "";
-    QTest::newRow("text reference") << "{Name}"
-                                    << "{A9}"
-                                    << "";
-    QTest::newRow("several blocks") << "{Width}x{B}мм"
-                                    << "{A4}x{A7}мм"
-                                    << "";
-    QTest::newRow("empty block dropped") << "a{}b"
-                                         << "ab"
-                                         << "";
-    QTest::newRow("R reference to text")
-        << "{Name,R}"
-        << ""
-        << "Атрибут Name строкого вида и не может использоваться при вычислениях";
-    QTest::newRow("unclosed") << "{Width"
-                              << ""
-                              << "Не найден закрывающий символ } для {Width";
-    QTest::newRow("unclosed inside") << "x={Width}+{B{Width}"
-                                     << ""
-                                     << "Не найден закрывающий символ } для x={Width}+{B{Width}";
-    QTest::newRow("unknown attribute") << "{Depth}"
-                                       << ""
-                                       << "Блок не является операцией или атрибутом: Depth";
-    QTest::newRow("unknown R reference") << "{Depth,R}"
-                                         << ""
-                                         << "Блок не является операцией или атрибутом: Depth,R";
+    const struct
+    {
+        const char *tag, *formula, *converted, *error;
+    } rows[] = {
+        {"reference", "{Width}", "{A4}", ""},
+        {"R reference with text", "L={Width,R}", "L={R(A4)}", ""},
+        {"operation kept", "{Width*2}", "{Width*2}", ""},
+        {"minus is an operation", "{-Width}", "{-Width}", ""},
+        {"nested spliced", "{A{B}C}", "{AA7C}", ""},
+        {"no braces", "Width*2", "Width*2", ""},
+        {"text reference", "{Name}", "{A9}", ""},
+        {"several blocks", "{Width}x{B}мм", "{A4}x{A7}мм", ""},
+        {"empty block dropped", "a{}b", "ab", ""},
+        {"R reference to text", "{Name,R}", "",
+         "Атрибут Name строкого вида и не может использоваться при вычислениях"},
+        {"unclosed", "{Width", "", "Не найден закрывающий символ } для {Width"},
+        {"unclosed inside", "x={Width}+{B{Width}", "",
+         "Не найден закрывающий символ } для x={Width}+{B{Width}"},
+        {"unknown attribute", "{Depth}", "", "Блок не является операцией или атрибутом: Depth"},
+        {"unknown R reference", "{Depth,R}", "",
+         "Блок не является операцией или атрибутом: Depth,R"},
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row.tag) << QString(row.formula) << QString(row.converted)
+                               << QString(row.error);
 }
 
 void FormulaTest::formulaIsConverted()

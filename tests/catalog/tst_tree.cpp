@@ -23,18 +23,13 @@ void TreeTest::categoryPathDropsEmptyParts_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("category"); // empty: nothing is created
-    QTest::newRow("doubled and trailing") << "A\\\\B\\"
-                                          << "A\\B";
-    QTest::newRow("leading") << "\\A\\B"
-                             << "A\\B";
-    QTest::newRow("packet only") << "Насосы"
-                                 << "Насосы";
+    QTest::newRow("doubled and trailing") << "A\\\\B\\" << QString("A\\B");
+    QTest::newRow("leading") << "\\A\\B" << QString("A\\B");
+    QTest::newRow("packet only") << "Насосы" << QString("Насосы");
     QTest::newRow("three levels") << "Арматура\\Клапаны\\Обратные"
-                                  << "Арматура\\Клапаны\\Обратные";
-    QTest::newRow("empty") << ""
-                           << "";
-    QTest::newRow("separators only") << "\\\\"
-                                     << "";
+                                  << QString("Арматура\\Клапаны\\Обратные");
+    QTest::newRow("empty") << "" << QString();
+    QTest::newRow("separators only") << "\\\\" << QString();
 }
 
 void TreeTest::categoryPathDropsEmptyParts()
@@ -78,15 +73,11 @@ void TreeTest::folderPathFollowsSeparators_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("backslashes") << "Клапаны\\Обратные"
-                                 << "Клапаны\\Обратные";
+    QTest::newRow("backslashes") << "Клапаны\\Обратные" << QString("Клапаны\\Обратные");
     // "/" is part of a name: "Ду 1/2" is one folder.
-    QTest::newRow("slash in a name") << "Ду 1/2\\Обратные"
-                                     << "Ду 1/2\\Обратные";
-    QTest::newRow("empty parts") << "\\Клапаны\\\\Обратные\\"
-                                 << "Клапаны\\Обратные";
-    QTest::newRow("empty is the root") << ""
-                                       << "";
+    QTest::newRow("slash in a name") << "Ду 1/2\\Обратные" << QString("Ду 1/2\\Обратные");
+    QTest::newRow("empty parts") << "\\Клапаны\\\\Обратные\\" << QString("Клапаны\\Обратные");
+    QTest::newRow("empty is the root") << "" << QString();
 }
 
 void TreeTest::folderPathFollowsSeparators()

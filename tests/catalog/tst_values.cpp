@@ -26,36 +26,31 @@ void ValuesTest::textWrittenByAttributeType_data()
     QTest::addColumn<int>("type");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("stored");
-    QTest::newRow("real with comma") << 2 << "3,75"
-                                     << "3.75";
-    QTest::newRow("real with two commas") << 2 << "3,75,1"
-                                          << "0";
-    QTest::newRow("real with unit") << 2 << "2,5 mm"
-                                    << "0";
-    QTest::newRow("real shortest text") << 2 << "0.1"
-                                        << "0.1";
-    QTest::newRow("integer") << 1 << "42"
-                             << "42";
-    QTest::newRow("integer with letter") << 1 << "12a"
-                                         << "0";
-    QTest::newRow("integer after a blank") << 1 << " 12"
-                                           << "0";
-    QTest::newRow("integer before a blank") << 1 << "12 "
-                                            << "0";
-    QTest::newRow("integer with sign") << 1 << "-7"
-                                       << "-7";
-    QTest::newRow("real after a blank") << 2 << " 2,5"
-                                        << "0";
-    QTest::newRow("real not a number") << 2 << "nan"
-                                       << "0";
-    QTest::newRow("real infinite") << 2 << "inf"
-                                   << "0";
-    QTest::newRow("real with exponent") << 2 << "1,5e3"
-                                        << "1500";
-    QTest::newRow("text as it stands") << 3 << "3,75 мм"
-                                       << "3,75 мм";
-    QTest::newRow("unknown type not written") << 7 << "5"
-                                              << "";
+    // A number is the whole text or nothing: no blanks, units or words around it.
+    const struct
+    {
+        const char* tag;
+        int type;
+        const char *text, *stored;
+    } rows[] = {
+        {"real with comma", 2, "3,75", "3.75"},
+        {"real with two commas", 2, "3,75,1", "0"},
+        {"real with unit", 2, "2,5 mm", "0"},
+        {"real shortest text", 2, "0.1", "0.1"},
+        {"integer", 1, "42", "42"},
+        {"integer with letter", 1, "12a", "0"},
+        {"integer after a blank", 1, " 12", "0"},
+        {"integer before a blank", 1, "12 ", "0"},
+        {"integer with sign", 1, "-7", "-7"},
+        {"real after a blank", 2, " 2,5", "0"},
+        {"real not a number", 2, "nan", "0"},
+        {"real infinite", 2, "inf", "0"},
+        {"real with exponent", 2, "1,5e3", "1500"},
+        {"text as it stands", 3, "3,75 мм", "3,75 мм"},
+        {"unknown type not written", 7, "5", ""},
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row.tag) << row.type << QString(row.text) << QString(row.stored);
 }
 
 void ValuesTest::textWrittenByAttributeType()

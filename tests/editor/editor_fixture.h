@@ -3,7 +3,9 @@
 // Pieces of the editor tests: a commands description with commands of every kind, a scripted
 // environment that records warnings and answers the choosers, and a source element.
 
-#include "../catalog/catalog_fixture.h"
+#include "../support/fake_host.h"
+#include "../support/recording_messenger.h"
+#include "../support/temp_catalog.h"
 #include "catalog/element_ops.h"
 #include "editor/editor_environment.h"
 

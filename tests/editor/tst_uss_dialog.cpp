@@ -33,12 +33,27 @@ struct Setup
 
     std::unique_ptr<UssDialog> dialog(es_stdsize_t* source, const QStringList& names,
                                       unsigned mode = 0, int discipline = 0,
-                                      const QString& selection = {}, const QString& category = {})
+                                      const QString& selection = {}, const QString& category = {},
+                                      const QString& file = {}, const QString& work = {})
     {
         ControlList panel = readControlList(commands, names.size() == 1 ? names[0] : "pipe");
-        return std::make_unique<UssDialog>(nullptr, source, panel, commands, names, selection,
-                                           QString(), mode, catalog.dir.filePath("work"), category,
-                                           false, discipline, script.environment());
+        return std::make_unique<UssDialog>(nullptr, source, panel, file.isEmpty() ? commands : file,
+                                           names, selection, QString(), mode,
+                                           work.isEmpty() ? catalog.dir.filePath("work") : work,
+                                           category, false, discipline, script.environment());
+    }
+
+    EditRequest request(es_stdsize_t* source, unsigned mode)
+    {
+        EditRequest r;
+        r.provider = catalog.provider;
+        r.mode = mode;
+        r.packet = "ПЭ_Трубы";
+        r.elementId = CStdSize(source).id();
+        r.commandsFile = commands;
+        r.commands = {"pipe"};
+        r.workRoot = catalog.dir.filePath("work");
+        return r;
     }
 
     testing::TempCatalog catalog;
@@ -127,7 +142,6 @@ void UssDialogTest::titleFollowsMode()
     Setup setup;
     auto dialog = setup.dialog(nullptr, {"pipe"}, mode);
     QCOMPARE(dialog->windowTitle(), title);
-    QVERIFY(dialog->windowFlags() & Qt::FramelessWindowHint);
     // Without a source the original cannot be chosen; the first slot is current.
     QVERIFY(child<QRadioButton>(dialog.get(), "qViewPreFileRadio")->isHidden());
     QVERIFY(!child<QRadioButton>(dialog.get(), "qViewSelectionRadio")->isHidden());
@@ -166,19 +180,15 @@ void UssDialogTest::categoriesOfACommand_data()
     QTest::addColumn<QStringList>("items");
     QTest::addColumn<bool>("enabled");
     QTest::addColumn<int>("current");
-    QTest::newRow("one command, two categories")
-        << QStringList{"pipe"} << QString() << 0
-        << QStringList{"Трубы напорные", "Трубы безнапорные"} << true << -1;
-    QTest::newRow("named category preselected")
-        << QStringList{"pipe"} << "Трубы безнапорные" << 0
-        << QStringList{"Трубы напорные", "Трубы безнапорные"} << true << 1;
-    QTest::newRow("near name not preselected")
-        << QStringList{"pipe"} << "Трубы" << 0 << QStringList{"Трубы напорные", "Трубы безнапорные"}
-        << true << -1;
+    const QStringList pipe{"pipe"};
+    const QStringList both{"Трубы напорные", "Трубы безнапорные"};
+    QTest::newRow("one command, two categories") << pipe << QString() << 0 << both << true << -1;
+    QTest::newRow("named category preselected") << pipe << both[1] << 0 << both << true << 1;
+    QTest::newRow("near name not preselected") << pipe << "Трубы" << 0 << both << true << -1;
     QTest::newRow("dash category")
         << QStringList{"valve"} << QString() << 0 << QStringList{""} << false << 0;
     QTest::newRow("two commands: none chosen")
-        << QStringList{"pipe", "valve"} << "Трубы напорные" << -1 << QStringList() << false << -1;
+        << QStringList{"pipe", "valve"} << both[0] << -1 << QStringList() << false << -1;
     QTest::newRow("no categoryList")
         << QStringList{"bare"} << QString() << -1 << QStringList() << false << -1;
 }
@@ -215,15 +225,13 @@ void UssDialogTest::unreadableDescriptionIsReported()
     Setup setup;
     // The panel comes from the good file; the categories are read from a broken one.
     const QString broken = setup.catalog.writeFile("broken.xml", "<commands><command name=");
-    UssDialog dialog(nullptr, nullptr, readControlList(setup.commands, "pipe"), broken, {"pipe"},
-                     {}, {}, 0, setup.catalog.dir.filePath("work"), {}, false, 0,
-                     setup.script.environment());
+    auto dialog = setup.dialog(nullptr, {"pipe"}, 0, 0, {}, {}, broken);
     QCOMPARE(setup.script.warnings.size(), 1);
     QVERIFY2(setup.script.warnings[0].startsWith("Ошибка чтения xml\nfile: " + broken + "\ndesc: "),
              qPrintable(setup.script.warnings[0]));
     QVERIFY(setup.script.warnings[0].contains("\noffset: "));
-    QCOMPARE(child<QComboBox>(&dialog, "qCategoryBox")->count(), 0);
-    QVERIFY(!child<QComboBox>(&dialog, "qCategoryBox")->isEnabled());
+    QCOMPARE(child<QComboBox>(dialog.get(), "qCategoryBox")->count(), 0);
+    QVERIFY(!child<QComboBox>(dialog.get(), "qCategoryBox")->isEnabled());
 }
 
 void UssDialogTest::originalsAreExtractedAndOffered()
@@ -264,13 +272,11 @@ void UssDialogTest::originalIsUnloadedWithoutAWorkingCopy()
     Setup setup;
     es_stdsize_t* source = testing::sourceElement(setup.catalog);
     const QString blocker = setup.catalog.writeFile("blocker", "not a folder");
-    UssDialog dialog(nullptr, source, readControlList(setup.commands, "pipe"), setup.commands,
-                     {"pipe"}, {}, {}, 1, QDir(blocker).filePath("work"), {}, false, 0,
-                     setup.script.environment());
-    QVERIFY(child<QRadioButton>(&dialog, "qViewPreFileRadio")->isChecked());
+    auto dialog = setup.dialog(source, {"pipe"}, 1, 0, {}, {}, {}, QDir(blocker).filePath("work"));
+    QVERIFY(child<QRadioButton>(dialog.get(), "qViewPreFileRadio")->isChecked());
     const QString saved = setup.catalog.dir.filePath("front.frw");
     setup.script.chosen << saved;
-    click(&dialog, "qViewPreFileBut");
+    click(dialog.get(), "qViewPreFileBut");
     QFile file(saved);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), testing::svgDocument);
@@ -436,7 +442,7 @@ void UssDialogTest::roundTripsWriteTheCatalog()
 {
     QFETCH(unsigned, mode);
     Setup setup;
-    testing::ScopedMessenger messages;
+    testing::RecordingMessenger messages;
     testing::FakeHost host;
     host.userFolder = setup.catalog.dir.filePath("user");
     es_stdsize_t* source = testing::sourceElement(setup.catalog);
@@ -444,16 +450,9 @@ void UssDialogTest::roundTripsWriteTheCatalog()
     const QString part = setup.catalog.writeFile("part.m3d", testing::svgDocument);
     const int before = countElements(setup.catalog.provider);
 
-    EditRequest request;
-    request.provider = setup.catalog.provider;
-    request.mode = mode;
-    request.packet = "ПЭ_Трубы";
-    request.elementId = CStdSize(source).id();
-    request.commandsFile = setup.commands;
-    request.commands = {"pipe"};
+    EditRequest request = setup.request(source, mode);
     request.category = "Трубы безнапорные";
     request.requestText = "round";
-    request.workRoot = setup.catalog.dir.filePath("work");
 
     QString written;
     const bool ok = runElementEditor(request, nullptr, setup.script.environment(), &written,
@@ -518,14 +517,7 @@ void UssDialogTest::cancelWritesNothing()
     Setup setup;
     es_stdsize_t* source = testing::sourceElement(setup.catalog);
     const int before = countElements(setup.catalog.provider);
-    EditRequest request;
-    request.provider = setup.catalog.provider;
-    request.mode = 2;
-    request.packet = "ПЭ_Трубы";
-    request.elementId = CStdSize(source).id();
-    request.commandsFile = setup.commands;
-    request.commands = {"pipe"};
-    request.workRoot = setup.catalog.dir.filePath("work");
+    const EditRequest request = setup.request(source, 2);
     bool extracted = false;
     const bool ok = runElementEditor(request, nullptr, setup.script.environment(), nullptr,
                                      [&](UssDialog& dialog) {

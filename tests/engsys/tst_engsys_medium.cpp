@@ -5,60 +5,24 @@
 #include "engsys/medium_dialog.h"
 #include "engsys/medium_dialog2.h"
 #include "engsys/medium_record.h"
+#include "modal_answer.h"
+#include "temp_catalog.h"
 
 #include <esdata/esdata.h>
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
-#include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QTabWidget>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
-
-#include <deque>
-#include <functional>
 
 using namespace edw;
 
 namespace {
-
-// Plays the user for a series of modal dialogs: each newly shown modal widget gets the next
-// answer. The medium dialog shown again after a message counts as new.
-class ModalSeries : public QObject
-{
-public:
-    using Answer = std::function<void(QWidget*)>;
-    explicit ModalSeries(std::initializer_list<Answer> answers) : m_answers(answers)
-    {
-        connect(&m_timer, &QTimer::timeout, this, [this] {
-            QWidget* modal = QApplication::activeModalWidget();
-            if (!modal || !modal->isVisible() || modal == m_last || m_answers.empty()) return;
-            m_last = modal;
-            Answer next = std::move(m_answers.front());
-            m_answers.pop_front();
-            next(modal);
-            // The same widget may come back after another one was answered.
-            QTimer::singleShot(0, this, [this, modal] {
-                if (QApplication::activeModalWidget() != modal) m_last = nullptr;
-            });
-        });
-        m_timer.start(20);
-    }
-    size_t left() const { return m_answers.size(); }
-
-private:
-    std::deque<Answer> m_answers;
-    QTimer m_timer;
-    QPointer<QWidget> m_last;
-};
 
 void click(QWidget* dialog, const char* name)
 {
@@ -92,8 +56,7 @@ class tst_engsys_medium : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    es_provider_t* m_catalog = nullptr;
+    testing::TempCatalog m_catalog;
     qint64 m_pool = 0;
 
     // A request as a piping library sends it.
@@ -101,28 +64,25 @@ class tst_engsys_medium : public QObject
     {
         MediumRecord r;
         r.version = 1;
-        r.sysName = QStringLiteral("В1");
-        r.prefix = QStringLiteral("В1");
+        r.sysName = r.prefix = "В1";
         r.color = 255;
-        r.systems = {QStringLiteral("Т1"), QStringLiteral("Т2")};
-        r.segs = {QStringLiteral("ГОСТ 10704-91"), QStringLiteral("ГОСТ 3262-75"),
-                  QStringLiteral("ТУ 14-3-1128")};
-        r.curSeg = QStringLiteral("ГОСТ 10704-91");
-        r.varSeg = QStringLiteral("Сталь 09Г2С");
-        r.otvods = {QStringLiteral("ГОСТ 17375-2001")};
-        r.curOtvod = QStringLiteral("ГОСТ 17375-2001");
-        r.varOtvod = QStringLiteral("исполнение 2");
-        r.trks = {};
-        r.prhs = {QStringLiteral("ГОСТ 17378-2001")};
-        r.curPrh = QStringLiteral("нет такого");
-        r.isoSegments = {QStringLiteral("K-FLEX 13 мм"), QStringLiteral("Тилит 9 мм")};
-        r.currentIsoSegment = QStringLiteral("Тилит 9 мм");
-        r.cats = {QStringLiteral("I"), QStringLiteral("II"), QStringLiteral("III")};
-        r.cat = QStringLiteral("III");
-        r.temp = QStringLiteral("95");
-        r.density = QStringLiteral("958");
-        r.maxP = QStringLiteral("1.6");
-        r.chmHelp = QStringLiteral("\\Grundo\\Help\\EngSys.CHM");
+        r.systems = {"Т1", "Т2"};
+        r.segs = {"ГОСТ 10704-91", "ГОСТ 3262-75", "ТУ 14-3-1128"};
+        r.curSeg = "ГОСТ 10704-91";
+        r.varSeg = "Сталь 09Г2С";
+        r.otvods = {"ГОСТ 17375-2001"};
+        r.curOtvod = "ГОСТ 17375-2001";
+        r.varOtvod = "исполнение 2";
+        r.prhs = {"ГОСТ 17378-2001"};
+        r.curPrh = "нет такого";
+        r.isoSegments = {"K-FLEX 13 мм", "Тилит 9 мм"};
+        r.currentIsoSegment = "Тилит 9 мм";
+        r.cats = {"I", "II", "III"};
+        r.cat = "III";
+        r.temp = "95";
+        r.density = "958";
+        r.maxP = "1.6";
+        r.chmHelp = "\\Grundo\\Help\\EngSys.CHM";
         r.helpId = 4021;
         r.provider = m_pool;
         return r;
@@ -130,7 +90,7 @@ class tst_engsys_medium : public QObject
 
     void addStandard(const QString& name, const QStringList& variants)
     {
-        es_packet_t* packet = provider_AddPacket(m_catalog, u16(name));
+        es_packet_t* packet = provider_AddPacket(m_catalog.provider, u16(name));
         QVERIFY(packet);
         es_table_t* table = folder_GetTable(packet_GetRootFolder(packet));
         es_attribute_t* variant = nullptr;
@@ -154,37 +114,27 @@ class tst_engsys_medium : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
-        const QString path = m_dir.filePath(QStringLiteral("medium.db"));
-        m_catalog = esx_OpenCatalog(u16(path), u"user_tx", true);
-        QVERIFY(m_catalog);
-        addStandard(QStringLiteral("ГОСТ 10704-91"),
-                    {QStringLiteral("Сталь 20"), QStringLiteral("Сталь 09Г2С")});
-        addStandard(QStringLiteral("ГОСТ 3262-75"),
-                    {QStringLiteral("Сталь 20"), QStringLiteral("оцинкованная")});
-        addStandard(QStringLiteral("ТУ 14-3-1128"), {});
-        addStandard(QStringLiteral("ГОСТ 17375-2001"),
-                    {QStringLiteral("исполнение 1"), QStringLiteral("исполнение 2")});
+        QVERIFY(m_catalog.provider);
+        addStandard("ГОСТ 10704-91", {"Сталь 20", "Сталь 09Г2С"});
+        addStandard("ГОСТ 3262-75", {"Сталь 20", "оцинкованная"});
+        addStandard("ТУ 14-3-1128", {});
+        addStandard("ГОСТ 17375-2001", {"исполнение 1", "исполнение 2"});
         m_pool =
             qint64(reinterpret_cast<quintptr>(esGetLibraryProviderPool(u"orvik.aec.engsystx")));
         QVERIFY(m_pool);
     }
-    void cleanupTestCase() { esx_CloseCatalog(m_catalog); }
     void cleanup()
     {
         IMediumDialog::setHelpOpener({});
         IMediumDialog::setColorChooser({});
     }
 
-    void recordIsWrittenWithSortedKeys()
+    void recordKeepsALargePoolAddress()
     {
         MediumRecord r = request();
         r.provider = 0x123456789AB;
         const QByteArray json = writeMediumRecord(r);
-        QVERIFY(json.startsWith(R"({"cat":"III","cats":["I","II","III"],"chmHelp":)"));
         QVERIFY(json.contains(R"("provider":1250999896491)"));
-        QVERIFY(json.indexOf("\"curOtvod\"") < json.indexOf("\"curPrh\""));
-        QVERIFY(json.indexOf("\"varTrk\"") < json.indexOf("\"version\""));
         const MediumRecord back = readMediumRecord(json);
         QCOMPARE(back.systems, r.systems);
         QCOMPARE(back.provider, r.provider);
@@ -196,7 +146,7 @@ private slots:
         MediumRecord r = request();
         r.version = 2;
         QString shown;
-        ModalSeries user{[&](QWidget* box) {
+        ModalAnswer user{[&](QWidget* box) {
             shown = messageText(box);
             click(box, "okButton");
         }};
@@ -213,22 +163,18 @@ private slots:
         QTest::addColumn<QString>("prefix");
         QTest::addColumn<bool>("ventilation");
         QTest::addColumn<QString>("message");
-        QTest::newRow("taken name")
-            << "Т1"
-            << "Т" << false
-            << "Среда с данным именем уже есть в разделе.\nВведите другое имя среды.";
+        const QString taken = QStringLiteral("%1 с данным именем уже есть в разделе.\n"
+                                             "Введите другое имя %2.");
+        QTest::newRow("taken name") << "Т1" << QString("Т") << false << taken.arg("Среда", "среды");
         QTest::newRow("taken name, ventilation")
-            << "Т2"
-            << "П" << true
-            << "Система с данным именем уже есть в разделе.\nВведите другое имя системы.";
-        QTest::newRow("no name, no designation") << ""
-                                                 << "" << false << "Введите имя среды";
-        QTest::newRow("no name, ventilation") << ""
-                                              << "П" << true << "Введите имя системы";
-        QTest::newRow("no designation") << "Т5"
-                                        << "" << false << "Задайте обозначение среды";
-        QTest::newRow("no designation, ventilation") << "П5"
-                                                     << "" << true << "Задайте обозначение системы";
+            << "Т2" << QString("П") << true << taken.arg("Система", "системы");
+        QTest::newRow("no name") << "" << QString() << false << QString("Введите имя среды");
+        QTest::newRow("no name, ventilation")
+            << "" << QString("П") << true << QString("Введите имя системы");
+        QTest::newRow("no designation")
+            << "Т5" << QString() << false << QString("Задайте обозначение среды");
+        QTest::newRow("no designation, ventilation")
+            << "П5" << QString() << true << QString("Задайте обозначение системы");
     }
     void createModeChecks()
     {
@@ -238,7 +184,7 @@ private slots:
         QFETCH(QString, message);
         QString shown;
         int tabShownAgain = -1;
-        ModalSeries user{
+        ModalAnswer user{
             [&](QWidget* d) {
                 d->findChild<QTabWidget*>(QStringLiteral("tabWidget"))->setCurrentIndex(2);
                 d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->setText(name);
@@ -275,7 +221,7 @@ private slots:
     void nameComparisonIsExact()
     {
         QFETCH(QString, name);
-        ModalSeries user{[&](QWidget* d) {
+        ModalAnswer user{[&](QWidget* d) {
             d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->setText(name);
             click(d, "okButton");
         }};
@@ -286,7 +232,7 @@ private slots:
 
     void cancelAfterMessageGivesFalse()
     {
-        ModalSeries user{[&](QWidget* d) {
+        ModalAnswer user{[&](QWidget* d) {
                              d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->clear();
                              click(d, "okButton");
                          },
@@ -295,7 +241,7 @@ private slots:
         const char* result = "untouched";
         QVERIFY(!runMediumDialog(0, true, false, writeMediumRecord(request()), &result));
         QCOMPARE(QByteArray(result), QByteArray("untouched"));
-        QCOMPARE(user.left(), size_t(0));
+        QVERIFY(user.answered());
     }
 
     void propertyModeTakesAnyName()
@@ -304,7 +250,7 @@ private slots:
         r.sysName = QStringLiteral("Т1");
         bool editable = true;
         int tab = -1;
-        ModalSeries user{[&](QWidget* d) {
+        ModalAnswer user{[&](QWidget* d) {
             editable = d->findChild<QLineEdit*>(QStringLiteral("nameEdit"))->isEnabled() ||
                        d->findChild<QLineEdit*>(QStringLiteral("prefixEdit"))->isEnabled();
             tab = d->findChild<QTabWidget*>(QStringLiteral("tabWidget"))->currentIndex();
@@ -331,14 +277,13 @@ private slots:
         QTest::addColumn<bool>("create");
         QTest::addColumn<QString>("help");
         QTest::addColumn<QString>("title");
-        QTest::newRow("medium, new, engsys help") << false << true << "\\Help\\ENGSYS.chm"
-                                                  << "Создание новой системы (среды)";
-        QTest::newRow("medium, new, other help") << false << true << "\\Help\\water.chm"
-                                                 << "Создание новой системы";
-        QTest::newRow("medium, current, engsys help") << false << false << "engsys.chm"
-                                                      << "Свойства текущей системы (среды)";
-        QTest::newRow("ventilation, new") << true << true << "engsys.chm"
-                                          << "Создание новой системы";
+        const QString created = QStringLiteral("Создание новой системы");
+        QTest::newRow("medium, new, engsys help")
+            << false << true << "\\Help\\ENGSYS.chm" << created + " (среды)";
+        QTest::newRow("medium, new, other help") << false << true << "\\Help\\water.chm" << created;
+        QTest::newRow("medium, current, engsys help")
+            << false << false << "engsys.chm" << QString("Свойства текущей системы (среды)");
+        QTest::newRow("ventilation, new") << true << true << "engsys.chm" << created;
     }
     void titles()
     {
@@ -361,12 +306,6 @@ private slots:
         MediumDialog d(request(), true);
         QCOMPARE(combo(&d, "catBox")->currentText(), QStringLiteral("I"));
         QCOMPARE(d.findChild<QTabWidget*>(QStringLiteral("tabWidget"))->currentIndex(), 0);
-        QCOMPARE(d.findChild<QSpinBox*>(QStringLiteral("tempSpin"))->suffix(),
-                 QStringLiteral(" °C"));
-        QCOMPARE(d.findChild<QSpinBox*>(QStringLiteral("denSpin"))->suffix(),
-                 QStringLiteral(" кг/м³"));
-        QCOMPARE(d.findChild<QDoubleSpinBox*>(QStringLiteral("maxPSpin"))->suffix(),
-                 QStringLiteral(" МПа"));
     }
 
     void variantsFromCatalog()
@@ -392,15 +331,12 @@ private slots:
         QTest::addColumn<QString>("standard");
         QTest::addColumn<QString>("after");
         QTest::addColumn<int>("count");
-        QTest::newRow("shared variant kept") << "Сталь 20"
-                                             << "ГОСТ 3262-75"
-                                             << "Сталь 20" << 2;
-        QTest::newRow("variant not offered") << "Сталь 09Г2С"
-                                             << "ГОСТ 3262-75"
-                                             << "" << 2;
-        QTest::newRow("standard without variants") << "Сталь 20"
-                                                   << "ТУ 14-3-1128"
-                                                   << "" << 0;
+        const QString steel = QStringLiteral("Сталь 20");
+        const QString gost = QStringLiteral("ГОСТ 3262-75");
+        QTest::newRow("shared variant kept") << steel << gost << steel << 2;
+        QTest::newRow("variant not offered") << QString("Сталь 09Г2С") << gost << QString() << 2;
+        QTest::newRow("standard without variants")
+            << steel << QString("ТУ 14-3-1128") << QString() << 0;
     }
     void standardChangeKeepsSharedVariant()
     {
@@ -434,20 +370,22 @@ private slots:
     void colourIsPacked_data()
     {
         QTest::addColumn<QColor>("chosen");
+        QTest::addColumn<bool>("accepted");
         QTest::addColumn<int>("packed");
-        QTest::newRow("red") << QColor(255, 0, 0) << 255;
-        QTest::newRow("blue") << QColor(0, 0, 255) << 16711680;
-        QTest::newRow("mixed") << QColor(1, 2, 3) << 1 + 2 * 256 + 3 * 65536;
+        QTest::newRow("blue") << QColor(0, 0, 255) << true << 16711680;
+        QTest::newRow("mixed") << QColor(1, 2, 3) << true << 1 + 2 * 256 + 3 * 65536;
+        QTest::newRow("cancelled") << QColor(0, 255, 0) << false << 255;
     }
     void colourIsPacked()
     {
         QFETCH(QColor, chosen);
+        QFETCH(bool, accepted);
         QFETCH(int, packed);
         QColor offered;
         IMediumDialog::setColorChooser([&](QWidget*, QColor& c) {
             offered = c;
             c = chosen;
-            return true;
+            return accepted;
         });
         MediumDialog d(request(), true);
         auto* button = d.findChild<QPushButton*>(QStringLiteral("colorButton"));
@@ -456,18 +394,8 @@ private slots:
         button->click();
         QCOMPARE(offered, QColor(255, 0, 0));
         QCOMPARE(d.record().color, packed);
-        QCOMPARE(button->icon().pixmap(button->iconSize()).toImage().pixelColor(2, 2), chosen);
-    }
-
-    void cancelledColourChangesNothing()
-    {
-        IMediumDialog::setColorChooser([](QWidget*, QColor& c) {
-            c = Qt::green;
-            return false;
-        });
-        MediumDialog d(request(), true);
-        d.findChild<QPushButton*>(QStringLiteral("colorButton"))->click();
-        QCOMPARE(d.record().color, 255);
+        QCOMPARE(button->icon().pixmap(button->iconSize()).toImage().pixelColor(2, 2),
+                 accepted ? chosen : QColor(255, 0, 0));
     }
 
     void f1OpensHelpAtTopic()
@@ -504,10 +432,7 @@ private slots:
         r.protoch = supply;
         MediumDialog2 d(r, true);
         QComboBox* type = combo(&d, "typeBox");
-        QCOMPARE(type->itemText(0), QStringLiteral(" приточная"));
-        QCOMPARE(type->itemText(1), QStringLiteral(" вытяжная"));
         QCOMPARE(type->currentIndex(), supply ? 0 : 1);
-        QVERIFY(!d.findChild<QSpinBox*>(QStringLiteral("tempSpin")));
         type->setCurrentIndex(choose);
         d.transfer(false);
         QCOMPARE(d.record().protoch, written);

@@ -88,10 +88,7 @@ private slots:
     void themeEventReachesHandler();
     void eventsForwardAnswers();
     void openDocumentsGetHandlersAtStart();
-    void hostQueries();
     void sessionTakesHostIcon();
-    void themeFollowsTheHostWithoutSession_data();
-    void themeFollowsTheHostWithoutSession();
     void applicationClosingDropsSubscription();
     void cleanupTestCase();
 
@@ -123,16 +120,11 @@ void HostTest::application7Failures_data()
 {
     QTest::addColumn<QString>("setup");
     QTest::addColumn<QString>("message");
-    QTest::newRow("no executable path")
-        << "nopath"
-        << "Не смогли получить API7, причина: не смогли получить путь к модулю";
-    QTest::newRow("module missing")
-        << "empty"
-        << "Не смогли получить API7, причина: не смогли загрузить gAPI7.dll";
+    const QString failed = QStringLiteral("Не смогли получить API7, причина: не смогли ");
+    QTest::newRow("no executable path") << "nopath" << failed + "получить путь к модулю";
+    QTest::newRow("module missing") << "empty" << failed + "загрузить gAPI7.dll";
     QTest::newRow("entry point missing")
-        << "noentry"
-        << "Не смогли получить API7, причина: не смогли получить указатель на функцию, "
-           "возвращающую интерфейс";
+        << "noentry" << failed + "получить указатель на функцию, возвращающую интерфейс";
 }
 
 void HostTest::application7Failures()
@@ -203,9 +195,10 @@ void HostTest::themeEventReachesHandler_data()
 {
     QTest::addColumn<int>("theme");
     QTest::addColumn<QList<bool>>("delivered");
-    QTest::newRow("light") << 0 << QList<bool>{false};
-    QTest::newRow("system") << 1 << QList<bool>{};
-    QTest::newRow("dark") << 2 << QList<bool>{true};
+    QTest::addColumn<bool>("dark");
+    QTest::newRow("light") << 0 << QList<bool>{false} << false;
+    QTest::newRow("system") << 1 << QList<bool>{} << false;
+    QTest::newRow("dark") << 2 << QList<bool>{true} << true;
 }
 
 void HostTest::themeEventReachesHandler()
@@ -218,6 +211,11 @@ void HostTest::themeEventReachesHandler()
     QVERIFY(sandbox::fire_theme_changed(theme));
     QCOMPARE(app.themes, delivered);
     QCOMPARE(host_theme(), theme);
+#if defined(FRAME_TEST_WITH_LOOK)
+    // No dialog session is prepared: an export that prepares none still gets the host's theme.
+    QFETCH(bool, dark);
+    QCOMPARE(qt::dark_theme(), dark);
+#endif
 }
 
 void HostTest::eventsForwardAnswers()
@@ -273,17 +271,6 @@ void HostTest::openDocumentsGetHandlersAtStart()
     sandbox::close_document(id);
 }
 
-void HostTest::hostQueries()
-{
-    sandbox::set_main_window(0x5a17);
-    sandbox::set_folder(sandbox::folder_user, "/home/user/Gravis");
-    sandbox::set_folder(sandbox::folder_system, QString());
-    QCOMPARE(host_main_window(), quintptr(0x5a17));
-    QCOMPARE(host_folder(3), QString("/home/user/Gravis"));
-    QCOMPARE(host_folder(1), QString());
-    QCOMPARE(host_version(), QString("23.1"));
-}
-
 void HostTest::sessionTakesHostIcon()
 {
     QWidget hostWindow;
@@ -295,28 +282,6 @@ void HostTest::sessionTakesHostIcon()
     const QImage icon = QApplication::windowIcon().pixmap(32, 32).toImage();
     QVERIFY(!icon.isNull());
     QCOMPARE(icon.pixelColor(16, 16), QColor(Qt::red));
-}
-
-void HostTest::themeFollowsTheHostWithoutSession_data()
-{
-    QTest::addColumn<int>("theme");
-    QTest::addColumn<bool>("dark");
-    QTest::newRow("light") << 0 << false;
-    QTest::newRow("system") << 1 << false;
-    QTest::newRow("dark") << 2 << true;
-}
-
-void HostTest::themeFollowsTheHostWithoutSession()
-{
-#if defined(FRAME_TEST_WITH_LOOK)
-    // No dialog session is prepared: an export that prepares none still gets the host's theme.
-    QFETCH(int, theme);
-    QFETCH(bool, dark);
-    sandbox::set_theme(theme);
-    QCOMPARE(qt::dark_theme(), dark);
-#else
-    QSKIP("the look is not part of this build");
-#endif
 }
 
 void HostTest::applicationClosingDropsSubscription()

@@ -23,7 +23,6 @@ private slots:
     void initTestCase();
     void openRefusals_data();
     void openRefusals();
-    void openedDocumentsAreListed();
     void automationRefusesUnknownCalls_data();
     void automationRefusesUnknownCalls();
     void objectsAnswerOnlyTheirIdentities();
@@ -74,25 +73,6 @@ void SandboxHostTest::openRefusals()
     com_ptr<abi::IGravisDocument> doc;
     QCOMPARE(int(app->OpenDocument(make_string(file).get(), false, doc.put())), code);
     QVERIFY(!doc);
-}
-
-void SandboxHostTest::openedDocumentsAreListed()
-{
-    const QString file = m_dir.path() + "/listed.cdw";
-    QVERIFY(sandbox::write_sample_document(file, {0, 4}, {4}));
-    const int visible = sandbox::open_document(file, true);
-    const int hidden = sandbox::open_document(file, false);
-    QVERIFY(visible > 0 && hidden > visible);
-    QCOMPARE(sandbox::document(visible).path, file);
-    QVERIFY(sandbox::document(visible).visible);
-    QVERIFY(!sandbox::document(hidden).visible);
-    com_ptr<abi::IGravisApplication> native = native_application();
-    QCOMPARE(native->DocumentCount(), 2);
-    QVERIFY(sandbox::close_document(hidden));
-    QVERIFY(!sandbox::close_document(hidden));
-    QCOMPARE(native->DocumentCount(), 1);
-    QVERIFY(sandbox::close_document(visible));
-    QCOMPARE(sandbox::document(visible).id, 0);
 }
 
 void SandboxHostTest::automationRefusesUnknownCalls_data()

@@ -18,8 +18,6 @@ class SettingsTest : public QObject
 
 private slots:
     void initTestCase();
-    void unreadKeyGivesDefault_data();
-    void unreadKeyGivesDefault();
     void writtenValuesReachTheFile();
     void helpFailureRememberedOnce();
 
@@ -34,23 +32,6 @@ void SettingsTest::initTestCase()
     sandbox::set_folder(sandbox::folder_system, m_userFolder.path() + "/system");
 }
 
-void SettingsTest::unreadKeyGivesDefault_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("fallback");
-    // Keys no other function writes: the settings file lives as long as the process.
-    QTest::newRow("no default") << "uss_export_path" << QString();
-    QTest::newRow("with default") << "LastFragmentPath"
-                                  << "C:/Fragments";
-}
-
-void SettingsTest::unreadKeyGivesDefault()
-{
-    QFETCH(QString, key);
-    QFETCH(QString, fallback);
-    QCOMPARE(read_setting(key, fallback), fallback);
-}
-
 void SettingsTest::writtenValuesReachTheFile()
 {
     write_setting("uss_import_path", "D:/x/y");
@@ -62,6 +43,9 @@ void SettingsTest::writtenValuesReachTheFile()
     QCOMPARE(ini.value("common/FragmentPath").toString(), QString("/home/u/Фрагменты"));
     QCOMPARE(ini.value("common/uss_import_path").toString(), QString("E:/z"));
     QCOMPARE(read_setting("uss_import_path", "unset"), QString("E:/z"));
+    // A key never written gives the default.
+    QCOMPARE(read_setting("LastFragmentPath", "C:/Fragments"), QString("C:/Fragments"));
+    QCOMPARE(read_setting("uss_export_path"), QString());
 }
 
 void SettingsTest::helpFailureRememberedOnce()

@@ -11,6 +11,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <functional>
 
@@ -41,6 +42,9 @@ private slots:
     void deletingModalChildReenablesHost();
     void emptyParentIsOrdinaryWidget();
     void tabFromLastControlGoesToHost();
+    void embeddingOwnsTheFrameToTheHost();
+    void deleteOnCloseChildTakesFrameAlong();
+    void modelessChildLeavesHostEnabled();
 
 private:
     QWidget* m_host = nullptr;
@@ -148,8 +152,6 @@ void WinWidgetTest::deletingModalChildReenablesHost()
 void WinWidgetTest::emptyParentIsOrdinaryWidget()
 {
     QWinWidget frame(0);
-    QVERIFY(!frame.testAttribute(Qt::WA_NativeWindow));
-    QVERIFY(!frame.property("_q_embedded_native_parent_handle").isValid());
     QDialog dialog(&frame);
     dialog.setModal(true);
     dialog.show();
@@ -177,6 +179,37 @@ void WinWidgetTest::tabFromLastControlGoesToHost()
     QVERIFY(m_host->focusWidget() != m_host);
     QTest::keyClick(last, Qt::Key_Tab);
     QCOMPARE(m_host->focusWidget(), m_host); // the last control hands focus to the host
+}
+
+void WinWidgetTest::embeddingOwnsTheFrameToTheHost()
+{
+    QWinWidget frame(m_host->winId());
+    QCOMPARE(frame.parentWindow(), quintptr(m_host->winId()));
+    QVERIFY(frame.windowHandle());
+    QCOMPARE(frame.windowHandle()->transientParent(), m_host->windowHandle());
+}
+
+void WinWidgetTest::deleteOnCloseChildTakesFrameAlong()
+{
+    QPointer<QWinWidget> frame = new QWinWidget(m_host->winId());
+    auto* dialog = new QDialog(frame);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setModal(true);
+    dialog->show();
+    QVERIFY(!m_host->isEnabled());
+    dialog->close();
+    QVERIFY(m_host->isEnabled());
+    QTRY_VERIFY(frame.isNull());
+}
+
+void WinWidgetTest::modelessChildLeavesHostEnabled()
+{
+    QWinWidget frame(m_host->winId());
+    QDialog dialog(&frame);
+    dialog.show();
+    QVERIFY(m_host->isEnabled());
+    QVERIFY(frame.isHidden());
+    dialog.hide();
 }
 
 QTEST_MAIN(WinWidgetTest)

@@ -73,14 +73,12 @@ class LookFrameTest : public QObject
 private slots:
     void cleanup();
     void attachBuildsTheFrameAroundTheContent();
-    void attachKeepsOtherWindowFlags();
     void closeCrossFollowsTheCloseHint_data();
     void closeCrossFollowsTheCloseHint();
     void closeCrossRejectsTheDialog();
     void titleIsShownInCapitals();
     void themeChoosesTheVariant_data();
     void themeChoosesTheVariant();
-    void customCloseIconIsUsed();
     void missingTemplateKeepsTheProxyStyle();
     void doubleClickOnTitleBar_data();
     void doubleClickOnTitleBar();
@@ -103,30 +101,24 @@ void LookFrameTest::cleanup()
 void LookFrameTest::attachBuildsTheFrameAroundTheContent()
 {
     std::unique_ptr<QDialog> dialog(sample_dialog());
+    dialog->setWindowFlags(Qt::Dialog | Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint);
     auto* edit = dialog->findChild<QLineEdit*>(QStringLiteral("nameEdit"));
     QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(dialog.get());
     QVERIFY(frame);
-    QCOMPARE(frame->parent(), dialog.get());
+    // The window manager's frame gives way; the other window flags stay.
+    const Qt::WindowFlags flags = dialog->windowFlags();
+    QVERIFY(flags.testFlag(Qt::FramelessWindowHint));
+    QVERIFY(flags.testFlag(Qt::WindowStaysOnTopHint));
+    QVERIFY(flags.testFlag(Qt::WindowCloseButtonHint));
 
     auto* border = dialog->findChild<qt::resizable_frame*>(QStringLiteral("aec_styled_frame"));
     auto* titleBar = dialog->findChild<QFrame*>(QStringLiteral("aec_styled_titlebar"));
-    QVERIFY(border);
-    QVERIFY(titleBar);
-    QCOMPARE(border->frameStyle(), int(QFrame::StyledPanel));
-    QVERIFY(border->testAttribute(Qt::WA_Hover));
-    QCOMPARE(titleBar->parentWidget(), border);
-    // The dialog's own widgets now live in the content under the title bar.
+    QVERIFY(border && titleBar);
+    // The dialog's own widgets now live in the content under the title bar, in their layout.
     QWidget* content = edit->parentWidget();
     QCOMPARE(content->objectName(), QStringLiteral("aec_styled_content"));
-    QCOMPARE(content->parentWidget(), border);
     QVERIFY(qobject_cast<QGridLayout*>(content->layout()));
-    QCOMPARE(dialog->layout()->count(), 1);
-    QCOMPARE(dialog->layout()->itemAt(0)->widget(), border);
-    QCOMPARE(border->layout()->itemAt(0)->widget(), titleBar);
-    QCOMPARE(border->layout()->itemAt(1)->widget(), content);
-    // The style sheet and the proxy style are both in force for the content.
-    QVERIFY(!dialog->styleSheet().isEmpty());
-    QVERIFY(dialog->findChild<qt::aec_style*>());
+    // The proxy style is in force for the content.
     auto* tree = dialog->findChild<QTreeView*>(QStringLiteral("treeView"));
     tree->ensurePolished();
     QCOMPARE(tree->style()->pixelMetric(QStyle::PM_TreeViewIndentation), 16);
@@ -135,17 +127,6 @@ void LookFrameTest::attachBuildsTheFrameAroundTheContent()
     // 22 px of title and the 2 px line under it.
     QCOMPARE(titleBar->height(), 22 + 2);
     QVERIFY(titleBar->geometry().top() < edit->mapTo(border, QPoint(0, 0)).y());
-}
-
-void LookFrameTest::attachKeepsOtherWindowFlags()
-{
-    std::unique_ptr<QDialog> dialog(sample_dialog());
-    dialog->setWindowFlags(Qt::Dialog | Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint);
-    qt::attach_styled_frame(dialog.get());
-    const Qt::WindowFlags flags = dialog->windowFlags();
-    QVERIFY(flags.testFlag(Qt::FramelessWindowHint));
-    QVERIFY(flags.testFlag(Qt::WindowStaysOnTopHint));
-    QVERIFY(flags.testFlag(Qt::WindowCloseButtonHint));
 }
 
 void LookFrameTest::closeCrossFollowsTheCloseHint_data()
@@ -172,11 +153,6 @@ void LookFrameTest::closeCrossFollowsTheCloseHint()
     auto* button = dialog->findChild<QPushButton*>(QStringLiteral("aec_styled_closebutton"));
     QVERIFY(button);
     QCOMPARE(button->isVisible(), cross);
-    if (cross) {
-        QCOMPARE(button->size(), QSize(22, 22));
-        QVERIFY(button->isFlat());
-        QVERIFY(!button->autoDefault());
-    }
 }
 
 void LookFrameTest::closeCrossRejectsTheDialog()
@@ -199,42 +175,38 @@ void LookFrameTest::titleIsShownInCapitals()
     QCOMPARE(label->text(), QStringLiteral("ИМПОРТ ЭЛЕМЕНТОВ"));
     dialog->setWindowTitle(QStringLiteral("Сравнение: ПЭ_Трубы"));
     QCOMPARE(label->text(), QStringLiteral("СРАВНЕНИЕ: ПЭ_ТРУБЫ"));
-    QCOMPARE(label->alignment(), Qt::AlignCenter);
 }
 
 void LookFrameTest::themeChoosesTheVariant_data()
 {
     QTest::addColumn<int>("theme"); // -1: no source installed
     QTest::addColumn<bool>("dark");
-    QTest::newRow("no source") << -1 << false;
-    QTest::newRow("light theme") << 1 << false;
-    QTest::newRow("dark theme") << 2 << true;
-    QTest::newRow("unknown theme") << 3 << false;
+    QTest::addColumn<QString>("ownCross"); // a close icon of the dialog's own; empty: none
+    QTest::newRow("no source") << -1 << false << QString();
+    QTest::newRow("light theme") << 1 << false << QString();
+    QTest::newRow("dark theme") << 2 << true << QString();
+    QTest::newRow("unknown theme") << 3 << false << QString();
+    QTest::newRow("own close icon") << 2 << true << QString(":/aec/triangle-down");
 }
 
 void LookFrameTest::themeChoosesTheVariant()
 {
     QFETCH(int, theme);
     QFETCH(bool, dark);
+    QFETCH(QString, ownCross);
     if (theme >= 0) qt::set_theme_source([theme] { return theme; });
     QCOMPARE(qt::dark_theme(), dark);
     std::unique_ptr<QDialog> dialog(sample_dialog());
-    QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(dialog.get());
+    QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(dialog.get(), ownCross);
     QCOMPARE(frame->dark(), dark);
     QCOMPARE(dialog->styleSheet(), qt::style_sheet(dark));
     auto* style = dialog->findChild<qt::aec_style*>();
     QVERIFY(style);
     QCOMPARE(style->dark(), dark);
-    const QString cross = dark ? ":/aec/cross-close-light" : ":/aec/cross-close";
+    const QString cross = !ownCross.isEmpty() ? ownCross
+                          : dark              ? ":/aec/cross-close-light"
+                                              : ":/aec/cross-close";
     QCOMPARE(frame->closeButton()->icon().pixmap(22).toImage(), QIcon(cross).pixmap(22).toImage());
-}
-
-void LookFrameTest::customCloseIconIsUsed()
-{
-    std::unique_ptr<QDialog> dialog(sample_dialog());
-    const QString icon = QStringLiteral(":/aec/triangle-down");
-    QPointer<qt::styled_dialog> frame = qt::attach_styled_frame(dialog.get(), icon);
-    QCOMPARE(frame->closeButton()->icon().pixmap(22).toImage(), QIcon(icon).pixmap(22).toImage());
 }
 
 void LookFrameTest::missingTemplateKeepsTheProxyStyle()

@@ -99,6 +99,15 @@ QColor pixel(const QImage& image, QPoint at)
     return QColor(image.pixel(at));
 }
 
+// Saves the picture into LOOK_SHOTS_DIR, or the working folder.
+bool save(const QImage& shot, const QString& file)
+{
+    const QString folder = qEnvironmentVariableIsSet("LOOK_SHOTS_DIR")
+                               ? qEnvironmentVariable("LOOK_SHOTS_DIR")
+                               : QDir::currentPath();
+    return shot.save(QDir(folder).filePath(file));
+}
+
 } // namespace
 
 class LookShotsTest : public QObject
@@ -139,11 +148,7 @@ void LookShotsTest::framedSampleDialog()
     dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(dialog.get()));
     const QImage shot = dialog->grab().toImage();
-
-    const QString folder = qEnvironmentVariableIsSet("LOOK_SHOTS_DIR")
-                               ? qEnvironmentVariable("LOOK_SHOTS_DIR")
-                               : QDir::currentPath();
-    QVERIFY(shot.save(QDir(folder).filePath(file)));
+    QVERIFY(save(shot, file));
 
     // What the user sees: the 1 px border, the title bar colour, the window background.
     QCOMPARE(pixel(shot, QPoint(0, 200)), border);
@@ -179,10 +184,7 @@ void LookShotsTest::framedMessageBox()
     box.show();
     QVERIFY(QTest::qWaitForWindowExposed(&box));
     const QImage shot = box.grab().toImage();
-    const QString folder = qEnvironmentVariableIsSet("LOOK_SHOTS_DIR")
-                               ? qEnvironmentVariable("LOOK_SHOTS_DIR")
-                               : QDir::currentPath();
-    QVERIFY(shot.save(QDir(folder).filePath(file)));
+    QVERIFY(save(shot, file));
 
     // The picture is drawn over the window background, at the left of the text.
     auto* picture = box.findChild<QLabel*>(QStringLiteral("pictureLabel"));
