@@ -24,7 +24,7 @@
 
 using exchange::CompareUssDialog;
 using exchange::ImportArchive;
-using exchange::ImportRecord;
+using exchange::ImportElement;
 using exchange::ShowPropUssDialog;
 using testing::Attr;
 using testing::TempCatalog;
@@ -101,7 +101,7 @@ struct Sides
                archive->open(path, target) == ImportArchive::Status::Ok &&
                archive->records().size() == 1;
     }
-    const ImportRecord& record() const { return archive->records().front(); }
+    ImportElement record() const { return archive->element(archive->records().front()); }
 };
 
 template <class T> T* child(QWidget* dialog, const QString& name)
@@ -206,7 +206,7 @@ void CompareDialogTest::modelSlot()
     QFETCH(QString, icon);
     Sides sides;
     QVERIFY(sides.open(sides.mine.provider));
-    ImportRecord record = sides.record();
+    ImportElement record = sides.record();
     QVERIFY(record.model);
     if (change == "digest") record.model->digest = "0123456789abcdef";
     if (change == "clear mine") model_Clear(stdsize_GetModel(sides.mineElement));
@@ -337,7 +337,7 @@ void CompareDialogTest::parameterRows()
     TempCatalog catalog;
     es_stdsize_t* element = catalog.addElement(kPacket, {}, kId);
     testing::addAttribute(element, Attr{"Wall", uint32_t(type), mine});
-    ImportRecord record;
+    ImportElement record;
     record.atr.push_back({"Wall", 4, type, {}, {}, {}, imported, QString("Толщина стенки")});
     ImportArchive archive;
     CompareUssDialog dialog(element, record, archive, false);
@@ -361,7 +361,7 @@ void CompareDialogTest::rowsAlternateGreyAndCarryToolTips()
 {
     TempCatalog catalog;
     es_stdsize_t* element = catalog.addElement(kPacket, {}, kId);
-    ImportRecord record;
+    ImportElement record;
     const QStringList names{"A", "B", "C", "D", "E"};
     for (int i = 0; i < names.size(); ++i) {
         testing::addAttribute(element, Attr{names[i], 1, QString::number(i * 10)});
@@ -440,7 +440,7 @@ void CompareDialogTest::propertyView()
 {
     Sides sides;
     QVERIFY(sides.open(sides.mine.provider));
-    ImportRecord record = sides.record();
+    ImportElement record = sides.record();
     record.atr.push_back({"Name", 1, 3, {}, {}, {}, QString("Труба ПЭ"), QString("Наименование")});
     record.atr.push_back({"DN", 2, 1, {}, {}, {}, QString("110")});
     record.model->file.clear();
@@ -494,7 +494,7 @@ void CompareDialogTest::propertyViewChoice()
     QFETCH(QString, button);
     QFETCH(int, choice);
     QFETCH(int, result);
-    ImportRecord record;
+    ImportElement record;
     record.atr.push_back({"DN", 2, 1, {}, {}, {}, QString("110")});
     ImportArchive archive;
     ShowPropUssDialog dialog(record, archive);
@@ -532,7 +532,7 @@ void CompareDialogTest::pictures()
     QVERIFY(QDir().mkpath(folder));
     Sides sides;
     QVERIFY(sides.open(sides.mine.provider));
-    ImportRecord record = sides.record();
+    ImportElement record = sides.record();
     record.atr.push_back({"Name", 1, 3, {}, {}, {}, QString("Труба ПЭ"), QString("Наименование")});
     testing::addAttribute(sides.mineElement, Attr{"Name", 3, "Труба ПЭ100"});
     record.atr.push_back({"DN", 2, 1, {}, {}, {}, QString("110")});

@@ -790,8 +790,7 @@ void TestImport::laterVersionIsRecognised()
     if (!valid) return;
     exchange::ImportRecord record;
     QVERIFY(!exchange::isLaterVersion(record, *number)); // no model, nothing to warn about
-    record.model = exchange::ModelRecord{};
-    record.model->version = model;
+    record.modelVersion = model;
     QCOMPARE(exchange::isLaterVersion(record, *number), later);
 }
 
