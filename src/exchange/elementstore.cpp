@@ -226,6 +226,7 @@ ElementStore::~ElementStore() = default;
 
 bool ElementStore::open(const QString& path)
 {
+    m_file.close();
     m_file.setFileName(path);
     m_buffer.clear();
     m_written = 0;

@@ -35,6 +35,8 @@ private slots:
     void archiveOfAnotherKindIsRefused();
     void damagedArchiveIsRefusedWithItsMessage_data();
     void damagedArchiveIsRefusedWithItsMessage();
+    void temporaryFolderThatRefusesFailsTheOpening_data();
+    void temporaryFolderThatRefusesFailsTheOpening();
     void decisionsFollowTheChangeStamp();
     void allSameNeedsNoDecisionAndWritesNothing();
     void conflictKeptLeavesElementUntouched();
@@ -399,6 +401,51 @@ void TestImport::damagedArchiveIsRefusedWithItsMessage()
     QCOMPARE(QDir(m_out->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
     QVERIFY(!QFileInfo::exists(m_tmp.filePath("../evil.m3d")));
     QVERIFY(!QFileInfo::exists(QDir(m_tmp.path()).filePath("evil.m3d")));
+}
+
+void TestImport::temporaryFolderThatRefusesFailsTheOpening_data()
+{
+    QTest::addColumn<QString>("refusal");
+    QTest::addColumn<QString>("detail");
+    QTest::newRow("full disk") << "full" << "No space left on device";
+    // A document the reading takes whole goes the same way.
+    QTest::newRow("full disk, document read whole") << "full whole" << "No space left on device";
+    QTest::newRow("no folder can be made") << "no folder" << "Не удалось создать папку.";
+}
+
+void TestImport::temporaryFolderThatRefusesFailsTheOpening()
+{
+    QFETCH(QString, refusal);
+    QFETCH(QString, detail);
+    const QString path = richArchive();
+    if (refusal == "full whole") {
+        zipper::unzip u(path);
+        const QByteArray text = u.readAll("TX.json", 1 << 26);
+        rewrite(path, {}, "TX.json", "// written by hand\n" + text);
+    }
+    es_stdsize_t* mine = m_target->addElement("ПЭ_Трубы", "Мои", "E1", "MINE");
+    addAttribute(mine, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
+    const QString before = dump(mine);
+
+    const QByteArray tmp = qgetenv("TMPDIR");
+    const auto restore = qScopeGuard([&] { qputenv("TMPDIR", tmp); });
+    exchange::ImportArchive archive;
+    if (refusal == "no folder") {
+        // A file where the temporary folder should be: nothing can be made in it, even by
+        // the superuser.
+        ziptest::writeFile(m_out->filePath("tmp"), "not a folder");
+        qputenv("TMPDIR", QFile::encodeName(m_out->filePath("tmp")));
+    } else {
+        archive.setStoreLimit(100);
+    }
+    QCOMPARE(archive.open(path, m_target->provider),
+             exchange::ImportArchive::Status::TemporaryFailed);
+    QCOMPARE(archive.errorText(), "Не удалось записать временные файлы импорта в папку " +
+                                      QDir::toNativeSeparators(QDir::tempPath()) + ".");
+    QCOMPARE(archive.detailText(), detail);
+    QCOMPARE(archive.records().size(), size_t(0));
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "E1")), before);
+    QVERIFY(!m_target->find("Арматура", "E2"));
 }
 
 void TestImport::decisionsFollowTheChangeStamp()

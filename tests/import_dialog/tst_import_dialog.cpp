@@ -15,6 +15,7 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QTest>
 #include <QTimer>
@@ -534,6 +535,9 @@ void TestImportDialog::checksTellTheirMessageAndOpenNoDialog_data()
         << "Вы пытаетесь импортировать элементы, принадлежащие другой библиотеке.";
     QTest::newRow("everything present") << "present"
                                         << "Все импортируемые элементы присутствуют в базе.";
+    QTest::newRow("no temporary folder")
+        << "no folder"
+        << "Не удалось записать временные файлы импорта в папку %1.\nНе удалось создать папку.";
 }
 
 void TestImportDialog::checksTellTheirMessageAndOpenNoDialog()
@@ -547,6 +551,8 @@ void TestImportDialog::checksTellTheirMessageAndOpenNoDialog()
         emptyArchive(path, "TX", false);
     } else if (kind == "other") {
         emptyArchive(path, "VK", true);
+    } else if (kind == "no folder") {
+        emptyArchive(path, "TX", true);
     } else {
         es_stdsize_t* e = m_source->addElement("P", "F", "SAME");
         addAttribute(e, {"USS_LAST_CHANGE_DATE", 3, "04.03.2024"});
@@ -555,6 +561,14 @@ void TestImportDialog::checksTellTheirMessageAndOpenNoDialog()
         QVERIFY(ExportUss::Export(path, {e}, false));
     }
     const QString before = dump(m_target->addElement("Мои", "F", "KEEP"));
+    const QByteArray tmp = qgetenv("TMPDIR");
+    const auto restore = qScopeGuard([&] { qputenv("TMPDIR", tmp); });
+    if (kind == "no folder") {
+        // A file where the temporary folder should be: nothing can be made in it.
+        ziptest::writeFile(m_out->filePath("tmp"), "not a folder");
+        qputenv("TMPDIR", QFile::encodeName(m_out->filePath("tmp")));
+        message = message.arg(QDir::toNativeSeparators(m_out->filePath("tmp")));
+    }
     Play play;
     play.then("ImportUssDialog", [](QWidget* d) { d->close(); });
     QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
