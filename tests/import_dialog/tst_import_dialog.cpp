@@ -175,8 +175,6 @@ private slots:
     void progressQuestionStopsOnlyOnCancel_data();
     void progressQuestionStopsOnlyOnCancel();
     void libraryQuestionBoxOffersOkOnlyAndResumes();
-    void closeOnTheLastRecordAsksNothing();
-    void cancelBeforeTheFirstRecordWritesNothing();
     void refusedWritesAreCountedAndExplained();
 
 private:
@@ -728,20 +726,27 @@ void TestImportDialog::cancelledDecisionsWriteNothing()
 
 void TestImportDialog::progressQuestionStopsOnlyOnCancel_data()
 {
-    QTest::addColumn<int>("answer");
+    QTest::addColumn<int>("at");     // records written when the user presses Escape
+    QTest::addColumn<int>("answer"); // to the question, were it asked
+    QTest::addColumn<bool>("asked");
     QTest::addColumn<QString>("message");
     QTest::addColumn<int>("written");
-    QTest::newRow("cancel stops") << int(QMessageBox::Cancel)
+    const QString done = "Импорт пользовательских элементов завершен.";
+    QTest::newRow("cancel stops") << 3 << int(QMessageBox::Cancel) << true
                                   << "Импорт прерван.\nИмпортировано 3 из 10." << 3;
-    QTest::newRow("ok resumes") << int(QMessageBox::Ok)
-                                << "Импорт пользовательских элементов завершен." << 10;
-    QTest::newRow("no answer resumes")
-        << int(QMessageBox::NoButton) << "Импорт пользовательских элементов завершен." << 10;
+    QTest::newRow("ok resumes") << 3 << int(QMessageBox::Ok) << true << done << 10;
+    QTest::newRow("no answer resumes") << 3 << int(QMessageBox::NoButton) << true << done << 10;
+    QTest::newRow("cancel before the first record")
+        << 0 << int(QMessageBox::Cancel) << true << "Импорт прерван.\nИмпортировано 0 из 10." << 0;
+    // On the last record nothing is asked: the dialog stays and the worker runs on.
+    QTest::newRow("last record") << 9 << int(QMessageBox::Cancel) << false << done << 10;
 }
 
 void TestImportDialog::progressQuestionStopsOnlyOnCancel()
 {
+    QFETCH(int, at);
     QFETCH(int, answer);
+    QFETCH(bool, asked);
     QFETCH(QString, message);
     QFETCH(int, written);
     exchange::ImportEnvironment environment = scripted(tenNewArchive());
@@ -753,29 +758,35 @@ void TestImportDialog::progressQuestionStopsOnlyOnCancel()
         doneAtQuestion = running->done();
         return m_answer;
     };
-    // The user presses Escape once three records are written: the worker is held there (as
-    // the dialog's pause would hold it) until the dialog has asked.
-    environment.prepareWorker = [&running](exchange::ImportWorker& worker) {
+    // The worker is held once `at` records are written (as the dialog's pause would hold
+    // it) until the user's Escape has been handled.
+    environment.prepareWorker = [&running, at](exchange::ImportWorker& worker) {
         running = &worker;
+        if (at == 0) worker.setState(exchange::ImportWorker::Pause);
         QObject::connect(
             &worker, &exchange::ImportWorker::progress, &worker,
-            [&worker](int done) {
-                if (done == 3) worker.setState(exchange::ImportWorker::Pause);
+            [&worker, at](int done) {
+                if (done == at) worker.setState(exchange::ImportWorker::Pause);
             },
             Qt::DirectConnection);
-        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [](int done) {
-            if (done == 3)
-                QTimer::singleShot(0, [] {
-                    if (QWidget* modal = QApplication::activeModalWidget())
-                        QTest::keyClick(modal, Qt::Key_Escape);
-                });
+        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [&worker, at](int done) {
+            if (done != at) return;
+            QWidget* modal = QApplication::activeModalWidget();
+            QTest::keyClick(modal, Qt::Key_Escape);
+            if (at != 9) return;
+            // The refused Escape left the dialog up and the worker running.
+            QVERIFY(modal->isVisible());
+            QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
         });
     };
     Play play;
     play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
+    if (at == 0)
+        play.then("ImportProgressDialog", [](QWidget* d) { QTest::keyClick(d, Qt::Key_Escape); });
     QCOMPARE(exchange::runUssImport(m_target->provider, nullptr, environment), written > 0);
-    QCOMPARE(m_questions, QStringList{exchange::ImportProgressDialog::questionText()});
-    QCOMPARE(doneAtQuestion, 3);
+    QCOMPARE(m_questions,
+             asked ? QStringList{exchange::ImportProgressDialog::questionText()} : QStringList());
+    if (asked) QCOMPARE(doneAtQuestion, at);
     QCOMPARE(m_messages, QStringList{message});
     for (int i = 0; i < 10; ++i)
         QCOMPARE(m_target->find("P", QStringLiteral("E%1").arg(i)) != nullptr, i < written);
@@ -813,52 +824,6 @@ void TestImportDialog::libraryQuestionBoxOffersOkOnlyAndResumes()
     QVERIFY(!cancelOffered);
     QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
     QVERIFY(m_target->find("P", "E9"));
-}
-
-void TestImportDialog::closeOnTheLastRecordAsksNothing()
-{
-    exchange::ImportEnvironment environment = scripted(tenNewArchive());
-    m_answer = QMessageBox::Cancel; // would stop, were it asked
-    environment.prepareWorker = [](exchange::ImportWorker& worker) {
-        QObject::connect(
-            &worker, &exchange::ImportWorker::progress, &worker,
-            [&worker](int done) {
-                if (done == 9) worker.setState(exchange::ImportWorker::Pause);
-            },
-            Qt::DirectConnection);
-        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [&worker](int done) {
-            if (done != 9) return;
-            QWidget* modal = QApplication::activeModalWidget();
-            modal->close();
-            // The refused close left the dialog up and the worker running.
-            QVERIFY(modal->isVisible());
-            QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
-        });
-    };
-    Play play;
-    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
-    QVERIFY(exchange::runUssImport(m_target->provider, nullptr, environment));
-    QVERIFY(m_questions.isEmpty());
-    QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
-    QVERIFY(m_target->find("P", "E9"));
-}
-
-void TestImportDialog::cancelBeforeTheFirstRecordWritesNothing()
-{
-    exchange::ImportEnvironment environment = scripted(tenNewArchive());
-    m_answer = QMessageBox::Cancel;
-    // Held before the first record, as a pause pressed at once would hold it.
-    environment.prepareWorker = [](exchange::ImportWorker& worker) {
-        worker.setState(exchange::ImportWorker::Pause);
-    };
-    Play play;
-    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
-    play.then("ImportProgressDialog", [](QWidget* d) { QTest::keyClick(d, Qt::Key_Escape); });
-    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, environment));
-    QCOMPARE(m_questions.size(), 1);
-    QCOMPARE(m_messages, QStringList{"Импорт прерван.\nИмпортировано 0 из 10."});
-    for (int i = 0; i < 10; ++i)
-        QVERIFY(!m_target->find("P", QStringLiteral("E%1").arg(i)));
 }
 
 void TestImportDialog::refusedWritesAreCountedAndExplained()
