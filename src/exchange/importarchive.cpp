@@ -320,46 +320,46 @@ void ImportArchive::prefetch(size_t count, PrefetchList entriesOf)
         d->stopping = false;
         d->writesAt = 0;
     }
-    d->prefetcher = std::thread([d = d.get(), own = std::move(own), count,
-                                 entriesOf = std::move(entriesOf)] {
-        for (size_t record = 0; record < count; ++record) {
-            {
-                std::unique_lock lock(d->mutex);
-                d->changed.wait(lock,
-                                [&] { return d->stopping || record < d->writesAt + prefetchLead; });
-                if (d->stopping) return;
-            }
-            std::vector<Prefetch> entries;
-            try {
-                entries = entriesOf(record);
-            } catch (const std::exception& e) {
-                qDebug() << e.what();
-                return;
-            }
-            for (const Prefetch& entry : entries) {
-                const QString key = zipper::unzip::normalized(entry.entryName);
-                QString path;
+    d->prefetcher =
+        std::thread([d = d.get(), own = std::move(own), count, entriesOf = std::move(entriesOf)] {
+            for (size_t record = 0; record < count; ++record) {
                 {
-                    std::lock_guard lock(d->mutex);
+                    std::unique_lock lock(d->mutex);
+                    d->changed.wait(
+                        lock, [&] { return d->stopping || record < d->writesAt + prefetchLead; });
                     if (d->stopping) return;
-                    if (key.isEmpty() || d->entries.contains(key) || !isSafeEntryName(key) ||
-                        !own->contains(key))
-                        continue;
+                }
+                std::vector<Prefetch> entries;
+                try {
+                    entries = entriesOf(record);
+                } catch (const std::exception& e) {
+                    qDebug() << e.what();
+                    return;
+                }
+                for (const Prefetch& entry : entries) {
+                    const QString key = zipper::unzip::normalized(entry.entryName);
+                    QString path;
+                    {
+                        std::lock_guard lock(d->mutex);
+                        if (d->stopping) return;
+                        if (key.isEmpty() || d->entries.contains(key) || !isSafeEntryName(key) ||
+                            !own->contains(key))
+                            continue;
+                        try {
+                            path = d->claim(key);
+                        } catch (const zipper::error& e) {
+                            qDebug() << e.what();
+                            return;
+                        }
+                    }
                     try {
-                        path = d->claim(key);
-                    } catch (const zipper::error& e) {
-                        qDebug() << e.what();
-                        return;
+                        d->run(*own, key, path, entry.handOver);
+                    } catch (const zipper::error&) {
+                        // Remembered: the write that needs the entry fails with it.
                     }
                 }
-                try {
-                    d->run(*own, key, path, entry.handOver);
-                } catch (const zipper::error&) {
-                    // Remembered: the write that needs the entry fails with it.
-                }
             }
-        }
-    });
+        });
 }
 
 void ImportArchive::advance(size_t record)

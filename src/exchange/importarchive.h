@@ -16,8 +16,8 @@ namespace exchange {
 
 // An exchange archive opened for import into one catalog: the checked document, its records
 // (the elements themselves are kept in a file of the import's temporary folder and read back
-// one at a time with element()), and the extraction of the entries they name into a temporary folder of this import (removed
-// with the object).
+// one at a time with element()), and the extraction of the entries they name into a temporary
+// folder of this import (removed with the object).
 //
 //   exchange::ImportArchive archive;
 //   if (archive.open(path, provider) != exchange::ImportArchive::Status::Ok)

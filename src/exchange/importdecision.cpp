@@ -35,9 +35,8 @@ std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* 
         }
         es_value value{};
         stdsize_GetValueByName(record.existing, stamp.c_str(), &value);
-        decisions.push_back(edw::valueToText(value) == record.stamp
-                                ? Decision::Same
-                                : Decision::Conflict);
+        decisions.push_back(edw::valueToText(value) == record.stamp ? Decision::Same
+                                                                    : Decision::Conflict);
     }
     return decisions;
 }

@@ -1,6 +1,6 @@
 #include "document.h"
-#include "elementstore.h"
 #include "documentfast.h"
+#include "elementstore.h"
 #include "exchangetexts.h"
 
 #include <QRegularExpression>
@@ -406,8 +406,10 @@ void TestDocumentReader::storedElementsReadBackTheSame()
         "4, \"type\" : 3, \"formula\" : \"D*2\", \"old-num\" : 9 }, { \"name\" : "
         "\"USS_LAST_CHANGE_DATE\", \"num\" : 5, \"type\" : 3, \"val\" : \"0%1.01.2024\" } ], "
         "\"model\" : { \"name\" : \"m\", \"version\" : 2%1, \"file\" : \"f.m3d\", \"icon\" : \"\", "
-        "\"digest\" : \"ab\" }, \"prj\" : [ { \"name\" : \"v\", \"type\" : 1, \"view\" : 2, \"file\" "
-        ": \"v.frw\", \"icon\" : \"v.png\", \"digest\" : \"cd\" } ], \"repPath\" : \"r.xml\", \"spc\" "
+        "\"digest\" : \"ab\" }, \"prj\" : [ { \"name\" : \"v\", \"type\" : 1, \"view\" : 2, "
+        "\"file\" "
+        ": \"v.frw\", \"icon\" : \"v.png\", \"digest\" : \"cd\" } ], \"repPath\" : \"r.xml\", "
+        "\"spc\" "
         ": [ { \"libName\" : \"L\", \"style\" : 1, \"fPart\" : 2, \"sPart\" : 3, \"column\" : [ { "
         "\"num\" : 1, \"val\" : \"$D\" } ] } ] }";
     const QByteArray text =

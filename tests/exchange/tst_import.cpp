@@ -403,10 +403,13 @@ void TestImport::temporaryFolderThatRefusesFailsTheOpening_data()
 {
     QTest::addColumn<QString>("refusal");
     QTest::addColumn<QString>("detail");
-    QTest::newRow("full disk") << "full" << "No space left on device";
+    QTest::newRow("full disk") << "full"
+                               << "No space left on device";
     // A document the reading takes whole goes the same way.
-    QTest::newRow("full disk, document read whole") << "full whole" << "No space left on device";
-    QTest::newRow("no folder can be made") << "no folder" << "Не удалось создать папку.";
+    QTest::newRow("full disk, document read whole") << "full whole"
+                                                    << "No space left on device";
+    QTest::newRow("no folder can be made") << "no folder"
+                                           << "Не удалось создать папку.";
 }
 
 void TestImport::temporaryFolderThatRefusesFailsTheOpening()
@@ -496,7 +499,7 @@ void TestImport::decisionsFollowTheChangeStamp()
 
 void TestImport::conflictPolicyDecidesWhatIsWritten_data()
 {
-    QTest::addColumn<QString>("mine");  // the catalog's E1: "source" (the same stamp), or its folder
+    QTest::addColumn<QString>("mine"); // the catalog's E1: "source" (the same stamp), or its folder
     QTest::addColumn<bool>("replace");
     QTest::addColumn<QString>("message");
     QTest::addColumn<int>("added");
@@ -522,11 +525,12 @@ void TestImport::conflictPolicyDecidesWhatIsWritten()
         if (!replace) addAttribute(e, {"Count", 1, "99"});
     }
     const QString before = dump(target.find("ПЭ_Трубы", "E1"));
-    const exchange::ImportOutcome outcome = exchange::importArchive(
-        path, target.provider,
-        {replace ? exchange::ConflictPolicy::ReplaceWithImported
-                 : exchange::ConflictPolicy::KeepMine,
-         {}, nullptr});
+    const exchange::ImportOutcome outcome =
+        exchange::importArchive(path, target.provider,
+                                {replace ? exchange::ConflictPolicy::ReplaceWithImported
+                                         : exchange::ConflictPolicy::KeepMine,
+                                 {},
+                                 nullptr});
     QCOMPARE(outcome.message, message);
     QCOMPARE(outcome.same, mine == "source" ? 2 : 0);
     QCOMPARE(outcome.conflicts, mine == "source" ? 0 : 1);

@@ -769,15 +769,16 @@ void TestImportDialog::progressQuestionStopsOnlyOnCancel()
                 if (done == at) worker.setState(exchange::ImportWorker::Pause);
             },
             Qt::DirectConnection);
-        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [&worker, at](int done) {
-            if (done != at) return;
-            QWidget* modal = QApplication::activeModalWidget();
-            QTest::keyClick(modal, Qt::Key_Escape);
-            if (at != 9) return;
-            // The refused Escape left the dialog up and the worker running.
-            QVERIFY(modal->isVisible());
-            QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
-        });
+        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker,
+                         [&worker, at](int done) {
+                             if (done != at) return;
+                             QWidget* modal = QApplication::activeModalWidget();
+                             QTest::keyClick(modal, Qt::Key_Escape);
+                             if (at != 9) return;
+                             // The refused Escape left the dialog up and the worker running.
+                             QVERIFY(modal->isVisible());
+                             QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
+                         });
     };
     Play play;
     play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });

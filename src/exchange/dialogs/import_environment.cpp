@@ -101,10 +101,10 @@ bool runUssImport(es_provider_t* provider, QWidget* parent, const ImportEnvironm
         status != ImportArchive::Status::Ok) {
         // Why the temporary folder refused is the user's to know: a full disk is theirs to
         // free.
-        tell(QMessageBox::Warning, status == ImportArchive::Status::TemporaryFailed
-                                       ? archive.errorText() + QLatin1Char('\n') +
-                                             archive.detailText()
-                                       : archive.errorText());
+        tell(QMessageBox::Warning,
+             status == ImportArchive::Status::TemporaryFailed
+                 ? archive.errorText() + QLatin1Char('\n') + archive.detailText()
+                 : archive.errorText());
         return false;
     }
     const std::vector<Decision> decisions = decide(archive.records(), provider);

@@ -7,9 +7,9 @@
 
 #include "look/look.h"
 
-#include <QDebug>
 #include <QAction>
 #include <QCheckBox>
+#include <QDebug>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
