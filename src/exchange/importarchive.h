@@ -109,7 +109,7 @@ public:
 
     // How many entries were actually extracted so far.
     int extractedCount() const;
-    // The temporary folder of this import; empty before the first extraction.
+    // The temporary folder of this import; empty before a document was read.
     QString temporaryFolder() const;
 
 private:
