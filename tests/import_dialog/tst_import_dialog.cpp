@@ -160,7 +160,6 @@ private slots:
     void choicesDecideWhatIsKept();
     void comparisonSettlesTheRow_data();
     void comparisonSettlesTheRow();
-    void comparisonOfALaterRecordCannotReplace();
     void hiddenRowsKeepTheirChoices_data();
     void hiddenRowsKeepTheirChoices();
     void checksTellTheirMessageAndOpenNoDialog_data();
@@ -169,9 +168,9 @@ private slots:
     void chooserStartsInTheRememberedFolder_data();
     void chooserStartsInTheRememberedFolder();
     void unreadableHostVersionIsToldAndMarksNothing();
+    void decisionsReachTheCatalog_data();
     void decisionsReachTheCatalog();
     void rowsAreGroupedByLibrary();
-    void cancelledDecisionsWriteNothing();
     void progressQuestionStopsOnlyOnCancel_data();
     void progressQuestionStopsOnlyOnCancel();
     void libraryQuestionBoxOffersOkOnlyAndResumes();
@@ -425,59 +424,49 @@ void TestImportDialog::choicesDecideWhatIsKept()
 
 void TestImportDialog::comparisonSettlesTheRow_data()
 {
-    QTest::addColumn<QString>("start");  // the row's choice before the comparison
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<int>("start");      // the row's choice column before the comparison
     QTest::addColumn<QString>("button"); // pressed in the comparison
     QTest::addColumn<int>("checked");    // the row's checked choice column afterwards
-    QTest::newRow("imported replaces") << "CONF:1"
-                                       << "impButton" << 2;
-    QTest::newRow("mine keeps") << "CONF:2"
-                                << "mineButton" << 1;
-    QTest::newRow("close changes nothing") << "CONF:2"
-                                           << "closeButton" << 2;
+    QTest::addColumn<bool>("replaceable");
+    QTest::newRow("imported replaces") << "CONF" << 1 << "impButton" << 2 << true;
+    QTest::newRow("mine keeps") << "CONF" << 2 << "mineButton" << 1 << true;
+    QTest::newRow("close changes nothing") << "CONF" << 2 << "closeButton" << 2 << true;
+    // A record of a later host version cannot replace mine.
+    QTest::newRow("later version") << "CONF2" << 1 << "closeButton" << 1 << false;
 }
 
 void TestImportDialog::comparisonSettlesTheRow()
 {
-    QFETCH(QString, start);
+    QFETCH(QString, id);
+    QFETCH(int, start);
     QFETCH(QString, button);
     QFETCH(int, checked);
+    QFETCH(bool, replaceable);
     auto opened = open(standardArchive());
     QVERIFY(opened);
     auto dialog = dialogFor(*opened);
     QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
-    clickChoice(tree, start);
+    clickChoice(tree, id + ":" + QString::number(start));
     QString title;
+    bool impEnabled = !replaceable;
     ModalAnswer answer([&](QWidget* compare) {
         title = compare->windowTitle();
+        impEnabled = compare->findChild<QPushButton*>("impButton")->isEnabled();
         click(compare, button);
     });
-    clickChoice(tree, "CONF:" + QString::number(ImportDecisionModel::CompareColumn));
+    clickChoice(tree, id + ":" + QString::number(ImportDecisionModel::CompareColumn));
     QVERIFY(answer.answered());
     QCOMPARE(title, "Сравнение параметров пользовательских элементов");
-    QVERIFY(rowOf(tree, "CONF", checked).data(ImportDecisionModel::CheckedRole).toBool());
-    QVERIFY(!rowOf(tree, "CONF", 3 - checked).data(ImportDecisionModel::CheckedRole).toBool());
+    QCOMPARE(impEnabled, replaceable);
+    QVERIFY(rowOf(tree, id, checked).data(ImportDecisionModel::CheckedRole).toBool());
+    QVERIFY(!rowOf(tree, id, 3 - checked).data(ImportDecisionModel::CheckedRole).toBool());
     // The other conflict is left as it was.
-    QVERIFY(rowOf(tree, "CONF2", 1).data(ImportDecisionModel::CheckedRole).toBool());
+    QVERIFY(rowOf(tree, id == "CONF" ? "CONF2" : "CONF", 1)
+                .data(ImportDecisionModel::CheckedRole)
+                .toBool());
     QCOMPARE(labelText(dialog.get(), "impCount"),
              QStringLiteral("Количество элементов для импорта: %1 из 5").arg(checked == 2 ? 4 : 3));
-}
-
-void TestImportDialog::comparisonOfALaterRecordCannotReplace()
-{
-    auto opened = open(standardArchive());
-    QVERIFY(opened);
-    auto dialog = dialogFor(*opened);
-    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
-    QMap<QString, bool> replaceable;
-    for (const QString id : {"CONF", "CONF2"}) {
-        ModalAnswer answer([&](QWidget* compare) {
-            replaceable[id] = compare->findChild<QPushButton*>("impButton")->isEnabled();
-            click(compare, "closeButton");
-        });
-        clickChoice(tree, id + ":" + QString::number(ImportDecisionModel::CompareColumn));
-        QVERIFY(answer.answered());
-    }
-    QCOMPARE(replaceable, (QMap<QString, bool>{{"CONF", true}, {"CONF2", false}}));
 }
 
 void TestImportDialog::hiddenRowsKeepTheirChoices_data()
@@ -640,31 +629,46 @@ void TestImportDialog::unreadableHostVersionIsToldAndMarksNothing()
     QVERIFY(!marked);
 }
 
+void TestImportDialog::decisionsReachTheCatalog_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::newRow("ok writes them") << "okButton";
+    QTest::newRow("cancel writes nothing") << "cancelButton";
+}
+
 void TestImportDialog::decisionsReachTheCatalog()
 {
+    QFETCH(QString, button);
+    const bool ok = button == "okButton";
     const QString path = standardArchive();
-    const QString sameBefore = dump(m_target->find("ПЭ_Трубы", "SAME"));
-    const QString conf2Before = dump(m_target->find("ПЭ_Трубы", "CONF2"));
+    QMap<QString, QString> before;
+    for (const QString id : {"SAME", "CONF", "CONF2"})
+        before[id] = dump(m_target->find("ПЭ_Трубы", id));
     Play play;
-    play.then("ImportUssDialog", [](QWidget* d) {
+    play.then("ImportUssDialog", [button](QWidget* d) {
         auto* tree = d->findChild<QTreeView*>("treeWidget");
         clickChoice(tree, "NEW2:2");
         clickChoice(tree, "CONF:2");
-        click(d, "okButton");
+        click(d, button);
     });
-    QVERIFY(exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
+    QCOMPARE(exchange::runUssImport(m_target->provider, nullptr, scripted(path)), ok);
     QCOMPARE(play.left(), 0);
-    QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
+    QCOMPARE(m_messages,
+             ok ? QStringList{"Импорт пользовательских элементов завершен."} : QStringList());
     QVERIFY(m_questions.isEmpty());
-    QVERIFY(m_target->find("ПЭ_Трубы", "NEW1"));
-    QVERIFY(m_target->find("ПЭ_Трубы", "LATER"));
+    QCOMPARE(m_target->find("ПЭ_Трубы", "NEW1") != nullptr, ok);
+    QCOMPARE(m_target->find("ПЭ_Трубы", "LATER") != nullptr, ok);
     QVERIFY(!m_target->find("ПЭ_Трубы", "NEW2"));
     es_stdsize_t* conf = m_target->find("ПЭ_Трубы", "CONF");
-    QCOMPARE(valueOf(conf, "USS_AUTHOR"), "vera");
-    QCOMPARE(edw::fromEs(stdsize_GetType(conf)), "PIPE");
+    if (ok) {
+        QCOMPARE(valueOf(conf, "USS_AUTHOR"), "vera");
+        QCOMPARE(edw::fromEs(stdsize_GetType(conf)), "PIPE");
+    } else {
+        QCOMPARE(dump(conf), before["CONF"]);
+    }
     // Kept and same elements are untouched.
-    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF2")), conf2Before);
-    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "SAME")), sameBefore);
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF2")), before["CONF2"]);
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "SAME")), before["SAME"]);
 }
 
 void TestImportDialog::rowsAreGroupedByLibrary()
@@ -705,23 +709,6 @@ void TestImportDialog::rowsAreGroupedByLibrary()
                                      "трубопроводы",
                                      "Каталог: Остальные"}));
     QCOMPARE(rows, QList<QStringList>({{"NEW1", "CONF"}, {"VALVE"}}));
-}
-
-void TestImportDialog::cancelledDecisionsWriteNothing()
-{
-    const QString path = standardArchive();
-    const QString before = dump(m_target->find("ПЭ_Трубы", "CONF"));
-    Play play;
-    play.then("ImportUssDialog", [](QWidget* d) {
-        auto* tree = d->findChild<QTreeView*>("treeWidget");
-        clickChoice(tree, "CONF:2");
-        click(d, "cancelButton");
-    });
-    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
-    QCOMPARE(play.left(), 0);
-    QVERIFY(m_messages.isEmpty());
-    QVERIFY(!m_target->find("ПЭ_Трубы", "NEW1"));
-    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF")), before);
 }
 
 void TestImportDialog::progressQuestionStopsOnlyOnCancel_data()
