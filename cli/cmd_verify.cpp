@@ -27,8 +27,9 @@ const Kind* detectKind(const QString& path)
     return nullptr;
 }
 
-// Entry names the records refer to, each once, in the order of first mention.
-QStringList referencedEntries(const std::vector<exchange::ImportRecord>& records)
+// Entry names the archive's elements refer to, each once, in the order of first mention.
+// The elements are read back one at a time.
+QStringList referencedEntries(const exchange::ImportArchive& archive)
 {
     QStringList names;
     QSet<QString> seen;
@@ -40,7 +41,8 @@ QStringList referencedEntries(const std::vector<exchange::ImportRecord>& records
             names.append(name);
         }
     };
-    for (const exchange::ImportRecord& record : records) {
+    for (const exchange::ImportRecord& head : archive.records()) {
+        const exchange::ImportElement record = archive.element(head);
         if (record.model) {
             add(record.model->file);
             add(record.model->icon);
@@ -86,7 +88,7 @@ int runVerify(const QStringList& args)
     out(QString("export date %1\n").arg(archive.header().exportDate));
     out(QString("elements %1\n").arg(archive.records().size()));
 
-    const QStringList names = referencedEntries(archive.records());
+    const QStringList names = referencedEntries(archive);
     int problems = 0;
     for (const QString& name : names) {
         try {

@@ -13,7 +13,8 @@
 # of attribute values in one transaction.
 # Import memory as the document grows: the peak memory of ussctl import of archives of 1, 2
 # and 4 times the elements (--scales "2 4" by default; "" skips it), each of 4 KiB files so
-# that only the document and the records grow.
+# that only the document and the records grow; the dry run beside it shows the reading and
+# deciding alone, without what the catalog holds of the elements written.
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -35,7 +36,7 @@ while [ $# -gt 0 ]; do
     --sizes) sizes=$2; shift 2 ;;
     --scales) scales=$2; shift 2 ;;
     --keep) keep=1; shift ;;
-    -h|--help) sed -n '2,18p' "$0"; exit 0 ;;
+    -h|--help) sed -n '2,17p' "$0"; exit 0 ;;
     *) echo "run.sh: unknown argument $1" >&2; exit 2 ;;
     esac
 done
@@ -155,6 +156,7 @@ import_ratio=$(ratio "$import_time" "$baseline_import")
 
 # --- (c) import peak memory as the document grows -------------------------------------------
 memory_line=""
+dry_line=""
 if [ -n "$scales" ]; then
     for scale in 1 $scales; do
         n=$((elements * scale))
@@ -168,10 +170,15 @@ if [ -n "$scales" ]; then
         "$ussctl" export "$catalog" "$archive" >/dev/null 2>&1
         document=$(unzip -l "$archive" TX.json | awk 'NR == 4 { printf "%d", $1 / 1048576 }')
         "$ussctl" create --kind tx "$target" >/dev/null
+        # The reading and deciding alone, apart from what the catalog holds of the elements
+        # written.
+        measure "$ussctl" import --dry-run "$target" "$archive"
+        dry_peak=$peak
         measure "$ussctl" import "$target" "$archive"
         echo "[${scale}x] ussctl import of $n elements (document $document MiB):" \
-             "$took s, peak memory $peak MiB"
+             "$took s, peak memory $peak MiB (dry run $dry_peak MiB)"
         memory_line="$memory_line ${scale}x $peak MiB,"
+        dry_line="$dry_line ${scale}x $dry_peak MiB,"
         rm -rf "$catalog" "$catalog.files" "$catalog-wal" "$catalog-shm" "$archive" \
             "$target" "$target.files" "$target-wal" "$target-shm"
     done
@@ -184,3 +191,5 @@ echo "peak memory of ussctl export per file size: see the lines above (target < 
 echo "peak memory of ussctl import: $import_peak MiB (target <= 150 MiB)"
 [ -z "$memory_line" ] ||
     echo "peak memory of ussctl import as the document grows:${memory_line%,} (target: flat)"
+[ -z "$dry_line" ] ||
+    echo "peak memory of ussctl import --dry-run as the document grows:${dry_line%,} (target: flat)"

@@ -38,7 +38,7 @@ bool writeDocumentFile(const QString& path, const QString& key,
 struct ParsedDocument
 {
     DocumentHeader header;
-    std::vector<ImportRecord> records;
+    std::vector<ImportElement> records;
 };
 
 // Bytes beyond which a document is refused before parsing, and elements beyond which it is
@@ -62,10 +62,14 @@ std::optional<ParsedDocument> parseDocument(QByteArray&& text);
 // document with an error, the feed gives up and the caller reads the text whole with
 // parseDocument(), which says what is wrong. The records it gives are those parseDocument()
 // gives for the same text.
+//
+// With a sink, each element goes to the sink as soon as its batch is read and checked, in
+// document order, and the feed keeps none: finish() then gives the header alone. What the sink
+// throws, other than a std::exception, leaves the feed through feed() or finish().
 class DocumentFeed
 {
 public:
-    DocumentFeed();
+    explicit DocumentFeed(std::function<void(ImportElement&& element)> sink = {});
     ~DocumentFeed();
     DocumentFeed(const DocumentFeed&) = delete;
     DocumentFeed& operator=(const DocumentFeed&) = delete;
@@ -80,9 +84,9 @@ private:
     std::unique_ptr<Private> d;
 };
 
-// Lets records share the texts they repeat (names, descriptions, units, variable names, the
-// packet and folder texts, and values up to a bounded number of distinct ones) and gives back
-// the room their lists and texts hold beyond their contents. The records read the same.
+// Lets records share the texts they repeat (packet, folder, type and author, up to a bounded
+// number of distinct ones) and gives back the room their texts hold beyond their contents.
+// The records read the same.
 class TextPool
 {
 public:

@@ -326,10 +326,10 @@ bool spec(PlainReader& r, SpecRecord& s)
 
 } // namespace
 
-bool readPlainElement(const char* begin, const char* end, ImportRecord& out)
+bool readPlainElement(const char* begin, const char* end, ImportElement& out)
 {
     PlainReader r(begin, end);
-    ImportRecord record;
+    ImportElement record;
     unsigned seen = 0;
     const bool read = r.object(seen, [&](std::string_view key) -> unsigned {
         if (key == "packet") return r.string(record.packet) ? 1u : failed;

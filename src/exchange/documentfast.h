@@ -9,6 +9,6 @@ namespace exchange {
 // their own types, integers without fraction or exponent, no comments. It gives false for
 // anything else, good or bad, and the element is then read through the JSON tree, which
 // accepts or refuses it with its own messages.
-bool readPlainElement(const char* begin, const char* end, ImportRecord& out);
+bool readPlainElement(const char* begin, const char* end, ImportElement& out);
 
 } // namespace exchange

@@ -179,10 +179,10 @@ public:
         return s;
     }
 
-    ImportRecord element(const Json::Value& v) const
+    ImportElement element(const Json::Value& v) const
     {
         object(v);
-        ImportRecord r;
+        ImportElement r;
         r.packet = string(v["packet"]);
         r.folder = string(v["folder"]);
         r.id = string(v["id"]);
@@ -200,7 +200,7 @@ public:
     }
 };
 
-bool referencesAreSafe(const ImportRecord& r)
+bool referencesAreSafe(const ImportElement& r)
 {
     auto ok = [](const QString& name) { return name.isEmpty() || isSafeEntryName(name); };
     if (r.model && (!ok(r.model->file) || !ok(r.model->icon))) return false;
@@ -300,7 +300,7 @@ constexpr size_t elementsPerTask = 64;
 // pool: only one element's tree per thread exists at a time. False with the first failure in
 // document order when an element cannot be read.
 bool parseSpans(const char* data, const std::vector<DocumentLayout::Span>& spans, const Reader& r,
-                ImportRecord* out, QString& failure)
+                ImportElement* out, QString& failure)
 {
     const size_t count = spans.size();
     const size_t tasks = (count + elementsPerTask - 1) / elementsPerTask;
@@ -383,7 +383,7 @@ std::optional<ParsedDocument> parse(const QByteArray& text, QByteArray* owned)
         } else if (!parseWhole(text, owned, doc)) {
             return std::nullopt;
         }
-        for (const ImportRecord& record : doc.records) {
+        for (const ImportElement& record : doc.records) {
             if (!referencesAreSafe(record)) {
                 qDebug().noquote()
                     << texts::jsonUnparsable() << "unsafe entry name in" << record.id;
@@ -443,8 +443,8 @@ struct DocumentFeed::Private
     size_t elements = 0;
     Reader reader;
     DocumentHeader header;
-    std::vector<ImportRecord> records;
-    TextPool pool;
+    std::vector<ImportElement> records;
+    std::function<void(ImportElement&&)> sink;
 
     bool fail()
     {
@@ -476,8 +476,15 @@ struct DocumentFeed::Private
             QString failure;
             if (!parseSpans(text.data(), pending, reader, records.data() + first, failure))
                 return false;
-            for (size_t i = first; i < records.size(); ++i)
-                pool.compact(records[i]);
+            if (sink) {
+                // Checked before any of the batch leaves: the whole reading refuses the
+                // document for an unsafe name anyway.
+                for (size_t i = first; i < records.size(); ++i)
+                    if (!referencesAreSafe(records[i])) return false;
+                for (ImportElement& element : records)
+                    sink(std::move(element));
+                records.clear();
+            }
             pending.clear();
             pendingBytes = 0;
         }
@@ -576,8 +583,11 @@ struct DocumentFeed::Private
     }
 };
 
-DocumentFeed::DocumentFeed() : d(std::make_unique<Private>())
-{}
+DocumentFeed::DocumentFeed(std::function<void(ImportElement&&)> sink)
+    : d(std::make_unique<Private>())
+{
+    d->sink = std::move(sink);
+}
 
 DocumentFeed::~DocumentFeed() = default;
 
@@ -621,7 +631,7 @@ std::optional<ParsedDocument> DocumentFeed::finish()
             doc.header.libName != d->header.libName ||
             doc.header.exportDate != d->header.exportDate)
             return std::nullopt;
-        for (const ImportRecord& record : d->records)
+        for (const ImportElement& record : d->records)
             if (!referencesAreSafe(record)) return std::nullopt;
         doc.records = std::move(d->records);
         d->fail();
@@ -632,7 +642,7 @@ std::optional<ParsedDocument> DocumentFeed::finish()
     }
 }
 
-QString ImportRecord::describe() const
+QString ImportElement::describe() const
 {
     auto text = [](const std::optional<QString>& s) {
         return s ? QLatin1Char('"') + *s + QLatin1Char('"') : QStringLiteral("-");
@@ -674,7 +684,7 @@ QString ImportRecord::describe() const
     return parts.join(QLatin1Char('\n'));
 }
 
-QString ImportRecord::value(const QString& name) const
+QString ImportElement::value(const QString& name) const
 {
     for (const AttributeRecord& a : atr)
         if (a.name == name) return a.val.value_or(QString());

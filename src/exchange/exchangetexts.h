@@ -26,6 +26,15 @@ inline QString otherLibrary()
 {
     return QStringLiteral("Вы пытаетесь импортировать элементы, принадлежащие другой библиотеке.");
 }
+// %1 the system's temporary folder, where an import keeps the elements it reads.
+inline QString temporaryFailed(const QString& folder)
+{
+    return QStringLiteral("Не удалось записать временные файлы импорта в папку %1.").arg(folder);
+}
+inline QString folderNotCreated()
+{
+    return QStringLiteral("Не удалось создать папку.");
+}
 inline QString allPresent()
 {
     return QStringLiteral("Все импортируемые элементы присутствуют в базе.");

@@ -4,6 +4,7 @@
 #include "Libs/zipper/ziperror.h"
 #include "archivekind.h"
 #include "document.h"
+#include "elementstore.h"
 #include "exchangetexts.h"
 #include "workfolder.h"
 
@@ -40,29 +41,10 @@ struct FeedGaveUp
 {
 };
 
-// The document read as it is inflated, never held whole; a document the feed does not read
-// (not of the writer's plain form, or with an error) is read again whole, which says what is
-// wrong.
-std::optional<ParsedDocument> readDocument(zipper::unzip& zip, const QString& name)
+// Thrown out of the reading when the element store refuses an element.
+struct StoreFailed
 {
-    {
-        DocumentFeed feed;
-        try {
-            zip.read(name, maxDocumentSize, [&feed](const char* data, std::int64_t size) {
-                if (!feed.feed(data, size_t(size))) throw FeedGaveUp();
-            });
-            if (std::optional<ParsedDocument> doc = feed.finish()) return doc;
-        } catch (const FeedGaveUp&) {
-        }
-    }
-    std::optional<ParsedDocument> doc = parseDocument(zip.readAll(name, maxDocumentSize));
-    if (doc) {
-        TextPool pool;
-        for (ImportRecord& record : doc->records)
-            pool.compact(record);
-    }
-    return doc;
-}
+};
 
 } // namespace
 
@@ -88,6 +70,8 @@ struct ImportArchive::Private
 
     std::unique_ptr<zipper::unzip> zip;
     std::unique_ptr<QTemporaryDir> folder;
+    ElementStore store;
+    qint64 storeLimit = -1;
     // Guards everything below; changed is signalled when an entry is finished, the writes
     // advance or the prefetch is told to stop.
     std::mutex mutex;
@@ -103,16 +87,22 @@ struct ImportArchive::Private
     // Marks key as being extracted and gives the path it goes to. Called locked.
     QString claim(const QString& key)
     {
-        if (!folder) {
-            folder =
-                std::make_unique<QTemporaryDir>(workFolderTemplate(QDir::tempPath(), folderPrefix));
-            if (!folder->isValid())
-                throw zipper::error("Failed to create folder", QDir::tempPath().toStdString(), 0,
-                                    0);
-        }
+        if (!makeFolder())
+            throw zipper::error("Failed to create folder", QDir::tempPath().toStdString(), 0, 0);
         entries.insert(key, Entry{});
         return folder->filePath(QStringLiteral("file") + QString::number(++counter) +
                                 safeSuffix(key));
+    }
+
+    // The temporary folder of this import, made on first use; false when it cannot be.
+    bool makeFolder()
+    {
+        if (folder) return true;
+        auto made =
+            std::make_unique<QTemporaryDir>(workFolderTemplate(QDir::tempPath(), folderPrefix));
+        if (!made->isValid()) return false;
+        folder = std::move(made);
+        return true;
     }
 
     // Extracts key (claimed) with archive into path and records the outcome; rethrows a
@@ -169,12 +159,14 @@ ImportArchive::Status ImportArchive::open(const QString& path, const QString& ke
     m_records.clear();
     m_header = {};
     stopPrefetch();
+    const qint64 storeLimit = d->storeLimit;
     d = std::make_unique<Private>();
+    d->storeLimit = storeLimit;
     m_status = Status::NotExportFile;
     m_detail.clear();
     sweepLeftovers(QFileInfo(path).absolutePath());
 
-    std::optional<ParsedDocument> doc;
+    std::optional<DocumentHeader> header;
     try {
         d->zip = std::make_unique<zipper::unzip>(path);
         const QString name = key + QStringLiteral(".json");
@@ -187,18 +179,82 @@ ImportArchive::Status ImportArchive::open(const QString& path, const QString& ke
             }
             return m_status;
         }
-        doc = readDocument(*d->zip, name);
+        if (!startStore()) return m_status = Status::TemporaryFailed;
+        header = readDocument(name);
+        if (header && !d->store.flush()) throw StoreFailed();
+    } catch (const StoreFailed&) {
+        m_records.clear();
+        m_detail = d->store.errorText();
+        return m_status = Status::TemporaryFailed;
     } catch (const std::exception& e) {
+        m_records.clear();
         m_detail = QString::fromUtf8(e.what());
         d->zip.reset();
         return m_status;
     }
-    if (!doc) return m_status;
-    m_header = std::move(doc->header);
-    m_records = std::move(doc->records);
+    if (!header) {
+        m_records.clear();
+        return m_status;
+    }
+    m_header = std::move(*header);
     if (m_records.empty()) return m_status = Status::NoElements;
     if (m_header.libName != key) return m_status = Status::OtherLibrary;
     return m_status = Status::Ok;
+}
+
+bool ImportArchive::startStore()
+{
+    m_records.clear();
+    if (!d->makeFolder()) {
+        m_detail = texts::folderNotCreated();
+        return false;
+    }
+    d->store.setLimit(d->storeLimit);
+    if (d->store.open(d->folder->filePath(QStringLiteral("elements")))) return true;
+    m_detail = d->store.errorText();
+    return false;
+}
+
+// The document read as it is inflated, never held whole, each element going to the store as
+// its batch is read; a document the feed does not read (not of the writer's plain form, or
+// with an error) is read again whole, which says what is wrong.
+std::optional<DocumentHeader> ImportArchive::readDocument(const QString& name)
+{
+    TextPool pool;
+    auto keep = [this, &pool](ImportElement&& element) {
+        ImportRecord record = ImportRecord::of(element);
+        if (!d->store.append(element, record)) throw StoreFailed();
+        pool.compact(record);
+        m_records.push_back(std::move(record));
+    };
+    {
+        DocumentFeed feed(keep);
+        try {
+            d->zip->read(name, maxDocumentSize, [&feed](const char* data, std::int64_t size) {
+                if (!feed.feed(data, size_t(size))) throw FeedGaveUp();
+            });
+            if (std::optional<ParsedDocument> doc = feed.finish()) return std::move(doc->header);
+        } catch (const FeedGaveUp&) {
+        }
+    }
+    if (!startStore()) throw StoreFailed();
+    std::optional<ParsedDocument> doc = parseDocument(d->zip->readAll(name, maxDocumentSize));
+    if (!doc) return std::nullopt;
+    for (ImportElement& element : doc->records) {
+        keep(std::move(element));
+        element = ImportElement();
+    }
+    return std::move(doc->header);
+}
+
+ImportElement ImportArchive::element(const ImportRecord& record) const
+{
+    return d->store.read(record);
+}
+
+void ImportArchive::setStoreLimit(qint64 bytes)
+{
+    d->storeLimit = bytes;
 }
 
 QString ImportArchive::errorText() const
@@ -212,6 +268,8 @@ QString ImportArchive::errorText() const
         return texts::noElements();
     case Status::OtherLibrary:
         return texts::otherLibrary();
+    case Status::TemporaryFailed:
+        return texts::temporaryFailed(QDir::toNativeSeparators(QDir::tempPath()));
     }
     return {};
 }
@@ -246,10 +304,10 @@ QString ImportArchive::extract(const QString& entryName, bool handOver)
     return d->entries.value(key).path;
 }
 
-void ImportArchive::prefetch(std::vector<Prefetch> entries)
+void ImportArchive::prefetch(size_t count, PrefetchList entriesOf)
 {
     stopPrefetch();
-    if (!d->zip || entries.empty()) return;
+    if (!d->zip || count == 0 || !entriesOf) return;
     std::unique_ptr<zipper::unzip> own;
     try {
         own = d->zip->reopen();
@@ -262,32 +320,46 @@ void ImportArchive::prefetch(std::vector<Prefetch> entries)
         d->stopping = false;
         d->writesAt = 0;
     }
-    d->prefetcher = std::thread([d = d.get(), own = std::move(own), entries = std::move(entries)] {
-        for (const Prefetch& entry : entries) {
-            const QString key = zipper::unzip::normalized(entry.entryName);
-            QString path;
-            {
-                std::unique_lock lock(d->mutex);
-                d->changed.wait(
-                    lock, [&] { return d->stopping || entry.record < d->writesAt + prefetchLead; });
-                if (d->stopping) return;
-                if (key.isEmpty() || d->entries.contains(key) || !isSafeEntryName(key) ||
-                    !own->contains(key))
-                    continue;
+    d->prefetcher =
+        std::thread([d = d.get(), own = std::move(own), count, entriesOf = std::move(entriesOf)] {
+            for (size_t record = 0; record < count; ++record) {
+                {
+                    std::unique_lock lock(d->mutex);
+                    d->changed.wait(
+                        lock, [&] { return d->stopping || record < d->writesAt + prefetchLead; });
+                    if (d->stopping) return;
+                }
+                std::vector<Prefetch> entries;
                 try {
-                    path = d->claim(key);
-                } catch (const zipper::error& e) {
+                    entries = entriesOf(record);
+                } catch (const std::exception& e) {
                     qDebug() << e.what();
                     return;
                 }
+                for (const Prefetch& entry : entries) {
+                    const QString key = zipper::unzip::normalized(entry.entryName);
+                    QString path;
+                    {
+                        std::lock_guard lock(d->mutex);
+                        if (d->stopping) return;
+                        if (key.isEmpty() || d->entries.contains(key) || !isSafeEntryName(key) ||
+                            !own->contains(key))
+                            continue;
+                        try {
+                            path = d->claim(key);
+                        } catch (const zipper::error& e) {
+                            qDebug() << e.what();
+                            return;
+                        }
+                    }
+                    try {
+                        d->run(*own, key, path, entry.handOver);
+                    } catch (const zipper::error&) {
+                        // Remembered: the write that needs the entry fails with it.
+                    }
+                }
             }
-            try {
-                d->run(*own, key, path, entry.handOver);
-            } catch (const zipper::error&) {
-                // Remembered: the write that needs the entry fails with it.
-            }
-        }
-    });
+        });
 }
 
 void ImportArchive::advance(size_t record)

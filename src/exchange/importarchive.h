@@ -14,9 +14,10 @@
 
 namespace exchange {
 
-// An exchange archive opened for import into one catalog: the checked document, its records,
-// and the extraction of the entries they name into a temporary folder of this import (removed
-// with the object).
+// An exchange archive opened for import into one catalog: the checked document, its records
+// (the elements themselves are kept in a file of the import's temporary folder and read back
+// one at a time with element()), and the extraction of the entries they name into a temporary
+// folder of this import (removed with the object).
 //
 //   exchange::ImportArchive archive;
 //   if (archive.open(path, provider) != exchange::ImportArchive::Status::Ok)
@@ -31,6 +32,9 @@ public:
         NotExportFile, // not a ZIP archive, no document for the target's kind, a bad document
         NoElements,    // the document holds no element
         OtherLibrary,  // lib-name is not the target's key
+        // The elements could not be kept in the import's temporary folder (a full disk, a
+        // folder that cannot be created); detailText() says why.
+        TemporaryFailed,
     };
 
     ImportArchive();
@@ -55,6 +59,13 @@ public:
     const DocumentHeader& header() const { return m_header; }
     std::vector<ImportRecord>& records() { return m_records; }
     const std::vector<ImportRecord>& records() const { return m_records; }
+    // The whole element of a record of this archive, read back from the temporary folder; the
+    // record may have been copied or moved since. Safe from several threads at once. Throws
+    // std::runtime_error when the temporary folder cannot give it.
+    ImportElement element(const ImportRecord& record) const;
+    // For tests: from the next open(), keeping the elements fails once they take more than
+    // bytes, the way a full disk fails it; negative for no bound.
+    void setStoreLimit(qint64 bytes);
 
     // Extracts the entry once and returns the path of the extracted file; a second request
     // for the same name gives the same path. Empty for an empty name or a name that the
@@ -76,18 +87,21 @@ public:
     // an empty name, an unsafe one or one that the archive does not hold; throws
     // zipper::error when the entry is damaged.
     bool check(const QString& entryName);
-    // An entry that the writes of record `record` will ask for, with or without hand-over.
+    // An entry that the writes of a record will ask for, with or without hand-over.
     struct Prefetch
     {
-        size_t record = 0;
         QString entryName;
         bool handOver = false;
     };
-    // Extracts the entries on a thread of its own, in the order given, keeping a bounded
-    // number of records ahead of the record last passed to advance(); extract() then finds
-    // them ready or waits for the one under way. A damaged entry is remembered and fails
-    // extract() as it would have by itself. Replaces a prefetch still running.
-    void prefetch(std::vector<Prefetch> entries);
+    // The entries that the writes of record `record` will ask for, in their order.
+    using PrefetchList = std::function<std::vector<Prefetch>(size_t record)>;
+    // Extracts the entries of records 0 to count - 1 on a thread of its own, in that order,
+    // keeping a bounded number of records ahead of the record last passed to advance();
+    // extract() then finds them ready or waits for the one under way. entriesOf is called on
+    // that thread, one record at a time; what it throws ends the prefetch. A damaged entry is
+    // remembered and fails extract() as it would have by itself. Replaces a prefetch still
+    // running.
+    void prefetch(size_t count, PrefetchList entriesOf);
     // The writes have reached record `record`.
     void advance(size_t record);
     // Stops the prefetch and waits for it; extract() goes on working alone.
@@ -95,10 +109,13 @@ public:
 
     // How many entries were actually extracted so far.
     int extractedCount() const;
-    // The temporary folder of this import; empty before the first extraction.
+    // The temporary folder of this import; empty before a document was read.
     QString temporaryFolder() const;
 
 private:
+    bool startStore();
+    std::optional<DocumentHeader> readDocument(const QString& name);
+
     struct Private;
     std::unique_ptr<Private> d;
     Status m_status = Status::NotExportFile;

@@ -11,14 +11,10 @@
 
 namespace exchange {
 
-namespace {
-const QString stampName = QStringLiteral("USS_LAST_CHANGE_DATE");
-}
-
 std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* provider)
 {
     const std::map<QString, es_packet_t*> packets = edw::packets(provider);
-    const std::u16string stamp = edw::toEs(stampName);
+    const std::u16string stamp = edw::toEs(stampAttribute);
     std::vector<Decision> decisions;
     decisions.reserve(records.size());
     // The catalog holds one element per packet and id: a second record of the pair would fail
@@ -39,9 +35,8 @@ std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* 
         }
         es_value value{};
         stdsize_GetValueByName(record.existing, stamp.c_str(), &value);
-        decisions.push_back(edw::valueToText(value) == record.value(stampName)
-                                ? Decision::Same
-                                : Decision::Conflict);
+        decisions.push_back(edw::valueToText(value) == record.stamp ? Decision::Same
+                                                                    : Decision::Conflict);
     }
     return decisions;
 }
@@ -91,7 +86,7 @@ std::optional<long long> hostVersionNumber(const QString& versionText)
 
 bool isLaterVersion(const ImportRecord& record, long long hostNumber)
 {
-    return record.model && record.model->version > hostNumber;
+    return record.modelVersion && *record.modelVersion > hostNumber;
 }
 
 } // namespace exchange

@@ -72,36 +72,21 @@ RemoveUnusedFilesFn removeUnusedFiles()
     return fn;
 }
 
-// What the records will ask the archive for, in the order they ask: the files and icons of
-// models and fragments (files are handed over to the store, icons go into the catalog as
+// What a record will ask the archive for, in the order it asks: the files and icons of its
+// model and fragments (files are handed over to the store, icons go into the catalog as
 // bytes).
-std::vector<ImportArchive::Prefetch> prefetchList(const std::vector<ImportRecord>& records)
+std::vector<ImportArchive::Prefetch> prefetchList(const ImportElement& element)
 {
     std::vector<ImportArchive::Prefetch> list;
-    for (size_t i = 0; i < records.size(); ++i) {
-        const ImportRecord& r = records[i];
-        if (r.model) {
-            list.push_back({i, r.model->file, true});
-            list.push_back({i, r.model->icon, false});
-        }
-        for (const ProjectionRecord& p : r.prj) {
-            list.push_back({i, p.file, true});
-            list.push_back({i, p.icon, false});
-        }
+    if (element.model) {
+        list.push_back({element.model->file, true});
+        list.push_back({element.model->icon, false});
+    }
+    for (const ProjectionRecord& p : element.prj) {
+        list.push_back({p.file, true});
+        list.push_back({p.icon, false});
     }
     return list;
-}
-
-// A record whose writes stand (or that failed for good) is not read again but for the texts
-// that name it: the rest goes, so that the records written so far hold no memory.
-void release(ImportRecord& record)
-{
-    ImportRecord named;
-    named.packet = std::move(record.packet);
-    named.id = std::move(record.id);
-    named.existing = record.existing;
-    named.skip = record.skip;
-    record = std::move(named);
 }
 
 AddAttributeExFn addAttributeEx()
@@ -301,7 +286,6 @@ void ImportWorker::run()
                 } else {
                     discardRecord();
                     ++m_skipped;
-                    release(m_records[j]);
                 }
                 continue;
             }
@@ -319,7 +303,6 @@ void ImportWorker::run()
                 single.reset();
                 m_tree->rollback();
                 ++m_skipped;
-                release(m_records[j]);
             }
         }
     };
@@ -350,7 +333,9 @@ void ImportWorker::run()
             stored.emplace_back(file);
             return edw::fromEs(file);
         });
-    m_archive.prefetch(prefetchList(m_records));
+    m_archive.prefetch(count, [this](size_t record) {
+        return prefetchList(m_archive.element(m_records[record]));
+    });
 
     size_t i = 0;
     for (; i < count; ++i) {
@@ -414,7 +399,6 @@ void ImportWorker::counted(size_t from, size_t to)
     for (size_t j = from; j < to; ++j) {
         ++m_written;
         ++(m_replacing[j] ? m_replaced : m_added);
-        release(m_records[j]);
     }
 }
 
@@ -457,7 +441,7 @@ void ImportWorker::discardRecord()
 
 bool ImportWorker::writeRecord(size_t index)
 {
-    const ImportRecord& record = m_records[index];
+    const ImportRecord& head = m_records[index];
     m_replacing[index] = false;
     m_adding = nullptr;
     // Every write must stand: one that fails fails the record, and the record's writes are
@@ -468,6 +452,7 @@ bool ImportWorker::writeRecord(size_t index)
         return false;
     };
     try {
+        const ImportElement record = m_archive.element(head);
         // What the archive must give is read before the catalog is touched: a damaged entry
         // fails the record before the element it replaces is deleted, which matters where
         // the store has no transaction to undo that deletion.
@@ -493,7 +478,7 @@ bool ImportWorker::writeRecord(size_t index)
         es_folder_t* folder = m_tree->path(packet, record.folder);
         es_table_t* table = folder_GetTable(folder);
         if (!need(table, "папка")) return false;
-        if (record.existing) {
+        if (head.existing) {
             // Looked up again: the handle found while deciding may be gone by now.
             if (es_stdsize_t* old = packet_FindStdSize(packet, es(record.id).c_str())) {
                 m_replacing[index] = table_DeleteStdSize(stdsize_GetTable(old), old);
@@ -581,7 +566,7 @@ bool ImportWorker::writeRecord(size_t index)
     } catch (const std::exception& e) {
         if (m_failure.isEmpty())
             m_failure = texts::elementNotWritten().arg(
-                record.packet, record.id, QStringLiteral("архив"), QString::fromUtf8(e.what()));
+                head.packet, head.id, QStringLiteral("архив"), QString::fromUtf8(e.what()));
         return false;
     }
 }

@@ -316,13 +316,24 @@ void CliExchange::verifyAcceptsWrittenArchive()
     const QString source = makeSource("verify_source.db", "01.02.2024 10:00:00", 2.5);
     const QString archive = path("verify.uss");
     QCOMPARE(ussctl({"export", source, archive}).exitCode, 0);
-    // Entries are read through, never extracted: no temporary folder is needed at all.
+    // The elements are kept in a temporary folder while they are checked: without one,
+    // verify says so and fails.
     const QString noFolder = path("verify_tmp_is_a_file");
     writeFile(noFolder, "not a folder");
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert("TMPDIR", noFolder);
+    const Run refused = ussctl({"verify", archive}, env);
+    QCOMPARE(refused.exitCode, 1);
+    QVERIFY2(refused.out.contains("Не удалось записать временные файлы импорта в папку " +
+                                  noFolder + ".\nFAILED\n"),
+             qPrintable(refused.out));
+    // Entries are read through, never extracted, and nothing stays behind.
+    const QString folder = path("verify_tmp");
+    QVERIFY(QDir().mkpath(folder));
+    env.insert("TMPDIR", folder);
     const Run run = ussctl({"verify", archive}, env);
     QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
+    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     QCOMPARE(run.out, QString::fromUtf8(readFile(QFINDTESTDATA("golden/verify.txt"))).arg(archive));
 
     // X2 names the model shared with X1 with the other separator: still one entry.

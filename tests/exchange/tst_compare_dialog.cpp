@@ -22,9 +22,12 @@
 #include <QToolButton>
 #include <QTreeWidget>
 
+#include <functional>
+#include <memory>
+
 using exchange::CompareUssDialog;
 using exchange::ImportArchive;
-using exchange::ImportRecord;
+using exchange::ImportElement;
 using exchange::ShowPropUssDialog;
 using testing::Attr;
 using testing::TempCatalog;
@@ -101,7 +104,7 @@ struct Sides
                archive->open(path, target) == ImportArchive::Status::Ok &&
                archive->records().size() == 1;
     }
-    const ImportRecord& record() const { return archive->records().front(); }
+    ImportElement record() const { return archive->element(archive->records().front()); }
 };
 
 template <class T> T* child(QWidget* dialog, const QString& name)
@@ -126,15 +129,12 @@ private slots:
     void identicalElementsCarryNoWarning();
     void previews_data();
     void previews();
-    void unreadableFilesShowTheText();
     void parameterRows_data();
     void parameterRows();
     void rowsAlternateGreyAndCarryToolTips();
     void choice_data();
     void choice();
     void propertyView();
-    void propertyViewChoice_data();
-    void propertyViewChoice();
     void resourcePicturesAreTheDrawnOnes();
     void pictures();
 };
@@ -206,7 +206,7 @@ void CompareDialogTest::modelSlot()
     QFETCH(QString, icon);
     Sides sides;
     QVERIFY(sides.open(sides.mine.provider));
-    ImportRecord record = sides.record();
+    ImportElement record = sides.record();
     QVERIFY(record.model);
     if (change == "digest") record.model->digest = "0123456789abcdef";
     if (change == "clear mine") model_Clear(stdsize_GetModel(sides.mineElement));
@@ -243,11 +243,13 @@ void CompareDialogTest::previews_data()
     QTest::addColumn<QString>("button");
     QTest::addColumn<bool>("importedPicture");
     QTest::addColumn<bool>("minePicture");
-    QTest::newRow("both sides") << "qCFront" << true << true;
-    QTest::newRow("mine only") << "qCLeft" << false << true;
-    QTest::newRow("imported only") << "qSFront" << true << false;
-    QTest::newRow("imported made by a later version") << "qGostBut" << false << true;
-    QTest::newRow("model") << "qM3dBut" << true << true;
+    QTest::addColumn<bool>("filesGone"); // both files unreadable before the view is chosen
+    QTest::newRow("both sides") << "qCFront" << true << true << false;
+    QTest::newRow("mine only") << "qCLeft" << false << true << false;
+    QTest::newRow("imported only") << "qSFront" << true << false << false;
+    QTest::newRow("imported made by a later version") << "qGostBut" << false << true << false;
+    QTest::newRow("model") << "qM3dBut" << true << true << false;
+    QTest::newRow("both files unreadable") << "qCFront" << false << false << true;
 }
 
 void CompareDialogTest::previews()
@@ -255,10 +257,19 @@ void CompareDialogTest::previews()
     QFETCH(QString, button);
     QFETCH(bool, importedPicture);
     QFETCH(bool, minePicture);
+    QFETCH(bool, filesGone);
     Sides sides;
     QVERIFY(sides.open(sides.mine.provider));
     CompareUssDialog dialog(sides.mineElement, sides.record(), *sides.archive, false);
-    child<QToolButton>(&dialog, button)->click();
+    auto* view = child<QToolButton>(&dialog, button);
+    if (filesGone) {
+        // The host has nothing to draw: the imported file is gone, mine is no document.
+        QVERIFY(QFile::remove(view->property("importFile").toString()));
+        QFile mine(view->property("stdFile").toString());
+        QVERIFY(mine.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        mine.write("not a document");
+    }
+    view->click();
 
     const std::pair<const char*, bool> labels[] = {{"qViewImage_Imp", importedPicture},
                                                    {"qViewImageMine", minePicture}};
@@ -269,26 +280,6 @@ void CompareDialogTest::previews()
         if (picture) QVERIFY(label->pixmap().width() <= label->width());
     }
     QCOMPARE(sandbox::documents().size(), 0); // the host's documents were closed again
-}
-
-void CompareDialogTest::unreadableFilesShowTheText()
-{
-    // Both files gone before the view is chosen: the host has nothing to draw.
-    Sides sides;
-    QVERIFY(sides.open(sides.mine.provider));
-    CompareUssDialog dialog(sides.mineElement, sides.record(), *sides.archive, false);
-    auto* front = child<QToolButton>(&dialog, "qCFront");
-    QVERIFY(QFile::remove(front->property("importFile").toString()));
-    QFile mine(front->property("stdFile").toString());
-    QVERIFY(mine.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    mine.write("not a document");
-    mine.close();
-    front->click();
-    QCOMPARE(child<QLabel>(&dialog, "qViewImage_Imp")->text(),
-             QString("Невозможно отобразить элемент"));
-    QCOMPARE(child<QLabel>(&dialog, "qViewImageMine")->text(),
-             QString("Невозможно отобразить элемент"));
-    QVERIFY(child<QLabel>(&dialog, "qViewImageMine")->pixmap().isNull());
 }
 
 void CompareDialogTest::parameterRows_data()
@@ -337,7 +328,7 @@ void CompareDialogTest::parameterRows()
     TempCatalog catalog;
     es_stdsize_t* element = catalog.addElement(kPacket, {}, kId);
     testing::addAttribute(element, Attr{"Wall", uint32_t(type), mine});
-    ImportRecord record;
+    ImportElement record;
     record.atr.push_back({"Wall", 4, type, {}, {}, {}, imported, QString("Толщина стенки")});
     ImportArchive archive;
     CompareUssDialog dialog(element, record, archive, false);
@@ -361,7 +352,7 @@ void CompareDialogTest::rowsAlternateGreyAndCarryToolTips()
 {
     TempCatalog catalog;
     es_stdsize_t* element = catalog.addElement(kPacket, {}, kId);
-    ImportRecord record;
+    ImportElement record;
     const QStringList names{"A", "B", "C", "D", "E"};
     for (int i = 0; i < names.size(); ++i) {
         testing::addAttribute(element, Attr{names[i], 1, QString::number(i * 10)});
@@ -395,52 +386,79 @@ void CompareDialogTest::rowsAlternateGreyAndCarryToolTips()
 
 void CompareDialogTest::choice_data()
 {
-    QTest::addColumn<bool>("laterVersion");
+    QTest::addColumn<QString>("dialog"); // "compare", "later" (of a later version), "property"
     QTest::addColumn<QString>("button");
     QTest::addColumn<int>("choice");
     QTest::addColumn<int>("result");
-    QTest::newRow("replace") << false << "impButton" << int(CompareUssDialog::Choice::Imported)
-                             << int(QDialog::Accepted);
-    QTest::newRow("keep mine") << false << "mineButton" << int(CompareUssDialog::Choice::Mine)
-                               << int(QDialog::Accepted);
-    QTest::newRow("close") << false << "closeButton" << int(CompareUssDialog::Choice::None)
-                           << int(QDialog::Rejected);
+    const int accepted = QDialog::Accepted;
+    const int rejected = QDialog::Rejected;
+    QTest::newRow("replace") << "compare"
+                             << "impButton" << int(CompareUssDialog::Choice::Imported) << accepted;
+    QTest::newRow("keep mine") << "compare"
+                               << "mineButton" << int(CompareUssDialog::Choice::Mine) << accepted;
+    QTest::newRow("close") << "compare"
+                           << "closeButton" << int(CompareUssDialog::Choice::None) << rejected;
     QTest::newRow("later version: replace is off")
-        << true << "impButton" << int(CompareUssDialog::Choice::None) << -1;
+        << "later"
+        << "impButton" << int(CompareUssDialog::Choice::None) << -1;
     QTest::newRow("later version: keep mine")
-        << true << "mineButton" << int(CompareUssDialog::Choice::Mine) << int(QDialog::Accepted);
+        << "later"
+        << "mineButton" << int(CompareUssDialog::Choice::Mine) << accepted;
+    QTest::newRow("property view: add")
+        << "property"
+        << "addButton" << int(ShowPropUssDialog::Choice::Add) << accepted;
+    QTest::newRow("property view: skip")
+        << "property"
+        << "dontaddButton" << int(ShowPropUssDialog::Choice::DontAdd) << accepted;
+    QTest::newRow("property view: close")
+        << "property"
+        << "closeButton" << int(ShowPropUssDialog::Choice::None) << rejected;
 }
 
 void CompareDialogTest::choice()
 {
-    QFETCH(bool, laterVersion);
+    QFETCH(QString, dialog);
     QFETCH(QString, button);
     QFETCH(int, choice);
     QFETCH(int, result);
     Sides sides;
     QVERIFY(sides.open(sides.mine.provider));
-    CompareUssDialog dialog(sides.mineElement, sides.record(), *sides.archive, laterVersion);
-    QCOMPARE(dialog.windowTitle(), QString("Сравнение параметров пользовательских элементов"));
-    QCOMPARE(child<QPushButton>(&dialog, "impButton")->text(),
-             QString("Заменить на импортируемый"));
-    QCOMPARE(child<QPushButton>(&dialog, "mineButton")->text(), QString("Оставить мой"));
-    QCOMPARE(child<QPushButton>(&dialog, "closeButton")->text(), QString("Закрыть"));
-    QCOMPARE(child<QPushButton>(&dialog, "impButton")->isEnabled(), !laterVersion);
-    QCOMPARE(child<QPushButton>(&dialog, "mineButton")->isEnabled(), true);
+    std::unique_ptr<QDialog> shown;
+    std::function<int()> chosen;
+    QStringList texts; // button object name, then its text
+    if (dialog == "property") {
+        auto* d = new ShowPropUssDialog(sides.record(), *sides.archive);
+        chosen = [d] { return int(d->choice()); };
+        shown.reset(d);
+        texts = QStringList{"addButton", "Добавить", "dontaddButton", "Не добавлять"};
+    } else {
+        auto* d = new CompareUssDialog(sides.mineElement, sides.record(), *sides.archive,
+                                       dialog == "later");
+        chosen = [d] { return int(d->choice()); };
+        shown.reset(d);
+        QCOMPARE(d->windowTitle(), QString("Сравнение параметров пользовательских элементов"));
+        texts = QStringList{"impButton",   "Заменить на импортируемый",
+                            "mineButton",  "Оставить мой",
+                            "closeButton", "Закрыть"};
+        QCOMPARE(child<QPushButton>(d, "impButton")->isEnabled(), dialog != "later");
+        QVERIFY(child<QPushButton>(d, "mineButton")->isEnabled());
+    }
+    for (qsizetype i = 0; i < texts.size(); i += 2)
+        QCOMPARE(child<QPushButton>(shown.get(), texts[i])->text(), texts[i + 1]);
 
-    dialog.setResult(-1);
-    dialog.show();
-    QTest::mouseClick(child<QPushButton>(&dialog, button), Qt::LeftButton);
-    QCOMPARE(int(dialog.choice()), choice);
-    QCOMPARE(dialog.result(), result);
-    QCOMPARE(dialog.isVisible(), result == -1);
+    shown->setResult(-1);
+    shown->show();
+    QTest::mouseClick(child<QPushButton>(shown.get(), button), Qt::LeftButton);
+    QCOMPARE(chosen(), choice);
+    QCOMPARE(shown->result(), result);
+    QCOMPARE(shown->isVisible(), result == -1);
 }
 
 void CompareDialogTest::propertyView()
 {
     Sides sides;
     QVERIFY(sides.open(sides.mine.provider));
-    ImportRecord record = sides.record();
+    ImportElement record = sides.record();
     record.atr.push_back({"Name", 1, 3, {}, {}, {}, QString("Труба ПЭ"), QString("Наименование")});
     record.atr.push_back({"DN", 2, 1, {}, {}, {}, QString("110")});
     record.model->file.clear();
@@ -476,37 +494,6 @@ void CompareDialogTest::propertyView()
     QCOMPARE(tree->topLevelItem(tree->topLevelItemCount() - 2)->text(0), QString("Наименование"));
 }
 
-void CompareDialogTest::propertyViewChoice_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<int>("choice");
-    QTest::addColumn<int>("result");
-    QTest::newRow("add") << "addButton" << int(ShowPropUssDialog::Choice::Add)
-                         << int(QDialog::Accepted);
-    QTest::newRow("skip") << "dontaddButton" << int(ShowPropUssDialog::Choice::DontAdd)
-                          << int(QDialog::Accepted);
-    QTest::newRow("close") << "closeButton" << int(ShowPropUssDialog::Choice::None)
-                           << int(QDialog::Rejected);
-}
-
-void CompareDialogTest::propertyViewChoice()
-{
-    QFETCH(QString, button);
-    QFETCH(int, choice);
-    QFETCH(int, result);
-    ImportRecord record;
-    record.atr.push_back({"DN", 2, 1, {}, {}, {}, QString("110")});
-    ImportArchive archive;
-    ShowPropUssDialog dialog(record, archive);
-    QCOMPARE(child<QPushButton>(&dialog, "addButton")->text(), QString("Добавить"));
-    QCOMPARE(child<QPushButton>(&dialog, "dontaddButton")->text(), QString("Не добавлять"));
-    dialog.show();
-    QTest::mouseClick(child<QPushButton>(&dialog, button), Qt::LeftButton);
-    QCOMPARE(int(dialog.choice()), choice);
-    QCOMPARE(dialog.result(), result);
-    QVERIFY(!dialog.isVisible());
-}
-
 void CompareDialogTest::resourcePicturesAreTheDrawnOnes()
 {
     exchange::ensureCompareResources();
@@ -532,7 +519,7 @@ void CompareDialogTest::pictures()
     QVERIFY(QDir().mkpath(folder));
     Sides sides;
     QVERIFY(sides.open(sides.mine.provider));
-    ImportRecord record = sides.record();
+    ImportElement record = sides.record();
     record.atr.push_back({"Name", 1, 3, {}, {}, {}, QString("Труба ПЭ"), QString("Наименование")});
     testing::addAttribute(sides.mineElement, Attr{"Name", 3, "Труба ПЭ100"});
     record.atr.push_back({"DN", 2, 1, {}, {}, {}, QString("110")});

@@ -1,9 +1,11 @@
 #include "document.h"
 #include "documentfast.h"
+#include "elementstore.h"
 #include "exchangetexts.h"
 
 #include <QRegularExpression>
 #include <QScopeGuard>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <climits>
@@ -27,7 +29,7 @@ private slots:
     void textsFollowTheHeaderEncoding();
     void documentFedInPartsReadsAsWhole_data();
     void documentFedInPartsReadsAsWhole();
-    void pooledRecordsReadTheSameAndShareTheirNames();
+    void storedElementsReadBackTheSame();
 };
 
 namespace {
@@ -92,7 +94,7 @@ void TestDocumentReader::recordsComeInDocumentOrder()
     QCOMPARE(doc->header.libName, QStringLiteral("TX"));
     QCOMPARE(int(doc->records.size()), count);
     for (int i = 0; i < count; ++i) {
-        const exchange::ImportRecord& r = doc->records[size_t(i)];
+        const exchange::ImportElement& r = doc->records[size_t(i)];
         QCOMPARE(r.id, QStringLiteral("e%1").arg(i));
         QCOMPARE(r.folder, QStringLiteral("F\\%1").arg(i));
         QCOMPARE(r.value(QStringLiteral("A")), QStringLiteral("v%1").arg(i));
@@ -250,7 +252,7 @@ void TestDocumentReader::everyElementReadsAsTheTreeReadsIt()
     QFETCH(QByteArray, item);
     QFETCH(bool, plain);
     QFETCH(int, version);
-    exchange::ImportRecord record;
+    exchange::ImportElement record;
     QCOMPARE(exchange::readPlainElement(item.constData(), item.constData() + item.size(), record),
              plain);
     const QByteArray split = document(3, [&](int i) { return i == 1 ? item : QByteArray(); });
@@ -393,39 +395,57 @@ void TestDocumentReader::documentFedInPartsReadsAsWhole()
     }
 }
 
-// Pooled records read as before, the empty and the absent texts kept apart, and the names
-// that every element repeats are one text.
-void TestDocumentReader::pooledRecordsReadTheSameAndShareTheirNames()
+// Elements kept in the store read back as parsed, the empty and the absent texts kept apart;
+// their records keep what the decision and the dialogs show, and share the names they repeat.
+void TestDocumentReader::storedElementsReadBackTheSame()
 {
     const QByteArray item =
         "{ \"packet\" : \"Трубы\", \"folder\" : \"A\\\\B\", \"id\" : \"T-%1\", \"type\" : \"\", "
-        "\"atr\" : [ { \"name\" : \"Диаметр\", \"num\" : 3, \"type\" : 2, \"val\" : \"%1.5\", "
+        "\"atr\" : [ { \"name\" : \"USS_AUTHOR\", \"num\" : 3, \"type\" : 3, \"val\" : \"ivan\", "
         "\"var\" : \"d\", \"measure\" : \"мм\", \"desc\" : \"\" }, { \"name\" : \"L\", \"num\" : "
-        "4, \"type\" : 3, \"formula\" : \"D*2\" } ], \"model\" : { \"name\" : \"m\", \"version\" "
-        ": 2, \"file\" : \"f.m3d\", \"icon\" : \"\", \"digest\" : \"ab\" }, \"prj\" : [], \"spc\" "
+        "4, \"type\" : 3, \"formula\" : \"D*2\", \"old-num\" : 9 }, { \"name\" : "
+        "\"USS_LAST_CHANGE_DATE\", \"num\" : 5, \"type\" : 3, \"val\" : \"0%1.01.2024\" } ], "
+        "\"model\" : { \"name\" : \"m\", \"version\" : 2%1, \"file\" : \"f.m3d\", \"icon\" : \"\", "
+        "\"digest\" : \"ab\" }, \"prj\" : [ { \"name\" : \"v\", \"type\" : 1, \"view\" : 2, "
+        "\"file\" "
+        ": \"v.frw\", \"icon\" : \"v.png\", \"digest\" : \"cd\" } ], \"repPath\" : \"r.xml\", "
+        "\"spc\" "
         ": [ { \"libName\" : \"L\", \"style\" : 1, \"fPart\" : 2, \"sPart\" : 3, \"column\" : [ { "
         "\"num\" : 1, \"val\" : \"$D\" } ] } ] }";
     const QByteArray text =
         document(3, [&](int i) { return QByteArray(item).replace("%1", QByteArray::number(i)); });
     std::optional<exchange::ParsedDocument> doc = exchange::parseDocument(text);
     QVERIFY(doc);
-    QStringList before;
-    for (const exchange::ImportRecord& r : doc->records)
-        before << r.describe();
+    QTemporaryDir dir;
+    exchange::ElementStore store;
+    QVERIFY(store.open(dir.filePath("elements")));
+    std::vector<exchange::ImportRecord> records;
     exchange::TextPool pool;
-    for (exchange::ImportRecord& r : doc->records)
-        pool.compact(r);
-    for (size_t i = 0; i < doc->records.size(); ++i)
-        QCOMPARE(doc->records[i].describe(), before[qsizetype(i)]);
-    const exchange::ImportRecord& first = doc->records[0];
-    const exchange::ImportRecord& third = doc->records[2];
-    QVERIFY(first.atr[0].desc && first.atr[0].desc->isEmpty());
-    QVERIFY(!first.atr[1].val);
-    QCOMPARE(first.atr[0].name.constData(), third.atr[0].name.constData());
-    QCOMPARE(first.atr[0].measure.constData(), third.atr[0].measure.constData());
-    QCOMPARE(first.packet.constData(), third.packet.constData());
-    QCOMPARE(first.atr.capacity(), first.atr.size());
-    QVERIFY(first.atr[0].val != third.atr[0].val);
+    for (const exchange::ImportElement& e : doc->records) {
+        records.push_back(exchange::ImportRecord::of(e));
+        QVERIFY(store.append(e, records.back()));
+        pool.compact(records.back());
+    }
+    QVERIFY(store.flush());
+    // Read back out of order, as the dialogs do.
+    for (size_t i : {size_t(2), size_t(0), size_t(1)}) {
+        const exchange::ImportElement back = store.read(records[i]);
+        QCOMPARE(back.describe(), doc->records[i].describe());
+        QVERIFY(back.atr[0].desc && back.atr[0].desc->isEmpty());
+        QVERIFY(!back.atr[1].val && !back.atr[1].desc);
+        QCOMPARE(records[i].author, "ivan");
+        QCOMPARE(records[i].stamp, QString("0%1.01.2024").arg(i));
+        QCOMPARE(records[i].modelVersion, std::optional<int>(20 + int(i)));
+        QCOMPARE(records[i].value("L"), QString()); // a record keeps no other value
+    }
+    QCOMPARE(records[0].packet.constData(), records[2].packet.constData());
+    // A place the store does not hold is refused, not read as something else.
+    exchange::ImportRecord beyond = records[2];
+    beyond.offset += 1;
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, store.read(beyond));
+    exchange::ImportRecord shortened = records[1];
+    shortened.size -= 1;
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, store.read(shortened));
 }
 
 QTEST_GUILESS_MAIN(TestDocumentReader)

@@ -35,11 +35,11 @@ private slots:
     void archiveOfAnotherKindIsRefused();
     void damagedArchiveIsRefusedWithItsMessage_data();
     void damagedArchiveIsRefusedWithItsMessage();
+    void temporaryFolderThatRefusesFailsTheOpening_data();
+    void temporaryFolderThatRefusesFailsTheOpening();
     void decisionsFollowTheChangeStamp();
-    void allSameNeedsNoDecisionAndWritesNothing();
-    void conflictKeptLeavesElementUntouched();
-    void conflictReplacedTakesTheImportedElement();
-    void recordsSharingAModelExtractItOnce();
+    void conflictPolicyDecidesWhatIsWritten_data();
+    void conflictPolicyDecidesWhatIsWritten();
     void filesMoveIntoTheStoreOnce();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog_data();
     void attributesInOneWriteOrFieldByFieldGiveTheSameCatalog();
@@ -352,8 +352,6 @@ void TestImport::damagedArchiveIsRefusedWithItsMessage()
         });
     } else if (damage == "nested") {
         // Far below what a parser follows by default, beyond what the import accepts.
-        const QByteArray doc = ziptest::readFile(path).isEmpty() ? QByteArray() : QByteArray();
-        Q_UNUSED(doc);
         zipper::unzip u(path);
         QByteArray text = u.readAll("TX.json", 1 << 26);
         text.replace(0, 1, "{\"deep\":" + QByteArray(100, '[') + QByteArray(100, ']') + ",");
@@ -399,6 +397,54 @@ void TestImport::damagedArchiveIsRefusedWithItsMessage()
     QCOMPARE(QDir(m_out->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
     QVERIFY(!QFileInfo::exists(m_tmp.filePath("../evil.m3d")));
     QVERIFY(!QFileInfo::exists(QDir(m_tmp.path()).filePath("evil.m3d")));
+}
+
+void TestImport::temporaryFolderThatRefusesFailsTheOpening_data()
+{
+    QTest::addColumn<QString>("refusal");
+    QTest::addColumn<QString>("detail");
+    QTest::newRow("full disk") << "full"
+                               << "No space left on device";
+    // A document the reading takes whole goes the same way.
+    QTest::newRow("full disk, document read whole") << "full whole"
+                                                    << "No space left on device";
+    QTest::newRow("no folder can be made") << "no folder"
+                                           << "Не удалось создать папку.";
+}
+
+void TestImport::temporaryFolderThatRefusesFailsTheOpening()
+{
+    QFETCH(QString, refusal);
+    QFETCH(QString, detail);
+    const QString path = richArchive();
+    if (refusal == "full whole") {
+        zipper::unzip u(path);
+        const QByteArray text = u.readAll("TX.json", 1 << 26);
+        rewrite(path, {}, "TX.json", "// written by hand\n" + text);
+    }
+    es_stdsize_t* mine = m_target->addElement("ПЭ_Трубы", "Мои", "E1", "MINE");
+    addAttribute(mine, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
+    const QString before = dump(mine);
+
+    const QByteArray tmp = qgetenv("TMPDIR");
+    const auto restore = qScopeGuard([&] { qputenv("TMPDIR", tmp); });
+    exchange::ImportArchive archive;
+    if (refusal == "no folder") {
+        // A file where the temporary folder should be: nothing can be made in it, even by
+        // the superuser.
+        ziptest::writeFile(m_out->filePath("tmp"), "not a folder");
+        qputenv("TMPDIR", QFile::encodeName(m_out->filePath("tmp")));
+    } else {
+        archive.setStoreLimit(100);
+    }
+    QCOMPARE(archive.open(path, m_target->provider),
+             exchange::ImportArchive::Status::TemporaryFailed);
+    QCOMPARE(archive.errorText(), "Не удалось записать временные файлы импорта в папку " +
+                                      QDir::toNativeSeparators(QDir::tempPath()) + ".");
+    QCOMPARE(archive.detailText(), detail);
+    QCOMPARE(archive.records().size(), size_t(0));
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "E1")), before);
+    QVERIFY(!m_target->find("Арматура", "E2"));
 }
 
 void TestImport::decisionsFollowTheChangeStamp()
@@ -451,68 +497,50 @@ void TestImport::decisionsFollowTheChangeStamp()
     QCOMPARE(edw::folderPath(edw::folderOf(fresh)), edw::folderPath(edw::folderOf(s3)));
 }
 
-void TestImport::allSameNeedsNoDecisionAndWritesNothing()
+void TestImport::conflictPolicyDecidesWhatIsWritten_data()
 {
-    const QString path = richArchive();
-    const QString before = dump(m_source->find("ПЭ_Трубы", "E1"));
-    const exchange::ImportOutcome outcome = exchange::importArchive(
-        path, m_source->provider, {exchange::ConflictPolicy::ReplaceWithImported, {}, nullptr});
-    QCOMPARE(outcome.message, "Все импортируемые элементы присутствуют в базе.");
-    QCOMPARE(outcome.same, 2);
-    QCOMPARE(outcome.kept, 0);
-    QCOMPARE(outcome.written, 0);
-    QCOMPARE(dump(m_source->find("ПЭ_Трубы", "E1")), before);
+    QTest::addColumn<QString>("mine"); // the catalog's E1: "source" (the same stamp), or its folder
+    QTest::addColumn<bool>("replace");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<int>("added");
+    QTest::addColumn<int>("replaced");
+    QTest::newRow("all the same") << "source" << true << exchange::texts::allPresent() << 0 << 0;
+    QTest::newRow("conflict kept") << "Мои" << false << exchange::texts::importDone() << 1 << 0;
+    QTest::newRow("conflict replaced")
+        << "Стальные\\Бесшовные" << true << exchange::texts::importDone() << 1 << 1;
 }
 
-void TestImport::conflictKeptLeavesElementUntouched()
+void TestImport::conflictPolicyDecidesWhatIsWritten()
 {
+    QFETCH(QString, mine);
+    QFETCH(bool, replace);
+    QFETCH(QString, message);
+    QFETCH(int, added);
+    QFETCH(int, replaced);
     const QString path = richArchive();
-    es_stdsize_t* mine = m_target->addElement("ПЭ_Трубы", "Мои", "E1", "MINE");
-    addAttribute(mine, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
-    addAttribute(mine, {"Count", 1, "99"});
-    const QString before = dump(mine);
-    const exchange::ImportOutcome outcome = exchange::importArchive(path, m_target->provider);
-    QCOMPARE(outcome.conflicts, 1);
-    QCOMPARE(outcome.kept, 1);
-    QCOMPARE(outcome.written, 1);
-    QCOMPARE(outcome.added, 1);
-    QCOMPARE(outcome.replaced, 0);
-    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "E1")), before);
-    QVERIFY(m_target->find("Арматура", "E2"));
-}
-
-void TestImport::conflictReplacedTakesTheImportedElement()
-{
-    const QString path = richArchive();
-    es_stdsize_t* mine = m_target->addElement("ПЭ_Трубы", "Стальные\\Бесшовные", "E1", "MINE");
-    addAttribute(mine, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
-    const exchange::ImportOutcome outcome = exchange::importArchive(
-        path, m_target->provider, {exchange::ConflictPolicy::ReplaceWithImported, {}, nullptr});
-    QCOMPARE(outcome.message, exchange::texts::importDone());
-    QCOMPARE(outcome.written, 2);
-    QCOMPARE(outcome.added, 1);
-    QCOMPARE(outcome.replaced, 1);
-    es_stdsize_t* replaced = m_target->find("ПЭ_Трубы", "E1");
-    QVERIFY(replaced);
-    QCOMPARE(dump(replaced), dump(m_source->find("ПЭ_Трубы", "E1")));
-}
-
-void TestImport::recordsSharingAModelExtractItOnce()
-{
-    es_stdsize_t* a = m_source->addElement("P", "F", "A");
-    es_stdsize_t* b = m_source->addElement("P", "F", "B");
-    setModel(a, m_source->writeFile("a.m3d", "shared"), {}, "a", 1);
-    setModel(b, m_source->writeFile("b.m3d", "shared"), {}, "b", 1);
-    const QString path = exportElements({a, b}, "a.uss");
-    exchange::ImportArchive archive;
-    QCOMPARE(archive.open(path, m_target->provider), exchange::ImportArchive::Status::Ok);
-    QCOMPARE(archive.extract("TX\\model\\1.m3d"), archive.extract("TX/model/1.m3d"));
-    QVERIFY(QFileInfo(archive.extract("TX\\model\\1.m3d")).fileName().startsWith("file"));
-    exchange::ImportWorker worker(archive, m_target->provider, archive.records());
-    worker.run();
-    QCOMPARE(worker.written(), 2);
-    QCOMPARE(archive.extractedCount(), 1);
-    QCOMPARE(edw::fromEs(model_GetModelName(stdsize_GetModel(m_target->find("P", "B")))), "b");
+    TempCatalog& target = mine == "source" ? *m_source : *m_target;
+    if (mine != "source") {
+        es_stdsize_t* e = m_target->addElement("ПЭ_Трубы", mine, "E1", "MINE");
+        addAttribute(e, {"USS_LAST_CHANGE_DATE", 3, "05.05.2025 12:00:00"});
+        if (!replace) addAttribute(e, {"Count", 1, "99"});
+    }
+    const QString before = dump(target.find("ПЭ_Трубы", "E1"));
+    const exchange::ImportOutcome outcome =
+        exchange::importArchive(path, target.provider,
+                                {replace ? exchange::ConflictPolicy::ReplaceWithImported
+                                         : exchange::ConflictPolicy::KeepMine,
+                                 {},
+                                 nullptr});
+    QCOMPARE(outcome.message, message);
+    QCOMPARE(outcome.same, mine == "source" ? 2 : 0);
+    QCOMPARE(outcome.conflicts, mine == "source" ? 0 : 1);
+    QCOMPARE(outcome.kept, added + replaced);
+    QCOMPARE(outcome.written, added + replaced);
+    QCOMPARE(outcome.added, added);
+    QCOMPARE(outcome.replaced, replaced);
+    QCOMPARE(dump(target.find("ПЭ_Трубы", "E1")),
+             replaced ? dump(m_source->find("ПЭ_Трубы", "E1")) : before);
+    QCOMPARE(target.find("Арматура", "E2") != nullptr, true);
 }
 
 void TestImport::filesMoveIntoTheStoreOnce()
@@ -536,6 +564,11 @@ void TestImport::filesMoveIntoTheStoreOnce()
     exchange::ImportWorker worker(archive, m_target->provider, archive.records());
     worker.run();
     QCOMPARE(worker.written(), 40);
+    // Each shared entry came out of the archive once: 3 models with their icons, 4 views;
+    // one entry, whichever separator names it.
+    QCOMPARE(archive.extractedCount(), 10);
+    QCOMPARE(archive.extract("TX\\model\\1.m3d"), archive.extract("TX/model/1.m3d"));
+    QCOMPARE(archive.extractedCount(), 10);
 
     const QString store = m_target->path + ".files";
     QStringList stored = QDir(store).entryList({"*.m3d", "*.frw"}, QDir::Files);
@@ -790,8 +823,7 @@ void TestImport::laterVersionIsRecognised()
     if (!valid) return;
     exchange::ImportRecord record;
     QVERIFY(!exchange::isLaterVersion(record, *number)); // no model, nothing to warn about
-    record.model = exchange::ModelRecord{};
-    record.model->version = model;
+    record.modelVersion = model;
     QCOMPARE(exchange::isLaterVersion(record, *number), later);
 }
 

@@ -124,7 +124,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     std::vector<exchange::ImportRecord>& records = archive.records();
     exchange::decide(records, t.provider);
-    for (const exchange::ImportRecord& record : records) {
+    for (const exchange::ImportRecord& head : records) {
+        const exchange::ImportElement record = archive.element(head);
         if (record.model) {
             extractNamed(archive, record.model->file);
             extractNamed(archive, record.model->icon);

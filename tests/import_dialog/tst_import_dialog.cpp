@@ -15,6 +15,7 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QTest>
 #include <QTimer>
@@ -159,7 +160,6 @@ private slots:
     void choicesDecideWhatIsKept();
     void comparisonSettlesTheRow_data();
     void comparisonSettlesTheRow();
-    void comparisonOfALaterRecordCannotReplace();
     void hiddenRowsKeepTheirChoices_data();
     void hiddenRowsKeepTheirChoices();
     void checksTellTheirMessageAndOpenNoDialog_data();
@@ -168,14 +168,12 @@ private slots:
     void chooserStartsInTheRememberedFolder_data();
     void chooserStartsInTheRememberedFolder();
     void unreadableHostVersionIsToldAndMarksNothing();
+    void decisionsReachTheCatalog_data();
     void decisionsReachTheCatalog();
     void rowsAreGroupedByLibrary();
-    void cancelledDecisionsWriteNothing();
     void progressQuestionStopsOnlyOnCancel_data();
     void progressQuestionStopsOnlyOnCancel();
     void libraryQuestionBoxOffersOkOnlyAndResumes();
-    void closeOnTheLastRecordAsksNothing();
-    void cancelBeforeTheFirstRecordWritesNothing();
     void refusedWritesAreCountedAndExplained();
 
 private:
@@ -426,59 +424,49 @@ void TestImportDialog::choicesDecideWhatIsKept()
 
 void TestImportDialog::comparisonSettlesTheRow_data()
 {
-    QTest::addColumn<QString>("start");  // the row's choice before the comparison
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<int>("start");      // the row's choice column before the comparison
     QTest::addColumn<QString>("button"); // pressed in the comparison
     QTest::addColumn<int>("checked");    // the row's checked choice column afterwards
-    QTest::newRow("imported replaces") << "CONF:1"
-                                       << "impButton" << 2;
-    QTest::newRow("mine keeps") << "CONF:2"
-                                << "mineButton" << 1;
-    QTest::newRow("close changes nothing") << "CONF:2"
-                                           << "closeButton" << 2;
+    QTest::addColumn<bool>("replaceable");
+    QTest::newRow("imported replaces") << "CONF" << 1 << "impButton" << 2 << true;
+    QTest::newRow("mine keeps") << "CONF" << 2 << "mineButton" << 1 << true;
+    QTest::newRow("close changes nothing") << "CONF" << 2 << "closeButton" << 2 << true;
+    // A record of a later host version cannot replace mine.
+    QTest::newRow("later version") << "CONF2" << 1 << "closeButton" << 1 << false;
 }
 
 void TestImportDialog::comparisonSettlesTheRow()
 {
-    QFETCH(QString, start);
+    QFETCH(QString, id);
+    QFETCH(int, start);
     QFETCH(QString, button);
     QFETCH(int, checked);
+    QFETCH(bool, replaceable);
     auto opened = open(standardArchive());
     QVERIFY(opened);
     auto dialog = dialogFor(*opened);
     QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
-    clickChoice(tree, start);
+    clickChoice(tree, id + ":" + QString::number(start));
     QString title;
+    bool impEnabled = !replaceable;
     ModalAnswer answer([&](QWidget* compare) {
         title = compare->windowTitle();
+        impEnabled = compare->findChild<QPushButton*>("impButton")->isEnabled();
         click(compare, button);
     });
-    clickChoice(tree, "CONF:" + QString::number(ImportDecisionModel::CompareColumn));
+    clickChoice(tree, id + ":" + QString::number(ImportDecisionModel::CompareColumn));
     QVERIFY(answer.answered());
     QCOMPARE(title, "Сравнение параметров пользовательских элементов");
-    QVERIFY(rowOf(tree, "CONF", checked).data(ImportDecisionModel::CheckedRole).toBool());
-    QVERIFY(!rowOf(tree, "CONF", 3 - checked).data(ImportDecisionModel::CheckedRole).toBool());
+    QCOMPARE(impEnabled, replaceable);
+    QVERIFY(rowOf(tree, id, checked).data(ImportDecisionModel::CheckedRole).toBool());
+    QVERIFY(!rowOf(tree, id, 3 - checked).data(ImportDecisionModel::CheckedRole).toBool());
     // The other conflict is left as it was.
-    QVERIFY(rowOf(tree, "CONF2", 1).data(ImportDecisionModel::CheckedRole).toBool());
+    QVERIFY(rowOf(tree, id == "CONF" ? "CONF2" : "CONF", 1)
+                .data(ImportDecisionModel::CheckedRole)
+                .toBool());
     QCOMPARE(labelText(dialog.get(), "impCount"),
              QStringLiteral("Количество элементов для импорта: %1 из 5").arg(checked == 2 ? 4 : 3));
-}
-
-void TestImportDialog::comparisonOfALaterRecordCannotReplace()
-{
-    auto opened = open(standardArchive());
-    QVERIFY(opened);
-    auto dialog = dialogFor(*opened);
-    QTreeView* tree = dialog->findChild<QTreeView*>("treeWidget");
-    QMap<QString, bool> replaceable;
-    for (const QString id : {"CONF", "CONF2"}) {
-        ModalAnswer answer([&](QWidget* compare) {
-            replaceable[id] = compare->findChild<QPushButton*>("impButton")->isEnabled();
-            click(compare, "closeButton");
-        });
-        clickChoice(tree, id + ":" + QString::number(ImportDecisionModel::CompareColumn));
-        QVERIFY(answer.answered());
-    }
-    QCOMPARE(replaceable, (QMap<QString, bool>{{"CONF", true}, {"CONF2", false}}));
 }
 
 void TestImportDialog::hiddenRowsKeepTheirChoices_data()
@@ -534,6 +522,9 @@ void TestImportDialog::checksTellTheirMessageAndOpenNoDialog_data()
         << "Вы пытаетесь импортировать элементы, принадлежащие другой библиотеке.";
     QTest::newRow("everything present") << "present"
                                         << "Все импортируемые элементы присутствуют в базе.";
+    QTest::newRow("no temporary folder")
+        << "no folder"
+        << "Не удалось записать временные файлы импорта в папку %1.\nНе удалось создать папку.";
 }
 
 void TestImportDialog::checksTellTheirMessageAndOpenNoDialog()
@@ -547,6 +538,8 @@ void TestImportDialog::checksTellTheirMessageAndOpenNoDialog()
         emptyArchive(path, "TX", false);
     } else if (kind == "other") {
         emptyArchive(path, "VK", true);
+    } else if (kind == "no folder") {
+        emptyArchive(path, "TX", true);
     } else {
         es_stdsize_t* e = m_source->addElement("P", "F", "SAME");
         addAttribute(e, {"USS_LAST_CHANGE_DATE", 3, "04.03.2024"});
@@ -555,6 +548,14 @@ void TestImportDialog::checksTellTheirMessageAndOpenNoDialog()
         QVERIFY(ExportUss::Export(path, {e}, false));
     }
     const QString before = dump(m_target->addElement("Мои", "F", "KEEP"));
+    const QByteArray tmp = qgetenv("TMPDIR");
+    const auto restore = qScopeGuard([&] { qputenv("TMPDIR", tmp); });
+    if (kind == "no folder") {
+        // A file where the temporary folder should be: nothing can be made in it.
+        ziptest::writeFile(m_out->filePath("tmp"), "not a folder");
+        qputenv("TMPDIR", QFile::encodeName(m_out->filePath("tmp")));
+        message = message.arg(QDir::toNativeSeparators(m_out->filePath("tmp")));
+    }
     Play play;
     play.then("ImportUssDialog", [](QWidget* d) { d->close(); });
     QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
@@ -628,31 +629,46 @@ void TestImportDialog::unreadableHostVersionIsToldAndMarksNothing()
     QVERIFY(!marked);
 }
 
+void TestImportDialog::decisionsReachTheCatalog_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::newRow("ok writes them") << "okButton";
+    QTest::newRow("cancel writes nothing") << "cancelButton";
+}
+
 void TestImportDialog::decisionsReachTheCatalog()
 {
+    QFETCH(QString, button);
+    const bool ok = button == "okButton";
     const QString path = standardArchive();
-    const QString sameBefore = dump(m_target->find("ПЭ_Трубы", "SAME"));
-    const QString conf2Before = dump(m_target->find("ПЭ_Трубы", "CONF2"));
+    QMap<QString, QString> before;
+    for (const QString id : {"SAME", "CONF", "CONF2"})
+        before[id] = dump(m_target->find("ПЭ_Трубы", id));
     Play play;
-    play.then("ImportUssDialog", [](QWidget* d) {
+    play.then("ImportUssDialog", [button](QWidget* d) {
         auto* tree = d->findChild<QTreeView*>("treeWidget");
         clickChoice(tree, "NEW2:2");
         clickChoice(tree, "CONF:2");
-        click(d, "okButton");
+        click(d, button);
     });
-    QVERIFY(exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
+    QCOMPARE(exchange::runUssImport(m_target->provider, nullptr, scripted(path)), ok);
     QCOMPARE(play.left(), 0);
-    QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
+    QCOMPARE(m_messages,
+             ok ? QStringList{"Импорт пользовательских элементов завершен."} : QStringList());
     QVERIFY(m_questions.isEmpty());
-    QVERIFY(m_target->find("ПЭ_Трубы", "NEW1"));
-    QVERIFY(m_target->find("ПЭ_Трубы", "LATER"));
+    QCOMPARE(m_target->find("ПЭ_Трубы", "NEW1") != nullptr, ok);
+    QCOMPARE(m_target->find("ПЭ_Трубы", "LATER") != nullptr, ok);
     QVERIFY(!m_target->find("ПЭ_Трубы", "NEW2"));
     es_stdsize_t* conf = m_target->find("ПЭ_Трубы", "CONF");
-    QCOMPARE(valueOf(conf, "USS_AUTHOR"), "vera");
-    QCOMPARE(edw::fromEs(stdsize_GetType(conf)), "PIPE");
+    if (ok) {
+        QCOMPARE(valueOf(conf, "USS_AUTHOR"), "vera");
+        QCOMPARE(edw::fromEs(stdsize_GetType(conf)), "PIPE");
+    } else {
+        QCOMPARE(dump(conf), before["CONF"]);
+    }
     // Kept and same elements are untouched.
-    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF2")), conf2Before);
-    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "SAME")), sameBefore);
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF2")), before["CONF2"]);
+    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "SAME")), before["SAME"]);
 }
 
 void TestImportDialog::rowsAreGroupedByLibrary()
@@ -695,39 +711,29 @@ void TestImportDialog::rowsAreGroupedByLibrary()
     QCOMPARE(rows, QList<QStringList>({{"NEW1", "CONF"}, {"VALVE"}}));
 }
 
-void TestImportDialog::cancelledDecisionsWriteNothing()
-{
-    const QString path = standardArchive();
-    const QString before = dump(m_target->find("ПЭ_Трубы", "CONF"));
-    Play play;
-    play.then("ImportUssDialog", [](QWidget* d) {
-        auto* tree = d->findChild<QTreeView*>("treeWidget");
-        clickChoice(tree, "CONF:2");
-        click(d, "cancelButton");
-    });
-    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, scripted(path)));
-    QCOMPARE(play.left(), 0);
-    QVERIFY(m_messages.isEmpty());
-    QVERIFY(!m_target->find("ПЭ_Трубы", "NEW1"));
-    QCOMPARE(dump(m_target->find("ПЭ_Трубы", "CONF")), before);
-}
-
 void TestImportDialog::progressQuestionStopsOnlyOnCancel_data()
 {
-    QTest::addColumn<int>("answer");
+    QTest::addColumn<int>("at");     // records written when the user presses Escape
+    QTest::addColumn<int>("answer"); // to the question, were it asked
+    QTest::addColumn<bool>("asked");
     QTest::addColumn<QString>("message");
     QTest::addColumn<int>("written");
-    QTest::newRow("cancel stops") << int(QMessageBox::Cancel)
+    const QString done = "Импорт пользовательских элементов завершен.";
+    QTest::newRow("cancel stops") << 3 << int(QMessageBox::Cancel) << true
                                   << "Импорт прерван.\nИмпортировано 3 из 10." << 3;
-    QTest::newRow("ok resumes") << int(QMessageBox::Ok)
-                                << "Импорт пользовательских элементов завершен." << 10;
-    QTest::newRow("no answer resumes")
-        << int(QMessageBox::NoButton) << "Импорт пользовательских элементов завершен." << 10;
+    QTest::newRow("ok resumes") << 3 << int(QMessageBox::Ok) << true << done << 10;
+    QTest::newRow("no answer resumes") << 3 << int(QMessageBox::NoButton) << true << done << 10;
+    QTest::newRow("cancel before the first record")
+        << 0 << int(QMessageBox::Cancel) << true << "Импорт прерван.\nИмпортировано 0 из 10." << 0;
+    // On the last record nothing is asked: the dialog stays and the worker runs on.
+    QTest::newRow("last record") << 9 << int(QMessageBox::Cancel) << false << done << 10;
 }
 
 void TestImportDialog::progressQuestionStopsOnlyOnCancel()
 {
+    QFETCH(int, at);
     QFETCH(int, answer);
+    QFETCH(bool, asked);
     QFETCH(QString, message);
     QFETCH(int, written);
     exchange::ImportEnvironment environment = scripted(tenNewArchive());
@@ -739,29 +745,36 @@ void TestImportDialog::progressQuestionStopsOnlyOnCancel()
         doneAtQuestion = running->done();
         return m_answer;
     };
-    // The user presses Escape once three records are written: the worker is held there (as
-    // the dialog's pause would hold it) until the dialog has asked.
-    environment.prepareWorker = [&running](exchange::ImportWorker& worker) {
+    // The worker is held once `at` records are written (as the dialog's pause would hold
+    // it) until the user's Escape has been handled.
+    environment.prepareWorker = [&running, at](exchange::ImportWorker& worker) {
         running = &worker;
+        if (at == 0) worker.setState(exchange::ImportWorker::Pause);
         QObject::connect(
             &worker, &exchange::ImportWorker::progress, &worker,
-            [&worker](int done) {
-                if (done == 3) worker.setState(exchange::ImportWorker::Pause);
+            [&worker, at](int done) {
+                if (done == at) worker.setState(exchange::ImportWorker::Pause);
             },
             Qt::DirectConnection);
-        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [](int done) {
-            if (done == 3)
-                QTimer::singleShot(0, [] {
-                    if (QWidget* modal = QApplication::activeModalWidget())
-                        QTest::keyClick(modal, Qt::Key_Escape);
-                });
-        });
+        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker,
+                         [&worker, at](int done) {
+                             if (done != at) return;
+                             QWidget* modal = QApplication::activeModalWidget();
+                             QTest::keyClick(modal, Qt::Key_Escape);
+                             if (at != 9) return;
+                             // The refused Escape left the dialog up and the worker running.
+                             QVERIFY(modal->isVisible());
+                             QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
+                         });
     };
     Play play;
     play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
+    if (at == 0)
+        play.then("ImportProgressDialog", [](QWidget* d) { QTest::keyClick(d, Qt::Key_Escape); });
     QCOMPARE(exchange::runUssImport(m_target->provider, nullptr, environment), written > 0);
-    QCOMPARE(m_questions, QStringList{exchange::ImportProgressDialog::questionText()});
-    QCOMPARE(doneAtQuestion, 3);
+    QCOMPARE(m_questions,
+             asked ? QStringList{exchange::ImportProgressDialog::questionText()} : QStringList());
+    if (asked) QCOMPARE(doneAtQuestion, at);
     QCOMPARE(m_messages, QStringList{message});
     for (int i = 0; i < 10; ++i)
         QCOMPARE(m_target->find("P", QStringLiteral("E%1").arg(i)) != nullptr, i < written);
@@ -799,52 +812,6 @@ void TestImportDialog::libraryQuestionBoxOffersOkOnlyAndResumes()
     QVERIFY(!cancelOffered);
     QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
     QVERIFY(m_target->find("P", "E9"));
-}
-
-void TestImportDialog::closeOnTheLastRecordAsksNothing()
-{
-    exchange::ImportEnvironment environment = scripted(tenNewArchive());
-    m_answer = QMessageBox::Cancel; // would stop, were it asked
-    environment.prepareWorker = [](exchange::ImportWorker& worker) {
-        QObject::connect(
-            &worker, &exchange::ImportWorker::progress, &worker,
-            [&worker](int done) {
-                if (done == 9) worker.setState(exchange::ImportWorker::Pause);
-            },
-            Qt::DirectConnection);
-        QObject::connect(&worker, &exchange::ImportWorker::progress, &worker, [&worker](int done) {
-            if (done != 9) return;
-            QWidget* modal = QApplication::activeModalWidget();
-            modal->close();
-            // The refused close left the dialog up and the worker running.
-            QVERIFY(modal->isVisible());
-            QCOMPARE(worker.state(), int(exchange::ImportWorker::Run));
-        });
-    };
-    Play play;
-    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
-    QVERIFY(exchange::runUssImport(m_target->provider, nullptr, environment));
-    QVERIFY(m_questions.isEmpty());
-    QCOMPARE(m_messages, QStringList{"Импорт пользовательских элементов завершен."});
-    QVERIFY(m_target->find("P", "E9"));
-}
-
-void TestImportDialog::cancelBeforeTheFirstRecordWritesNothing()
-{
-    exchange::ImportEnvironment environment = scripted(tenNewArchive());
-    m_answer = QMessageBox::Cancel;
-    // Held before the first record, as a pause pressed at once would hold it.
-    environment.prepareWorker = [](exchange::ImportWorker& worker) {
-        worker.setState(exchange::ImportWorker::Pause);
-    };
-    Play play;
-    play.then("ImportUssDialog", [](QWidget* d) { click(d, "okButton"); });
-    play.then("ImportProgressDialog", [](QWidget* d) { QTest::keyClick(d, Qt::Key_Escape); });
-    QVERIFY(!exchange::runUssImport(m_target->provider, nullptr, environment));
-    QCOMPARE(m_questions.size(), 1);
-    QCOMPARE(m_messages, QStringList{"Импорт прерван.\nИмпортировано 0 из 10."});
-    for (int i = 0; i < 10; ++i)
-        QVERIFY(!m_target->find("P", QStringLiteral("E%1").arg(i)));
 }
 
 void TestImportDialog::refusedWritesAreCountedAndExplained()

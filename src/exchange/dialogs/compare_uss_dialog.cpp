@@ -38,7 +38,7 @@ QString mineText(es_stdsize_t* mine, const AttributeRecord& attribute)
 
 } // namespace
 
-CompareUssDialog::CompareUssDialog(es_stdsize_t* mine, const ImportRecord& imported,
+CompareUssDialog::CompareUssDialog(es_stdsize_t* mine, const ImportElement& imported,
                                    ImportArchive& archive, bool laterVersion, QWidget* parent)
     : QDialog(parent), m_previews(std::make_unique<PreviewPainter>())
 {
@@ -97,7 +97,7 @@ void CompareUssDialog::buildWidgets()
     built.views->addWidget(mineBox);
 }
 
-void CompareUssDialog::fillViews(es_stdsize_t* mine, const ImportRecord& imported,
+void CompareUssDialog::fillViews(es_stdsize_t* mine, const ImportElement& imported,
                                  ImportArchive& archive)
 {
     bool differs = false;
@@ -116,7 +116,7 @@ void CompareUssDialog::fillViews(es_stdsize_t* mine, const ImportRecord& importe
     }
 }
 
-void CompareUssDialog::fillParameters(es_stdsize_t* mine, const ImportRecord& imported)
+void CompareUssDialog::fillParameters(es_stdsize_t* mine, const ImportElement& imported)
 {
     bool differs = false;
     int row = 0;

@@ -35,7 +35,7 @@ public:
     };
 
     // laterVersion: the record was made by a later host version and cannot replace mine.
-    CompareUssDialog(es_stdsize_t* mine, const ImportRecord& imported, ImportArchive& archive,
+    CompareUssDialog(es_stdsize_t* mine, const ImportElement& imported, ImportArchive& archive,
                      bool laterVersion, QWidget* parent = nullptr);
     ~CompareUssDialog() override;
 
@@ -47,8 +47,8 @@ public slots:
 
 private:
     void buildWidgets();
-    void fillViews(es_stdsize_t* mine, const ImportRecord& imported, ImportArchive& archive);
-    void fillParameters(es_stdsize_t* mine, const ImportRecord& imported);
+    void fillViews(es_stdsize_t* mine, const ImportElement& imported, ImportArchive& archive);
+    void fillParameters(es_stdsize_t* mine, const ImportElement& imported);
     void showSlot(QToolButton* button);
 
     Choice m_choice = Choice::None;

@@ -60,7 +60,7 @@ es_projection_t* catalogProjection(es_stdsize_t* element, const CompareSlotRow& 
     return nullptr;
 }
 
-const ProjectionRecord* recordProjection(const ImportRecord& record, const CompareSlotRow& row)
+const ProjectionRecord* recordProjection(const ImportElement& record, const CompareSlotRow& row)
 {
     for (const ProjectionRecord& projection : record.prj) {
         if (projection.type == row.projectionType && projection.view == row.viewType)
@@ -86,7 +86,7 @@ const CompareSlotRow& compareSlotRow(int index)
     return kSlots[index];
 }
 
-CompareSlot compareSlot(int index, es_stdsize_t* mine, const ImportRecord& imported,
+CompareSlot compareSlot(int index, es_stdsize_t* mine, const ImportElement& imported,
                         ImportArchive& archive)
 {
     CompareSlot slot;

@@ -58,7 +58,7 @@ struct CompareSlot
 // The slot of the table row `index` for the element `mine` (null: no element of the catalog)
 // and the import record. A slot that neither side has is disabled; so is the model slot of a
 // record without a model file. The record's file is extracted through the archive.
-CompareSlot compareSlot(int index, es_stdsize_t* mine, const ImportRecord& imported,
+CompareSlot compareSlot(int index, es_stdsize_t* mine, const ImportElement& imported,
                         ImportArchive& archive);
 
 // The text a side shows when the host gives no picture of its file.

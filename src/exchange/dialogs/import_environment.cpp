@@ -97,8 +97,14 @@ bool runUssImport(es_provider_t* provider, QWidget* parent, const ImportEnvironm
         environment.writeSetting(texts::archiveFolderSetting(), QFileInfo(path).absolutePath());
 
     ImportArchive archive;
-    if (archive.open(path, provider) != ImportArchive::Status::Ok) {
-        tell(QMessageBox::Warning, archive.errorText());
+    if (const ImportArchive::Status status = archive.open(path, provider);
+        status != ImportArchive::Status::Ok) {
+        // Why the temporary folder refused is the user's to know: a full disk is theirs to
+        // free.
+        tell(QMessageBox::Warning,
+             status == ImportArchive::Status::TemporaryFailed
+                 ? archive.errorText() + QLatin1Char('\n') + archive.detailText()
+                 : archive.errorText());
         return false;
     }
     const std::vector<Decision> decisions = decide(archive.records(), provider);

@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDebug>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -33,7 +34,15 @@ ImportUssDialog::ImportUssDialog(ImportArchive& archive, const std::vector<Decis
     // The comparison of a conflict settles its row with impButton or mineButton.
     m_compare = [this](QWidget* parent, const ImportRecord& record,
                        bool later) -> std::optional<bool> {
-        CompareUssDialog compare(record.existing, record, m_archive, later, parent);
+        std::optional<ImportElement> element;
+        try {
+            element = m_archive.element(record);
+        } catch (const std::exception& e) {
+            // The import's temporary folder was taken away under it: nothing to show.
+            qDebug() << e.what();
+            return std::nullopt;
+        }
+        CompareUssDialog compare(record.existing, *element, m_archive, later, parent);
         compare.exec();
         switch (compare.choice()) {
         case CompareUssDialog::Choice::Imported:

@@ -15,7 +15,7 @@
 
 namespace exchange {
 
-ShowPropUssDialog::ShowPropUssDialog(const ImportRecord& imported, ImportArchive& archive,
+ShowPropUssDialog::ShowPropUssDialog(const ImportElement& imported, ImportArchive& archive,
                                      QWidget* parent)
     : QDialog(parent), m_previews(std::make_unique<PreviewPainter>())
 {

@@ -30,7 +30,7 @@ public:
         DontAdd
     };
 
-    ShowPropUssDialog(const ImportRecord& imported, ImportArchive& archive,
+    ShowPropUssDialog(const ImportElement& imported, ImportArchive& archive,
                       QWidget* parent = nullptr);
     ~ShowPropUssDialog() override;
 
