@@ -15,6 +15,7 @@
 #include <chrono>
 #include <map>
 
+#include <time.h>
 #include <unistd.h>
 
 namespace esdata {
@@ -195,6 +196,8 @@ enum Catalog::Stmt : unsigned
     sSubtreeFiles,
     sFileNamed,
     sDataVersion,
+    sBeginRead,
+    sJournalMode,
     sStmtCount
 };
 
@@ -220,7 +223,7 @@ static const char* const kStatements[] = {
     "f.parent=sub.id) SELECT e.id FROM es_element e JOIN sub ON e.folder=sub.id",
     "DELETE FROM es_folder WHERE id=?",
     "SELECT id, number, old_number, name, description, type, var_name, measure, formula, pos "
-    "FROM es_attribute WHERE folder=? ORDER BY pos",
+    "FROM es_attribute WHERE folder=?",
     "INSERT INTO es_attribute(folder, pos, number, old_number, name, description, type) "
     "VALUES(?, ?, ?, ?, ?, ?, ?)",
     "UPDATE es_attribute SET number=? WHERE id=?",
@@ -235,8 +238,7 @@ static const char* const kStatements[] = {
     "DELETE FROM es_element WHERE id=?",
     "UPDATE es_element SET type=? WHERE id=?",
     "SELECT id, type FROM es_element",
-    "SELECT v.value FROM es_attribute a LEFT JOIN es_value v ON v.element=?1 AND "
-    "v.attribute=a.id WHERE a.folder=?2 ORDER BY a.pos",
+    "SELECT attribute, value FROM es_value WHERE element=? ORDER BY attribute",
     "INSERT INTO es_value(element, attribute, value) VALUES(?, ?, ?) "
     "ON CONFLICT(element, attribute) DO UPDATE SET value=excluded.value",
     "SELECT representation FROM es_element WHERE id=?",
@@ -274,6 +276,8 @@ static const char* const kStatements[] = {
     "SELECT 1 FROM es_model WHERE file=?1 COLLATE NOCASE UNION ALL "
     "SELECT 1 FROM es_projection WHERE file=?1 COLLATE NOCASE LIMIT 1",
     "PRAGMA data_version",
+    "BEGIN DEFERRED",
+    "PRAGMA journal_mode",
 };
 
 // ---- opening ------------------------------------------------------------------------------
@@ -442,6 +446,10 @@ bool Catalog::initialise(bool create, std::string& error)
             exec(m_db, "PRAGMA foreign_keys=ON");
         }
         m_stmts.assign(sStmtCount, nullptr);
+        {
+            Query q = query(sJournalMode);
+            m_holdReads = q.next() && q.text(0) == u"wal";
+        }
     } catch (const std::exception& e) {
         error = e.what();
         return false;
@@ -456,7 +464,7 @@ Catalog::~Catalog()
         o->cat = nullptr;
         o->element = nullptr;
     }
-    if (m_inScope) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    if (m_inScope || m_reading) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
     for (sqlite3_stmt* s : m_stmts)
         sqlite3_finalize(s);
     if (m_db) sqlite3_close_v2(m_db);
@@ -481,6 +489,7 @@ Query Catalog::query(Stmt s)
 template <class F> auto Catalog::write(F&& f) -> decltype(f())
 {
     refuseIfReadOnly();
+    endRead();
     query(sSavepoint).run();
     try {
         auto r = f();
@@ -497,7 +506,27 @@ template <class F> auto Catalog::write(F&& f) -> decltype(f())
 template <class F> auto Catalog::writeSingle(F&& f) -> decltype(f())
 {
     refuseIfReadOnly();
+    endRead();
     return f();
+}
+
+// Reads between writes share one read transaction, renewed at each look for other writers:
+// a statement of its own takes and gives back the database's locks with system calls, which
+// cost a walk more than its reading. A write ends it first, so that it never works on a
+// snapshot older than the database.
+void Catalog::beginRead()
+{
+    if (m_reading || m_inScope || !m_holdReads) return;
+    query(sBeginRead).run();
+    m_reading = true;
+}
+
+void Catalog::endRead()
+{
+    if (!m_reading) return;
+    m_reading = false;
+    if (sqlite3_get_autocommit(m_db)) return;
+    query(sCommit).run();
 }
 
 void Catalog::refuseIfReadOnly() const
@@ -652,9 +681,7 @@ const std::u16string& Catalog::uniqueValues(es_packet* packet, std::u16string_vi
 
 es_folder* Catalog::makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string name)
 {
-    es_folder& f = m_folderArena.emplace_back();
-    trackHandle(&f, HandleKind::Folder, this);
-    trackHandle(&f.table, HandleKind::Table, this);
+    es_folder& f = m_folderArena.emplace();
     f.cat = this;
     f.id = id;
     f.packetId = packet;
@@ -808,29 +835,41 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
         // The handles of new objects are tracked in one go once the schema is read.
         std::vector<std::pair<const void*, void*>> untracked;
         table->maxPos = 0;
-        Query q = query(sSchema);
-        q.bind(1, table->folder->id);
-        while (q.next()) {
-            int64_t id = q.i64(0);
-            es_attribute* a = reuse(id, table->attributes.size());
-            if (!a) a = newAttribute(id, table, &untracked);
+        // Read in the order of the name index and put in position order here: sorting a few
+        // rows costs less than the statement's own sort.
+        std::vector<SchemaRow>& rows = m_schemaRows;
+        rows.clear();
+        {
+            Query q = query(sSchema);
+            q.bind(1, table->folder->id);
+            while (q.next()) {
+                SchemaRow& r = rows.emplace_back();
+                r.id = q.i64(0);
+                r.number = q.i32(1);
+                r.oldNumber = q.i32(2);
+                r.type = static_cast<uint32_t>(q.i64(5));
+                r.pos = q.i64(9);
+                // Interned now; the old texts are let go after: often they are the same.
+                r.texts = {intern(q, 3), intern(q, 4), intern(q, 6), intern(q, 7), intern(q, 8)};
+            }
+        }
+        std::sort(rows.begin(), rows.end(),
+                  [](const SchemaRow& x, const SchemaRow& y) { return x.pos < y.pos; });
+        for (const SchemaRow& r : rows) {
+            es_attribute* a = reuse(r.id, table->attributes.size());
+            if (!a) a = newAttribute(r.id, table, &untracked);
             a->table = table;
             a->index = static_cast<uint32_t>(table->attributes.size());
-            a->number = q.i32(1);
-            a->oldNumber = q.i32(2);
-            // The new text is taken before the old one is let go: often they are the same.
-            auto text = [&](const std::u16string*& field, int column) {
-                const std::u16string* old = field;
-                field = intern(q, column);
-                release(old);
-            };
-            text(a->name, 3);
-            text(a->description, 4);
-            a->type = static_cast<uint32_t>(q.i64(5));
-            text(a->varName, 6);
-            text(a->measure, 7);
-            text(a->formula, 8);
-            table->maxPos = std::max(table->maxPos, q.i64(9));
+            a->number = r.number;
+            a->oldNumber = r.oldNumber;
+            a->type = r.type;
+            const std::u16string** fields[] = {&a->name, &a->description, &a->varName,
+                                               &a->measure, &a->formula};
+            for (size_t k = 0; k < r.texts.size(); ++k) {
+                release(*fields[k]);
+                *fields[k] = r.texts[k];
+            }
+            table->maxPos = std::max(table->maxPos, r.pos);
             table->attributes.push_back(a);
         }
         trackFaces(untracked, HandleKind::Attribute, this);
@@ -840,6 +879,7 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
             if (gone) recycle(gone, faces);
         forgetHandles(faces);
         table->schemaGen = m_gen;
+        table->byIdGen = kStale;
         schemaResized(table, oldSize);
     }
     table->recent = true;
@@ -910,10 +950,25 @@ void Catalog::trimSchemas(es_table* keep)
             recycle(a, faces);
         std::vector<es_attribute*>().swap(t->attributes);
         std::unordered_map<std::u16string_view, es_attribute*>().swap(t->byName);
-        t->schemaGen = t->byNameGen = kStale;
+        std::vector<std::pair<int64_t, uint32_t>>().swap(t->byId);
+        t->schemaGen = t->byNameGen = t->byIdGen = kStale;
         t->listed = false;
     }
     forgetHandles(faces);
+}
+
+const std::vector<std::pair<int64_t, uint32_t>>& Catalog::attributeIds(es_table* table)
+{
+    const auto& list = attributes(table);
+    if (!fresh(table->byIdGen)) {
+        table->byId.clear();
+        table->byId.reserve(list.size());
+        for (es_attribute* a : list)
+            table->byId.emplace_back(a->id, a->index);
+        std::sort(table->byId.begin(), table->byId.end());
+        table->byIdGen = m_gen;
+    }
+    return table->byId;
 }
 
 es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
@@ -983,6 +1038,8 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
     table->maxPos = pos;
     table->attributes.push_back(a);
     if (fresh(table->byNameGen)) table->byName.emplace(*a->name, a);
+    // Row ids only grow: the new one sorts last.
+    if (fresh(table->byIdGen)) table->byId.emplace_back(a->id, a->index);
     created(Kind::Attribute, a);
     schemaResized(table, table->attributes.size() - 1);
     return a;
@@ -1021,10 +1078,7 @@ bool Catalog::setAttributeText(es_attribute* a, AttrText field, std::u16string_v
 es_stdsize* Catalog::makeElement(int64_t id, es_folder* folder, int64_t packet,
                                  std::u16string ident, std::u16string type)
 {
-    es_stdsize& e = m_elementArena.emplace_back();
-    trackHandle(&e, HandleKind::Element, this);
-    trackHandle(&e.model, HandleKind::Model, this);
-    trackHandle(&e.projections, HandleKind::Projections, this);
+    es_stdsize& e = m_elementArena.emplace();
     e.cat = this;
     e.id = id;
     e.folder = folder;
@@ -1151,15 +1205,18 @@ constexpr size_t kCachedValueElements = 256;
 void Catalog::loadValues(es_stdsize* e)
 {
     es_table* table = &e->folder->table;
-    const size_t n = attributes(table).size();
-    e->values.resize(n);
+    const auto& byId = attributeIds(table);
+    e->values.assign(table->attributes.size(), Value());
+    // The element's values in attribute order, merged with the schema's ids in that order.
     Query q = query(sValues);
-    q.bind(1, e->id).bind(2, table->folder->id);
-    size_t i = 0;
-    while (i < n && q.next())
-        readValue(q, 0, e->values[i++]);
-    for (; i < n; ++i)
-        e->values[i] = Value();
+    q.bind(1, e->id);
+    size_t k = 0;
+    while (k < byId.size() && q.next()) {
+        const int64_t id = q.i64(0);
+        while (k < byId.size() && byId[k].first < id)
+            ++k;
+        if (k < byId.size() && byId[k].first == id) readValue(q, 1, e->values[byId[k].second]);
+    }
     e->valuesGen = m_gen;
     keepCached(e);
 }
@@ -1313,6 +1370,7 @@ uint32_t Catalog::removeUnusedFiles(const std::vector<std::u16string>& files)
     // of this thread already holds it, and its own rows count.
     refuseIfReadOnly();
     const bool own = !m_inScope;
+    endRead();
     if (own) query(sBegin).run();
     try {
         std::unordered_set<std::u16string> named;
@@ -1387,6 +1445,7 @@ void Catalog::named(const std::u16string& name)
 void Catalog::removeUnused()
 {
     if (m_unused.empty() || m_inScope) return;
+    endRead();
     // Without waiting: a catalog held by another writer keeps the names for the next time.
     sqlite3_busy_timeout(m_db, 0);
     try {
@@ -1480,8 +1539,7 @@ const std::vector<es_projection*>& Catalog::projections(es_projections* list)
             if (auto it = m_projections.find(id); it != m_projections.end()) {
                 p = it->second;
             } else {
-                p = &m_projectionArena.emplace_back();
-                trackHandle(p, HandleKind::Projection, this);
+                p = &m_projectionArena.emplace();
                 p->cat = this;
                 p->id = id;
                 p->element = list->element;
@@ -1533,8 +1591,7 @@ es_projection* Catalog::addProjection(es_projections* list, std::u16string_view 
             .run();
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
-    es_projection* p = &m_projectionArena.emplace_back();
-    trackHandle(p, HandleKind::Projection, this);
+    es_projection* p = &m_projectionArena.emplace();
     p->cat = this;
     p->id = id;
     p->element = list->element;
@@ -1579,8 +1636,7 @@ const std::vector<es_spec*>& Catalog::specs(es_stdsize* e)
                 if (auto it = m_specs.find(id); it != m_specs.end()) {
                     current = it->second;
                 } else {
-                    current = &m_specArena.emplace_back();
-                    trackHandle(current, HandleKind::Spec, this);
+                    current = &m_specArena.emplace();
                     current->cat = this;
                     current->id = id;
                     current->element = e;
@@ -1705,6 +1761,7 @@ bool Catalog::begin()
 {
     if (m_inScope) throw std::runtime_error("a transaction scope is already open");
     refuseIfReadOnly();
+    endRead();
     query(sBegin).run();
     m_inScope = true;
     ++m_scopeSerial;
@@ -1794,15 +1851,33 @@ void Catalog::noticeOtherWriters()
     // Inside a scope this connection holds the write lock: nobody else commits meanwhile.
     if (m_inScope) return;
     // The look costs a read transaction; a walk making a million calls looks once a
-    // millisecond, so another program's commit is seen at most a millisecond late.
+    // millisecond, so another program's commit is seen at most a millisecond late. Reading
+    // the clock costs more than many a call: the precise clock is read when the coarse one
+    // (a few milliseconds a tick, almost free) moved and otherwise every few calls, which in a
+    // walk are microseconds apart.
+    if (m_dataVersion != 0) {
+        timespec coarse{};
+        clock_gettime(CLOCK_MONOTONIC_COARSE, &coarse);
+        const int64_t tick = int64_t(coarse.tv_sec) * 1000000000 + coarse.tv_nsec;
+        const bool ticked = tick != m_lastTick;
+        m_lastTick = tick;
+        if (!ticked && ++m_callsSinceClock < kCallsPerClock) return;
+    }
+    m_callsSinceClock = 0;
     const auto now = std::chrono::steady_clock::now();
-    if (m_dataVersion != 0 && now - m_lastLook < std::chrono::milliseconds(1)) return;
+    if (m_dataVersion != 0 && now - m_lastLook < std::chrono::milliseconds(1)) {
+        beginRead();
+        return;
+    }
     m_lastLook = now;
+    // Out of the read transaction, whose snapshot would hide what was committed since.
+    endRead();
     int64_t version = 0;
     {
         Query q = query(sDataVersion);
         if (q.next()) version = q.i64(0);
     }
+    beginRead();
     if (version == m_dataVersion) return;
     const bool first = m_dataVersion == 0;
     m_dataVersion = version;
@@ -1840,7 +1915,7 @@ bool Catalog::rollback()
             if (es_table* table = a->table) {
                 std::erase(table->attributes, a);
                 if (table->listed) m_schemaAttributes -= std::min<size_t>(m_schemaAttributes, 1);
-                table->schemaGen = table->byNameGen = kStale;
+                table->schemaGen = table->byNameGen = table->byIdGen = kStale;
             }
             recycle(a, faces);
         }

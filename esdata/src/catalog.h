@@ -4,6 +4,8 @@
 #define ESDATA_CATALOG_H
 
 #include "handles.h"
+#include "registry.h"
+#include "slab.h"
 
 #include <array>
 #include <chrono>
@@ -85,6 +87,8 @@ public:
     // tables
     const std::vector<es_attribute*>& attributes(es_table* table);
     es_attribute* findAttribute(es_table* table, std::u16string_view name);
+    // The table's attribute row ids, ascending, each with the attribute's index.
+    const std::vector<std::pair<int64_t, uint32_t>>& attributeIds(es_table* table);
     es_attribute* addAttribute(es_table* table, std::u16string_view name,
                                std::u16string_view description, uint32_t type);
     es_attribute* addAttribute(es_table* table, std::u16string_view name,
@@ -144,6 +148,13 @@ private:
         Projection,
         Spec
     };
+    struct SchemaRow
+    {
+        int64_t id = 0, pos = 0;
+        int32_t number = 0, oldNumber = 0;
+        uint32_t type = 0;
+        std::array<const std::u16string*, 5> texts{}; // name, description, var, measure, formula
+    };
     struct Tracked
     {
         Kind kind;
@@ -158,6 +169,8 @@ private:
     template <class F> auto writeSingle(F&& f) -> decltype(f());
     // Every write of a catalog opened for reading fails with this before it touches anything.
     void refuseIfReadOnly() const;
+    void beginRead();
+    void endRead();
     void created(Kind k, Handle* h);
     void killed(Kind k, Handle* h);
     bool fresh(uint64_t g) const { return g == m_gen; }
@@ -205,6 +218,9 @@ private:
     uint64_t m_gen = 1;
     int64_t m_dataVersion = 0;
     std::chrono::steady_clock::time_point m_lastLook;
+    static constexpr uint32_t kCallsPerClock = 8;
+    int64_t m_lastTick = 0;
+    uint32_t m_callsSinceClock = 0;
     // Elements whose values and model are cached, oldest first, with the load they were cached by:
     // a walk over a large catalog keeps only the most recent ones.
     std::deque<std::pair<es_stdsize*, uint64_t>> m_valueCache;
@@ -221,13 +237,20 @@ private:
     std::vector<es_attribute*> m_freeAttributes;
     uint64_t m_scopeSerial = 0;
     std::u16string m_scratch;
+    std::vector<SchemaRow> m_schemaRows;
 
     std::deque<es_packet> m_packetArena;
-    std::deque<es_folder> m_folderArena;
     std::deque<es_attribute> m_attributeArena;
-    std::deque<es_stdsize> m_elementArena;
-    std::deque<es_projection> m_projectionArena;
-    std::deque<es_spec> m_specArena;
+    Slab<es_folder> m_folderArena{this,
+                                  {{0, HandleKind::Folder},
+                                   {memberOffset(&es_folder::table), HandleKind::Table}}};
+    Slab<es_stdsize> m_elementArena{
+        this,
+        {{0, HandleKind::Element},
+         {memberOffset(&es_stdsize::model), HandleKind::Model},
+         {memberOffset(&es_stdsize::projections), HandleKind::Projections}}};
+    Slab<es_projection> m_projectionArena{this, {{0, HandleKind::Projection}}};
+    Slab<es_spec> m_specArena{this, {{0, HandleKind::Spec}}};
     std::unordered_map<int64_t, es_packet*> m_packets;
     std::unordered_map<int64_t, es_folder*> m_folders;
     std::unordered_map<int64_t, es_stdsize*> m_elements;
@@ -243,6 +266,8 @@ private:
     mutable std::unordered_map<std::u16string, int> m_ahead; // case folded, stored ahead
 
     bool m_inScope = false;
+    bool m_reading = false;   // a read transaction is held between calls
+    bool m_holdReads = false; // only in WAL mode, where a reader holds up no writer
     std::thread::id m_scopeOwner;
     std::vector<Tracked> m_scopeCreated, m_scopeKilled;
 };

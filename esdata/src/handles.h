@@ -74,6 +74,10 @@ struct es_table
     uint64_t byNameGen = esdata::kStale; // the name index is built for wide tables only
     // Keyed by the attributes' interned names, which live as long as the attributes.
     std::unordered_map<std::u16string_view, es_attribute*> byName;
+    // The attributes' row ids in ascending order with their index, to place an element's
+    // values read in row id order.
+    uint64_t byIdGen = esdata::kStale;
+    std::vector<std::pair<int64_t, uint32_t>> byId;
     // The schema's attributes are let go when the catalog holds too many: listed while it
     // holds any, recent when used since the last look, pinned by the scope that added some.
     bool listed = false;
