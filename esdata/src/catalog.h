@@ -102,16 +102,20 @@ public:
 
     // elements
     bool setType(es_stdsize* e, std::u16string_view type);
+    // By attribute index of the element's table.
+    const std::vector<Value>& values(es_stdsize* e);
     // Null when the attribute is not of the element's table.
     const Value* value(es_stdsize* e, es_attribute* a);
     bool setValue(es_stdsize* e, es_attribute* a, Value v);
     const std::vector<uint8_t>& representation(es_stdsize* e);
     bool setRepresentation(es_stdsize* e, const void* data, size_t size);
-    es_model* model(es_stdsize* e);
+    const ModelData& model(es_stdsize* e);
     bool clearModel(es_model* m);
     bool setModel(es_model* m, std::u16string_view file, std::u16string_view icon,
                   std::u16string_view name, int32_t version);
     const std::vector<es_projection*>& projections(es_projections* list);
+    // What p holds; empty when it is no longer among its element's fragments.
+    const ProjectionData& projection(es_projection* p);
     es_projection* addProjection(es_projections* list, std::u16string_view name,
                                  std::u16string_view file, std::u16string_view icon, uint32_t type,
                                  std::u16string_view description, uint32_t viewType);
@@ -174,12 +178,17 @@ private:
     void created(Kind k, Handle* h);
     void killed(Kind k, Handle* h);
     bool fresh(uint64_t g) const { return g == m_gen; }
-    es_folder* makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string name);
-    es_stdsize* makeElement(int64_t id, es_folder* folder, int64_t packet, std::u16string ident,
-                            std::u16string type);
+    es_folder* makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string_view name);
+    es_stdsize* makeElement(int64_t id, es_folder* folder, std::u16string_view ident,
+                            std::u16string_view type);
+    es_projection* makeProjection(es_stdsize* e, int64_t id);
     es_stdsize* elementById(int64_t id);
+    Schema& schemaOf(es_table* table);
+    // The element's cache, made (and the oldest let go) when it has none.
+    ElementCache& cacheOf(es_stdsize* e);
     void loadValues(es_stdsize* e);
-    void keepCached(es_stdsize* e);
+    // A copy of s kept until the catalog closes, for texts that never change.
+    const char16_t* keepText(std::u16string_view s);
     void loadPacketFolders(es_packet* packet);
     void loadPacketElements(es_packet* packet);
     void markNewFolder(es_folder* f);
@@ -221,10 +230,12 @@ private:
     static constexpr uint32_t kCallsPerClock = 8;
     int64_t m_lastTick = 0;
     uint32_t m_callsSinceClock = 0;
-    // Elements whose values and model are cached, oldest first, with the load they were cached by:
-    // a walk over a large catalog keeps only the most recent ones.
-    std::deque<std::pair<es_stdsize*, uint64_t>> m_valueCache;
-    uint64_t m_valueLoads = 0;
+    // Elements with a cache, oldest first: a walk over a large catalog keeps only the most
+    // recent ones.
+    std::deque<es_stdsize*> m_cached;
+    // Blocks of kept texts.
+    std::vector<std::unique_ptr<char16_t[]>> m_textBlocks, m_longTexts;
+    size_t m_textFree = 0;
     bool m_filesDirReady = false;
     bool m_readOnly = false;
     // Interned texts with the number of their uses.
@@ -254,8 +265,6 @@ private:
     std::unordered_map<int64_t, es_packet*> m_packets;
     std::unordered_map<int64_t, es_folder*> m_folders;
     std::unordered_map<int64_t, es_stdsize*> m_elements;
-    std::unordered_map<int64_t, es_projection*> m_projections;
-    std::unordered_map<int64_t, es_spec*> m_specs;
     uint64_t m_packetListGen = kStale;
     std::vector<es_packet*> m_packetList;
     std::unordered_set<es_object*> m_objects;
