@@ -564,7 +564,6 @@ es_packet* Catalog::packetById(int64_t id)
     if (!q.next()) return nullptr;
     es_packet& p = m_packetArena.emplace_back();
     trackHandle(&p, HandleKind::Packet, this);
-    p.cat = this;
     p.id = id;
     q.text(0, p.name);
     p.rootId = q.i64(1);
@@ -682,13 +681,12 @@ const std::u16string& Catalog::uniqueValues(es_packet* packet, std::u16string_vi
 es_folder* Catalog::makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string_view name)
 {
     es_folder& f = m_folderArena.emplace();
-    f.cat = this;
     f.id = id;
     f.packetId = packet;
     f.parentId = parent;
     f.name = keepText(name);
     f.table.folder = &f;
-    m_folders.emplace(id, &f);
+    m_folders.insert(&f);
     return &f;
 }
 
@@ -703,8 +701,7 @@ void Catalog::markNewFolder(es_folder* f)
 es_folder* Catalog::folderById(int64_t id)
 {
     if (id <= 0) return nullptr;
-    auto it = m_folders.find(id);
-    if (it != m_folders.end()) return it->second;
+    if (es_folder* f = m_folders.find(id)) return f;
     Query q = query(sFolderById);
     q.bind(1, id);
     if (!q.next()) return nullptr;
@@ -726,17 +723,15 @@ void Catalog::loadPacketFolders(es_packet* packet)
         q.bind(1, packet->id);
         while (q.next()) {
             int64_t id = q.i64(0);
-            auto it = m_folders.find(id);
-            packet->folders.push_back(it != m_folders.end()
-                                          ? it->second
-                                          : makeFolder(id, packet->id, q.i64(1), q.text(2)));
+            es_folder* f = m_folders.find(id);
+            packet->folders.push_back(f ? f : makeFolder(id, packet->id, q.i64(1), q.text(2)));
         }
     }
     for (es_folder* f : packet->folders)
         f->children.clear();
     for (es_folder* f : packet->folders)
-        if (auto it = m_folders.find(f->parentId); f->parentId && it != m_folders.end())
-            it->second->children.push_back(f);
+        if (es_folder* parent = f->parentId ? m_folders.find(f->parentId) : nullptr)
+            parent->children.push_back(f);
     for (es_folder* f : packet->folders)
         f->childrenGen = m_gen;
     packet->foldersGen = m_gen;
@@ -798,10 +793,9 @@ bool Catalog::deleteChild(es_folder* folder, es_folder* child)
     });
     removeUnused();
     for (int64_t id : elements)
-        if (auto it = m_elements.find(id); it != m_elements.end())
-            killed(Kind::Element, it->second);
+        if (es_stdsize* e = m_elements.find(id)) killed(Kind::Element, e);
     for (int64_t id : folders)
-        if (auto it = m_folders.find(id); it != m_folders.end()) killed(Kind::Folder, it->second);
+        if (es_folder* f = m_folders.find(id)) killed(Kind::Folder, f);
     if (fresh(folder->childrenGen)) std::erase(folder->children, child);
     return true;
 }
@@ -908,7 +902,6 @@ es_attribute* Catalog::newAttribute(int64_t id, es_table* table,
         untracked->emplace_back(a->face, a);
     else
         trackHandle(a->face, HandleKind::Attribute, this, a);
-    a->cat = this;
     a->id = id;
     a->table = table;
     return a;
@@ -1094,21 +1087,19 @@ es_stdsize* Catalog::makeElement(int64_t id, es_folder* folder, std::u16string_v
                                  std::u16string_view type)
 {
     es_stdsize& e = m_elementArena.emplace();
-    e.cat = this;
     e.id = id;
     e.folder = folder;
     e.ident = keepText(ident);
     e.type = intern(type);
     e.model.element = &e;
     e.projections.element = &e;
-    m_elements.emplace(id, &e);
+    m_elements.insert(&e);
     return &e;
 }
 
 es_stdsize* Catalog::elementById(int64_t id)
 {
-    auto it = m_elements.find(id);
-    if (it != m_elements.end()) return it->second;
+    if (es_stdsize* e = m_elements.find(id)) return e;
     int64_t folderId = 0;
     std::u16string ident, type;
     {
@@ -1136,10 +1127,8 @@ void Catalog::loadPacketElements(es_packet* packet)
         int64_t id = q.i64(0);
         es_folder* folder = folderById(q.i64(1));
         if (!folder) continue;
-        auto it = m_elements.find(id);
-        es_stdsize* e = it != m_elements.end()
-                            ? it->second
-                            : makeElement(id, folder, q.text(2), q.text(3));
+        es_stdsize* e = m_elements.find(id);
+        if (!e) e = makeElement(id, folder, q.text(2), q.text(3));
         folder->table.elements.push_back(e);
         folder->table.elementsGen = m_gen;
     }
@@ -1575,7 +1564,6 @@ const ProjectionData& Catalog::projection(es_projection* p)
 es_projection* Catalog::makeProjection(es_stdsize* e, int64_t id)
 {
     es_projection* p = &m_projectionArena.emplace();
-    p->cat = this;
     p->id = id;
     p->element = e;
     p->next = e->fragments;
@@ -1668,7 +1656,6 @@ const std::vector<es_spec*>& Catalog::specs(es_stdsize* e)
                     current = current->next;
                 if (!current) {
                     current = &m_specArena.emplace();
-                    current->cat = this;
                     current->id = id;
                     current->element = e;
                     current->next = e->specShells;
@@ -1943,8 +1930,7 @@ void Catalog::dropCaches()
     ++m_gen;
     Query q = query(sAllTypes);
     while (q.next())
-        if (auto it = m_elements.find(q.i64(0)); it != m_elements.end()) {
-            es_stdsize* e = it->second;
+        if (es_stdsize* e = m_elements.find(q.i64(0))) {
             const std::u16string* old = e->type;
             e->type = intern(q, 1);
             release(old);

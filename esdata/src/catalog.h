@@ -4,6 +4,7 @@
 #define ESDATA_CATALOG_H
 
 #include "handles.h"
+#include "id_index.h"
 #include "registry.h"
 #include "slab.h"
 
@@ -263,8 +264,8 @@ private:
     Slab<es_projection> m_projectionArena{this, {{0, HandleKind::Projection}}};
     Slab<es_spec> m_specArena{this, {{0, HandleKind::Spec}}};
     std::unordered_map<int64_t, es_packet*> m_packets;
-    std::unordered_map<int64_t, es_folder*> m_folders;
-    std::unordered_map<int64_t, es_stdsize*> m_elements;
+    IdIndex<es_folder> m_folders;
+    IdIndex<es_stdsize> m_elements;
     uint64_t m_packetListGen = kStale;
     std::vector<es_packet*> m_packetList;
     std::unordered_set<es_object*> m_objects;

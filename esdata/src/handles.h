@@ -40,7 +40,6 @@ inline const std::u16string kNoText;
 
 struct Handle
 {
-    Catalog* cat = nullptr;
     int64_t id = 0;
     bool dead = false;
 };
