@@ -737,7 +737,7 @@ void Catalog::loadPacketFolders(es_packet* packet)
     packet->foldersGen = m_gen;
 }
 
-const std::vector<es_folder*>& Catalog::children(es_folder* folder)
+const ShellList<es_folder>& Catalog::children(es_folder* folder)
 {
     if (!fresh(folder->childrenGen)) {
         if (es_packet* p = packetById(folder->packetId)) loadPacketFolders(p);
@@ -796,7 +796,7 @@ bool Catalog::deleteChild(es_folder* folder, es_folder* child)
         if (es_stdsize* e = m_elements.find(id)) killed(Kind::Element, e);
     for (int64_t id : folders)
         if (es_folder* f = m_folders.find(id)) killed(Kind::Folder, f);
-    if (fresh(folder->childrenGen)) std::erase(folder->children, child);
+    if (fresh(folder->childrenGen)) folder->children.erase(child);
     return true;
 }
 
@@ -1136,7 +1136,7 @@ void Catalog::loadPacketElements(es_packet* packet)
         f->table.elementsGen = m_gen;
 }
 
-const std::vector<es_stdsize*>& Catalog::elements(es_table* table)
+const ShellList<es_stdsize>& Catalog::elements(es_table* table)
 {
     if (!fresh(table->elementsGen)) {
         if (es_packet* p = packetById(table->folder->packetId)) loadPacketElements(p);
@@ -1180,7 +1180,7 @@ bool Catalog::deleteElement(es_table* table, es_stdsize* element)
         return true;
     });
     killed(Kind::Element, element);
-    if (fresh(table->elementsGen)) std::erase(table->elements, element);
+    if (fresh(table->elementsGen)) table->elements.erase(element);
     removeUnused();
     return true;
 }

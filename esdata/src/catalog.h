@@ -81,7 +81,7 @@ public:
     // folders
     es_folder* folderById(int64_t id);
     es_folder* parentFolder(es_folder* folder);
-    const std::vector<es_folder*>& children(es_folder* folder);
+    const ShellList<es_folder>& children(es_folder* folder);
     es_folder* addChild(es_folder* folder, std::u16string_view name);
     bool deleteChild(es_folder* folder, es_folder* child);
 
@@ -97,7 +97,7 @@ public:
                                const AttrFields* fields);
     bool setAttributeNumber(es_attribute* a, int32_t number, bool old);
     bool setAttributeText(es_attribute* a, AttrText field, std::u16string_view text);
-    const std::vector<es_stdsize*>& elements(es_table* table);
+    const ShellList<es_stdsize>& elements(es_table* table);
     es_stdsize* addElement(es_table* table, std::u16string_view ident);
     bool deleteElement(es_table* table, es_stdsize* element);
 

@@ -4,6 +4,7 @@
 #define ESDATA_HANDLES_H
 
 #include "esdata/esdata.h"
+#include "shell_list.h"
 
 #include <cstdint>
 #include <memory>
@@ -97,7 +98,7 @@ struct es_table
     bool recent = false;
     uint64_t scopePin = 0;
     uint64_t elementsGen = esdata::kStale;
-    std::vector<es_stdsize*> elements;
+    esdata::ShellList<es_stdsize> elements;
 };
 
 struct es_folder : esdata::Handle
@@ -106,7 +107,7 @@ struct es_folder : esdata::Handle
     int64_t parentId = 0;               // 0: the root folder of its packet
     const char16_t* name = u"";         // kept by the catalog until it closes
     uint64_t childrenGen = esdata::kStale;
-    std::vector<es_folder*> children;
+    esdata::ShellList<es_folder> children;
     es_table table;
 };
 

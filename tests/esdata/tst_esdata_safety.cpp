@@ -130,8 +130,17 @@ void TstEsdataSafety::rollbackRestoresDataAndHandles()
     es_value v;
     QVERIFY(stdsize_GetValue(kept, a0, &v)); // cached before the scope
     QCOMPARE(v.i, 100);
+    // Many elements, so that the ones made inside the scope and let go share the index with
+    // these, which must still be found as the same handles.
+    es_table_t* many = folder_GetTable(folder_AddChildFolder(root, u"Many"));
+    std::vector<es_stdsize_t*> before;
+    for (int k = 0; k < 200; ++k)
+        before.push_back(table_AddStdSize(many, u16("L" + QString::number(k)).c_str()));
+    std::vector<es_stdsize_t*> madeInside;
 
     QVERIFY(esx_Begin(p));
+    for (int k = 0; k < 200; ++k)
+        madeInside.push_back(table_AddStdSize(many, u16("M" + QString::number(k)).c_str()));
     QVERIFY(stdsize_SetValueI(kept, a0, -1));
     QVERIFY(stdsize_SetType(kept, u"CHANGED"));
     QVERIFY(attribute_SetFormula(a0, u"{A1}"));
@@ -156,7 +165,18 @@ void TstEsdataSafety::rollbackRestoresDataAndHandles()
     QCOMPARE(qs(attribute_GetName(added)), QString()); // dead
     QCOMPARE(qs(stdsize_GetID(inside)), QString());    // dead
     QCOMPARE(provider_GetPacketCount(p), 1u);
-    QCOMPARE(folder_GetChildFolderCount(root), 2u);
+    QCOMPARE(folder_GetChildFolderCount(root), 3u);
+    es_packet_t* packet = provider_GetPacket(p, 0);
+    for (int k = 0; k < 200; ++k) {
+        QCOMPARE(packet_FindStdSize(packet, u16("L" + QString::number(k)).c_str()), before[k]);
+        QVERIFY(!packet_FindStdSize(packet, u16("M" + QString::number(k)).c_str()));
+        QCOMPARE(qs(stdsize_GetID(madeInside[k])), QString()); // dead
+    }
+    QCOMPARE(table_GetStdSizeCount(many), 200u);
+    // Made again (with the row ids of the undone ones): new live handles, found as such.
+    es_stdsize_t* again = table_AddStdSize(many, u"M7");
+    QVERIFY(again && again != madeInside[7]);
+    QCOMPARE(packet_FindStdSize(packet, u"M7"), again);
     // What was deleted inside the scope lives again, with the same handles.
     QCOMPARE(qs(stdsize_GetID(doomed)), QString("K2"));
     QCOMPARE(folder_GetChildFolder(root, 1), doomedFolder);
