@@ -851,7 +851,10 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
                 r.type = static_cast<uint32_t>(q.i64(5));
                 r.pos = q.i64(9);
                 // Interned now; the old texts are let go after: often they are the same.
-                r.texts = {intern(q, 3), intern(q, 4), intern(q, 6), intern(q, 7), intern(q, 8)};
+                const size_t row = rows.size() - 1;
+                r.texts = {internRow(q, row, 0, 3), internRow(q, row, 1, 4),
+                           internRow(q, row, 2, 6), internRow(q, row, 3, 7),
+                           internRow(q, row, 4, 8)};
             }
         }
         std::sort(rows.begin(), rows.end(),
@@ -1843,6 +1846,30 @@ const std::u16string* Catalog::intern(const Query& q, int column)
     auto it = m_strings.find(m_scratch);
     if (it == m_strings.end()) it = m_strings.emplace(m_scratch, 0).first;
     ++it->second;
+    return &it->first;
+}
+
+const std::u16string* Catalog::internRow(const Query& q, size_t row, size_t field, int column)
+{
+    const std::string_view raw = q.utf8(column);
+    if (raw.empty()) return &kNoText;
+    if (row < m_lastRows.size()) {
+        LastText& last = m_lastRows[row][field];
+        if (last.entry && last.utf8 == raw) {
+            ++last.entry->second;
+            return &last.entry->first;
+        }
+    }
+    q.text(column, m_scratch);
+    auto it = m_strings.find(m_scratch);
+    if (it == m_strings.end()) it = m_strings.emplace(m_scratch, 0).first;
+    // One use for the caller, one for the row remembered here.
+    it->second += 2;
+    if (row >= m_lastRows.size()) m_lastRows.resize(row + 1);
+    LastText& last = m_lastRows[row][field];
+    if (last.entry) release(&last.entry->first);
+    last.utf8.assign(raw);
+    last.entry = &*it;
     return &it->first;
 }
 

@@ -196,6 +196,10 @@ private:
     void eraseFromMap(const Tracked& t);
     const std::u16string* intern(std::u16string_view s);
     const std::u16string* intern(const Query& q, int column);
+    // Like intern(q, column) for field of a schema's row: schemas read one after another are
+    // often alike, so the text of the same row and field of the last schema read is
+    // recognised by its stored bytes, neither decoded nor looked up.
+    const std::u16string* internRow(const Query& q, size_t row, size_t field, int column);
     // Lets go of one use of an interned text.
     void release(const std::u16string* s);
     // An attribute object for row id of table under a new face, tracked at once or, with
@@ -250,6 +254,12 @@ private:
     uint64_t m_scopeSerial = 0;
     std::u16string m_scratch;
     std::vector<SchemaRow> m_schemaRows;
+    struct LastText
+    {
+        std::string utf8;
+        std::pair<const std::u16string, uint32_t>* entry = nullptr; // holds a use
+    };
+    std::vector<std::array<LastText, 5>> m_lastRows;
 
     std::deque<es_packet> m_packetArena;
     std::deque<es_attribute> m_attributeArena;
