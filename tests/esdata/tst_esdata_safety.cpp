@@ -3,6 +3,7 @@
 #include "esdatatest.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -342,7 +343,8 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
           WHERE e.ident='E' AND a.name='A2';
         COMMIT;)SQL";
     QCOMPARE(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(other);
+    // A write at once, from reads of before the other's commit: it is neither refused nor lost.
+    QVERIFY(stdsize_SetType(e, u"HERE"));
     QThread::msleep(5);
 
     QCOMPARE(provider_GetPacketCount(p), 2u);
@@ -354,6 +356,27 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
     QCOMPARE(v.i, 12);
     QVERIFY(stdsize_GetValueByName(e, u"A2", &v));
     QCOMPARE(v.i, 25);
+    QCOMPARE(qs(stdsize_GetType(e)), QString("HERE"));
+
+    // The other program writes while this one is between calls, and a caller that never
+    // pauses sees it too.
+    QCOMPARE(sqlite3_exec(other,
+                          "INSERT INTO es_element(packet, folder, ident) SELECT packet, folder, "
+                          "'E3' FROM es_element WHERE ident='E'",
+                          nullptr, nullptr, nullptr),
+             SQLITE_OK);
+    sqlite3_stmt* type = nullptr;
+    sqlite3_prepare_v2(other, "SELECT type FROM es_element WHERE ident='E'", -1, &type, nullptr);
+    QCOMPARE(sqlite3_step(type), SQLITE_ROW);
+    QCOMPARE(QByteArray(reinterpret_cast<const char*>(sqlite3_column_text(type, 0))),
+             QByteArray("HERE"));
+    sqlite3_finalize(type);
+    sqlite3_close(other);
+    QElapsedTimer busy;
+    busy.start();
+    while (table_GetStdSizeCount(t) != 3u && busy.elapsed() < 2000) {
+    }
+    QCOMPARE(table_GetStdSizeCount(t), 3u);
 }
 
 int main(int argc, char** argv)
