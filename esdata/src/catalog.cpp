@@ -459,6 +459,12 @@ bool Catalog::initialise(bool create, std::string& error)
 
 Catalog::~Catalog()
 {
+    {
+        std::lock_guard lock(m_idleMutex);
+        m_idleStop = true;
+    }
+    m_idleWake.notify_one();
+    if (m_idleReader.joinable()) m_idleReader.join();
     forgetHandles(this);
     for (es_object* o : m_objects) {
         o->cat = nullptr;
@@ -519,14 +525,60 @@ void Catalog::beginRead()
     if (m_reading || m_inScope || !m_holdReads) return;
     query(sBeginRead).run();
     m_reading = true;
+    {
+        std::lock_guard lock(m_idleMutex);
+        m_readHeld = true;
+    }
+    if (!m_idleReader.joinable()) m_idleReader = std::thread([this] { releaseIdleReads(); });
+    m_idleWake.notify_one();
 }
 
 void Catalog::endRead()
 {
     if (!m_reading) return;
     m_reading = false;
+    {
+        std::lock_guard lock(m_idleMutex);
+        m_readHeld = false;
+    }
     if (sqlite3_get_autocommit(m_db)) return;
     query(sCommit).run();
+}
+
+int64_t Catalog::coarseNow()
+{
+    timespec coarse{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &coarse);
+    return int64_t(coarse.tv_sec) * 1000000000 + coarse.tv_nsec;
+}
+
+// A read transaction left open by the last call would keep another program's checkpoints
+// from emptying the journal for as long as this catalog stays open and unused: it is ended
+// once no call came for a while.
+void Catalog::releaseIdleReads()
+{
+    constexpr auto kIdle = std::chrono::milliseconds(100);
+    std::unique_lock lock(m_idleMutex);
+    while (!m_idleStop) {
+        if (!m_readHeld) {
+            m_idleWake.wait(lock);
+            continue;
+        }
+        m_idleWake.wait_for(lock, kIdle);
+        if (m_idleStop || !m_readHeld) continue;
+        const int64_t idle = coarseNow() - m_lastCall.load(std::memory_order_relaxed);
+        if (idle < std::chrono::nanoseconds(kIdle).count()) continue;
+        lock.unlock();
+        // Never waits for a call under way or a scope: it is looked at again later.
+        if (mutex.try_lock()) {
+            try {
+                endRead();
+            } catch (...) {
+            }
+            mutex.unlock();
+        }
+        lock.lock();
+    }
 }
 
 void Catalog::refuseIfReadOnly() const
@@ -1922,10 +1974,9 @@ void Catalog::noticeOtherWriters()
     // the clock costs more than many a call: the precise clock is read when the coarse one
     // (a few milliseconds a tick, almost free) moved and otherwise every few calls, which in a
     // walk are microseconds apart.
+    const int64_t tick = coarseNow();
+    m_lastCall.store(tick, std::memory_order_relaxed);
     if (m_dataVersion != 0) {
-        timespec coarse{};
-        clock_gettime(CLOCK_MONOTONIC_COARSE, &coarse);
-        const int64_t tick = int64_t(coarse.tv_sec) * 1000000000 + coarse.tv_nsec;
         const bool ticked = tick != m_lastTick;
         m_lastTick = tick;
         if (!ticked && ++m_callsSinceClock < kCallsPerClock) return;

@@ -9,7 +9,9 @@
 #include "slab.h"
 
 #include <array>
+#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -176,6 +178,8 @@ private:
     void refuseIfReadOnly() const;
     void beginRead();
     void endRead();
+    static int64_t coarseNow(); // nanoseconds, a few milliseconds a tick
+    void releaseIdleReads();
     void created(Kind k, Handle* h);
     void killed(Kind k, Handle* h);
     bool fresh(uint64_t g) const { return g == m_gen; }
@@ -288,6 +292,13 @@ private:
     bool m_inScope = false;
     bool m_reading = false;   // a read transaction is held between calls
     bool m_holdReads = false; // only in WAL mode, where a reader holds up no writer
+    // Ends the read transaction once no call came for a while.
+    std::thread m_idleReader;
+    std::mutex m_idleMutex;
+    std::condition_variable m_idleWake;
+    bool m_idleStop = false;
+    bool m_readHeld = false; // under m_idleMutex
+    std::atomic<int64_t> m_lastCall{0};
     std::thread::id m_scopeOwner;
     std::vector<Tracked> m_scopeCreated, m_scopeKilled;
 };

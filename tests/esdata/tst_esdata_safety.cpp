@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -376,6 +377,20 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
     busy.start();
     while (table_GetStdSizeCount(t) != 3u && busy.elapsed() < 2000) {
     }
+    QCOMPARE(table_GetStdSizeCount(t), 3u);
+
+    // Left unused for a while, this catalog holds nothing that keeps the other program from
+    // emptying the journal.
+    QThread::msleep(400);
+    QCOMPARE(sqlite3_open(db.toUtf8().constData(), &other), SQLITE_OK);
+    sqlite3_stmt* checkpoint = nullptr;
+    sqlite3_prepare_v2(other, "PRAGMA wal_checkpoint(TRUNCATE)", -1, &checkpoint, nullptr);
+    QCOMPARE(sqlite3_step(checkpoint), SQLITE_ROW);
+    const int blocked = sqlite3_column_int(checkpoint, 0);
+    sqlite3_finalize(checkpoint);
+    sqlite3_close(other);
+    QCOMPARE(blocked, 0);
+    QCOMPARE(QFileInfo(db + "-wal").size(), qint64(0));
     QCOMPARE(table_GetStdSizeCount(t), 3u);
 }
 
