@@ -525,12 +525,15 @@ void Catalog::beginRead()
     if (m_reading || m_inScope || !m_holdReads) return;
     query(sBeginRead).run();
     m_reading = true;
+    bool wake = false;
     {
         std::lock_guard lock(m_idleMutex);
         m_readHeld = true;
+        wake = m_idleAsleep;
     }
     if (!m_idleReader.joinable()) m_idleReader = std::thread([this] { releaseIdleReads(); });
-    m_idleWake.notify_one();
+    // Only when it waits for a read to be held: a walk renews its read every millisecond.
+    if (wake) m_idleWake.notify_one();
 }
 
 void Catalog::endRead()
@@ -561,7 +564,9 @@ void Catalog::releaseIdleReads()
     std::unique_lock lock(m_idleMutex);
     while (!m_idleStop) {
         if (!m_readHeld) {
+            m_idleAsleep = true;
             m_idleWake.wait(lock);
+            m_idleAsleep = false;
             continue;
         }
         m_idleWake.wait_for(lock, kIdle);
@@ -603,6 +608,14 @@ void Catalog::killed(Kind k, Handle* h)
 std::u16string Catalog::filePath(const std::u16string& name) const
 {
     return name.empty() ? std::u16string() : m_filesDir + u"/" + name;
+}
+
+void Catalog::storedPath(const Query& q, int column, std::u16string& out)
+{
+    q.text(column, m_scratch);
+    out.clear();
+    if (m_scratch.empty()) return;
+    out.append(m_filesDir).append(u"/").append(m_scratch);
 }
 
 // ---- packets ------------------------------------------------------------------------------
@@ -1262,14 +1275,24 @@ constexpr size_t kCachedElements = 256;
 ElementCache& Catalog::cacheOf(es_stdsize* e)
 {
     if (!e->cache) {
-        e->cache = std::make_unique<ElementCache>();
-        m_cached.push_back(e);
-        // The oldest go: read again from the catalog when asked for.
-        while (m_cached.size() > kCachedElements) {
+        // The oldest go: read again from the catalog when asked for. Their room is used
+        // again, so that a walk allocates little once the cache is full.
+        while (m_cached.size() >= kCachedElements) {
             es_stdsize* old = m_cached.front();
             m_cached.pop_front();
+            if (!m_spareCache) m_spareCache = std::move(old->cache);
             old->cache.reset();
         }
+        if (m_spareCache) {
+            e->cache = std::move(m_spareCache);
+            ElementCache& c = *e->cache;
+            c.valuesGen = c.reprGen = c.modelGen = c.projectionsGen = c.specsGen = kStale;
+            // Large bytes are not kept for an element that may have none.
+            if (c.repr.capacity() > 65536) std::vector<uint8_t>().swap(c.repr);
+        } else {
+            e->cache = std::make_unique<ElementCache>();
+        }
+        m_cached.push_back(e);
     }
     return *e->cache;
 }
@@ -1372,7 +1395,7 @@ const ModelData& Catalog::model(es_stdsize* e)
         q.bind(1, e->id);
         m.present = q.next();
         if (m.present) {
-            m.file = filePath(q.text(0));
+            storedPath(q, 0, m.file);
             q.text(1, m.digest);
             q.text(2, m.name);
             m.version = q.i32(3);
@@ -1583,7 +1606,8 @@ const std::vector<es_projection*>& Catalog::projections(es_projections* list)
     ElementCache& c = cacheOf(e);
     if (!fresh(c.projectionsGen)) {
         c.projections.clear();
-        c.projectionData.clear();
+        // Entries read before are filled again in place.
+        size_t n = 0;
         Query q = query(sProjections);
         q.bind(1, e->id);
         while (q.next()) {
@@ -1592,16 +1616,18 @@ const std::vector<es_projection*>& Catalog::projections(es_projections* list)
             while (p && p->id != id)
                 p = p->next;
             if (!p) p = makeProjection(e, id);
-            ProjectionData& d = c.projectionData.emplace_back();
+            if (n == c.projectionData.size()) c.projectionData.emplace_back();
+            ProjectionData& d = c.projectionData[n++];
             q.text(1, d.name);
             q.text(2, d.description);
             d.type = static_cast<uint32_t>(q.i64(3));
             d.viewType = static_cast<uint32_t>(q.i64(4));
-            d.file = filePath(q.text(5));
+            storedPath(q, 5, d.file);
             q.text(6, d.digest);
             q.blob(7, d.icon);
             c.projections.push_back(p);
         }
+        c.projectionData.resize(n);
         c.projectionsGen = m_gen;
     }
     return c.projections;

@@ -229,6 +229,8 @@ private:
     void named(const std::u16string& name);
     bool storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest);
     std::u16string filePath(const std::u16string& name) const;
+    // filePath of the stored name in column of q, into out.
+    void storedPath(const Query& q, int column, std::u16string& out);
 
     sqlite3* m_db = nullptr;
     std::vector<sqlite3_stmt*> m_stmts;
@@ -242,6 +244,7 @@ private:
     // Elements with a cache, oldest first: a walk over a large catalog keeps only the most
     // recent ones.
     std::deque<es_stdsize*> m_cached;
+    std::unique_ptr<ElementCache> m_spareCache; // the room of the last one let go
     // Blocks of kept texts.
     std::vector<std::unique_ptr<char16_t[]>> m_textBlocks, m_longTexts;
     size_t m_textFree = 0;
@@ -297,7 +300,8 @@ private:
     std::mutex m_idleMutex;
     std::condition_variable m_idleWake;
     bool m_idleStop = false;
-    bool m_readHeld = false; // under m_idleMutex
+    bool m_readHeld = false;   // under m_idleMutex
+    bool m_idleAsleep = false; // likewise: waiting for a read to be held
     std::atomic<int64_t> m_lastCall{0};
     std::thread::id m_scopeOwner;
     std::vector<Tracked> m_scopeCreated, m_scopeKilled;
