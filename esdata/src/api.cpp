@@ -256,10 +256,9 @@ bool objectSet(es_object* object, es_attribute* attribute, esdata::Value v)
         if (!object->element || object->element->dead || !ours(cat, attribute) || !alive(attribute))
             return false;
         es_table* table = &object->element->folder->table;
-        cat.attributes(table);
+        const size_t n = cat.attributes(table).size();
         if (attribute->table != table) return false;
-        if (object->values.size() < table->attributes.size())
-            object->values.resize(table->attributes.size());
+        if (object->values.size() < n) object->values.resize(n);
         object->values[attribute->index] = std::move(v);
         return true;
     });
@@ -363,7 +362,7 @@ const char16_t* packet_GetAttributeUniqueValues(es_packet_t* packet, const char1
 
 const char16_t* folder_GetName(es_folder_t* folder)
 {
-    return call(folder, kEmptyText, [&](Catalog&) { return folder->name.c_str(); });
+    return call(folder, kEmptyText, [&](Catalog&) { return folder->name; });
 }
 
 es_packet_t* folder_GetPacket(es_folder_t* folder)
@@ -491,12 +490,12 @@ bool table_DeleteStdSize(es_table_t* table, es_stdsize_t* element)
 
 const char16_t* stdsize_GetID(es_stdsize_t* element)
 {
-    return call(element, kEmptyText, [&](Catalog&) { return element->ident.c_str(); });
+    return call(element, kEmptyText, [&](Catalog&) { return element->ident; });
 }
 
 const char16_t* stdsize_GetType(es_stdsize_t* element)
 {
-    return call(element, kEmptyText, [&](Catalog&) { return element->type.c_str(); });
+    return call(element, kEmptyText, [&](Catalog&) { return element->type->c_str(); });
 }
 
 bool stdsize_SetType(es_stdsize_t* element, const char16_t* type)
@@ -690,37 +689,37 @@ bool model_Clear(es_model_t* model)
 
 bool model_IsEmpty(es_model_t* model)
 {
-    return call(model, true, [&](Catalog& c) { return !c.model(model->element)->present; });
+    return call(model, true, [&](Catalog& c) { return !c.model(model->element).present; });
 }
 
 const char16_t* model_GetModelFile(es_model_t* model)
 {
     return call(model, kEmptyText,
-                [&](Catalog& c) { return c.model(model->element)->file.c_str(); });
+                [&](Catalog& c) { return c.model(model->element).file.c_str(); });
 }
 
 const char16_t* model_GetModelName(es_model_t* model)
 {
     return call(model, kEmptyText,
-                [&](Catalog& c) { return c.model(model->element)->name.c_str(); });
+                [&](Catalog& c) { return c.model(model->element).name.c_str(); });
 }
 
 size_t model_GetIconData(es_model_t* model, const void** data)
 {
     if (data) *data = nullptr;
     return call(model, size_t(0),
-                [&](Catalog& c) { return bytesOut(c.model(model->element)->icon, data); });
+                [&](Catalog& c) { return bytesOut(c.model(model->element).icon, data); });
 }
 
 const char16_t* model_GetDigest(es_model_t* model)
 {
     return call(model, kEmptyText,
-                [&](Catalog& c) { return c.model(model->element)->digest.c_str(); });
+                [&](Catalog& c) { return c.model(model->element).digest.c_str(); });
 }
 
 int32_t model_GetVersion(es_model_t* model)
 {
-    return call(model, 0, [&](Catalog& c) { return c.model(model->element)->version; });
+    return call(model, 0, [&](Catalog& c) { return c.model(model->element).version; });
 }
 
 bool model_SetModelEx(es_model_t* model, const char16_t* modelFile, const char16_t* iconFile,
@@ -766,33 +765,31 @@ bool projections_DeleteProjection(es_projections_t* list, es_projection_t* proje
     });
 }
 
-// Projection fields are refreshed with their list after a rolled-back scope.
+// Projection fields are read with their element's list (again after it left the cache or a
+// rolled-back scope).
 #define ESDATA_PROJECTION_FIELD(type, fn, fail, expr)                                              \
     type fn(es_projection_t* projection)                                                           \
     {                                                                                              \
         return call(projection, fail, [&](Catalog& c) -> type {                                    \
-            c.projections(&projection->element->projections);                                      \
+            const esdata::ProjectionData& d = c.projection(projection);                            \
             return expr;                                                                           \
         });                                                                                        \
     }
 
-ESDATA_PROJECTION_FIELD(const char16_t*, projection_GetName, kEmptyText, projection->name.c_str())
+ESDATA_PROJECTION_FIELD(const char16_t*, projection_GetName, kEmptyText, d.name.c_str())
 ESDATA_PROJECTION_FIELD(const char16_t*, projection_GetDescription, kEmptyText,
-                        projection->description.c_str())
-ESDATA_PROJECTION_FIELD(uint32_t, projection_GetType, 0u, projection->type)
-ESDATA_PROJECTION_FIELD(uint32_t, projection_GetViewType, 0u, projection->viewType)
-ESDATA_PROJECTION_FIELD(const char16_t*, projection_GetFragmentFile, kEmptyText,
-                        projection->file.c_str())
-ESDATA_PROJECTION_FIELD(const char16_t*, projection_GetDigest, kEmptyText,
-                        projection->digest.c_str())
+                        d.description.c_str())
+ESDATA_PROJECTION_FIELD(uint32_t, projection_GetType, 0u, d.type)
+ESDATA_PROJECTION_FIELD(uint32_t, projection_GetViewType, 0u, d.viewType)
+ESDATA_PROJECTION_FIELD(const char16_t*, projection_GetFragmentFile, kEmptyText, d.file.c_str())
+ESDATA_PROJECTION_FIELD(const char16_t*, projection_GetDigest, kEmptyText, d.digest.c_str())
 #undef ESDATA_PROJECTION_FIELD
 
 size_t projection_GetIconData(es_projection_t* projection, const void** data)
 {
     if (data) *data = nullptr;
     return call(projection, size_t(0), [&](Catalog& c) {
-        c.projections(&projection->element->projections);
-        return bytesOut(projection->icon, data);
+        return bytesOut(c.projection(projection).icon, data);
     });
 }
 

@@ -15,6 +15,7 @@
 #include <chrono>
 #include <map>
 
+#include <time.h>
 #include <unistd.h>
 
 namespace esdata {
@@ -195,6 +196,8 @@ enum Catalog::Stmt : unsigned
     sSubtreeFiles,
     sFileNamed,
     sDataVersion,
+    sBeginRead,
+    sJournalMode,
     sStmtCount
 };
 
@@ -220,7 +223,7 @@ static const char* const kStatements[] = {
     "f.parent=sub.id) SELECT e.id FROM es_element e JOIN sub ON e.folder=sub.id",
     "DELETE FROM es_folder WHERE id=?",
     "SELECT id, number, old_number, name, description, type, var_name, measure, formula, pos "
-    "FROM es_attribute WHERE folder=? ORDER BY pos",
+    "FROM es_attribute WHERE folder=?",
     "INSERT INTO es_attribute(folder, pos, number, old_number, name, description, type) "
     "VALUES(?, ?, ?, ?, ?, ?, ?)",
     "UPDATE es_attribute SET number=? WHERE id=?",
@@ -235,8 +238,7 @@ static const char* const kStatements[] = {
     "DELETE FROM es_element WHERE id=?",
     "UPDATE es_element SET type=? WHERE id=?",
     "SELECT id, type FROM es_element",
-    "SELECT v.value FROM es_attribute a LEFT JOIN es_value v ON v.element=?1 AND "
-    "v.attribute=a.id WHERE a.folder=?2 ORDER BY a.pos",
+    "SELECT attribute, value FROM es_value WHERE element=? ORDER BY attribute",
     "INSERT INTO es_value(element, attribute, value) VALUES(?, ?, ?) "
     "ON CONFLICT(element, attribute) DO UPDATE SET value=excluded.value",
     "SELECT representation FROM es_element WHERE id=?",
@@ -274,6 +276,8 @@ static const char* const kStatements[] = {
     "SELECT 1 FROM es_model WHERE file=?1 COLLATE NOCASE UNION ALL "
     "SELECT 1 FROM es_projection WHERE file=?1 COLLATE NOCASE LIMIT 1",
     "PRAGMA data_version",
+    "BEGIN DEFERRED",
+    "PRAGMA journal_mode",
 };
 
 // ---- opening ------------------------------------------------------------------------------
@@ -442,6 +446,10 @@ bool Catalog::initialise(bool create, std::string& error)
             exec(m_db, "PRAGMA foreign_keys=ON");
         }
         m_stmts.assign(sStmtCount, nullptr);
+        {
+            Query q = query(sJournalMode);
+            m_holdReads = q.next() && q.text(0) == u"wal";
+        }
     } catch (const std::exception& e) {
         error = e.what();
         return false;
@@ -451,12 +459,18 @@ bool Catalog::initialise(bool create, std::string& error)
 
 Catalog::~Catalog()
 {
+    {
+        std::lock_guard lock(m_idleMutex);
+        m_idleStop = true;
+    }
+    m_idleWake.notify_one();
+    if (m_idleReader.joinable()) m_idleReader.join();
     forgetHandles(this);
     for (es_object* o : m_objects) {
         o->cat = nullptr;
         o->element = nullptr;
     }
-    if (m_inScope) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    if (m_inScope || m_reading) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
     for (sqlite3_stmt* s : m_stmts)
         sqlite3_finalize(s);
     if (m_db) sqlite3_close_v2(m_db);
@@ -481,6 +495,7 @@ Query Catalog::query(Stmt s)
 template <class F> auto Catalog::write(F&& f) -> decltype(f())
 {
     refuseIfReadOnly();
+    endRead();
     query(sSavepoint).run();
     try {
         auto r = f();
@@ -497,7 +512,78 @@ template <class F> auto Catalog::write(F&& f) -> decltype(f())
 template <class F> auto Catalog::writeSingle(F&& f) -> decltype(f())
 {
     refuseIfReadOnly();
+    endRead();
     return f();
+}
+
+// Reads between writes share one read transaction, renewed at each look for other writers:
+// a statement of its own takes and gives back the database's locks with system calls, which
+// cost a walk more than its reading. A write ends it first, so that it never works on a
+// snapshot older than the database.
+void Catalog::beginRead()
+{
+    if (m_reading || m_inScope || !m_holdReads) return;
+    query(sBeginRead).run();
+    m_reading = true;
+    bool wake = false;
+    {
+        std::lock_guard lock(m_idleMutex);
+        m_readHeld = true;
+        wake = m_idleAsleep;
+    }
+    if (!m_idleReader.joinable()) m_idleReader = std::thread([this] { releaseIdleReads(); });
+    // Only when it waits for a read to be held: a walk renews its read every millisecond.
+    if (wake) m_idleWake.notify_one();
+}
+
+void Catalog::endRead()
+{
+    if (!m_reading) return;
+    m_reading = false;
+    {
+        std::lock_guard lock(m_idleMutex);
+        m_readHeld = false;
+    }
+    if (sqlite3_get_autocommit(m_db)) return;
+    query(sCommit).run();
+}
+
+int64_t Catalog::coarseNow()
+{
+    timespec coarse{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &coarse);
+    return int64_t(coarse.tv_sec) * 1000000000 + coarse.tv_nsec;
+}
+
+// A read transaction left open by the last call would keep another program's checkpoints
+// from emptying the journal for as long as this catalog stays open and unused: it is ended
+// once no call came for a while.
+void Catalog::releaseIdleReads()
+{
+    constexpr auto kIdle = std::chrono::milliseconds(100);
+    std::unique_lock lock(m_idleMutex);
+    while (!m_idleStop) {
+        if (!m_readHeld) {
+            m_idleAsleep = true;
+            m_idleWake.wait(lock);
+            m_idleAsleep = false;
+            continue;
+        }
+        m_idleWake.wait_for(lock, kIdle);
+        if (m_idleStop || !m_readHeld) continue;
+        const int64_t idle = coarseNow() - m_lastCall.load(std::memory_order_relaxed);
+        if (idle < std::chrono::nanoseconds(kIdle).count()) continue;
+        lock.unlock();
+        // Never waits for a call under way or a scope: it is looked at again later.
+        if (mutex.try_lock()) {
+            try {
+                endRead();
+            } catch (...) {
+            }
+            mutex.unlock();
+        }
+        lock.lock();
+    }
 }
 
 void Catalog::refuseIfReadOnly() const
@@ -524,6 +610,14 @@ std::u16string Catalog::filePath(const std::u16string& name) const
     return name.empty() ? std::u16string() : m_filesDir + u"/" + name;
 }
 
+void Catalog::storedPath(const Query& q, int column, std::u16string& out)
+{
+    q.text(column, m_scratch);
+    out.clear();
+    if (m_scratch.empty()) return;
+    out.append(m_filesDir).append(u"/").append(m_scratch);
+}
+
 // ---- packets ------------------------------------------------------------------------------
 
 es_packet* Catalog::packetById(int64_t id)
@@ -535,7 +629,6 @@ es_packet* Catalog::packetById(int64_t id)
     if (!q.next()) return nullptr;
     es_packet& p = m_packetArena.emplace_back();
     trackHandle(&p, HandleKind::Packet, this);
-    p.cat = this;
     p.id = id;
     q.text(0, p.name);
     p.rootId = q.i64(1);
@@ -589,7 +682,7 @@ es_packet* Catalog::addPacket(std::u16string_view name)
     });
     es_packet* p = packetById(pid);
     created(Kind::Packet, p);
-    es_folder* root = makeFolder(fid, pid, 0, std::u16string(name));
+    es_folder* root = makeFolder(fid, pid, 0, name);
     created(Kind::Folder, root);
     p->folders.clear();
     p->foldersGen = m_gen;
@@ -650,18 +743,15 @@ const std::u16string& Catalog::uniqueValues(es_packet* packet, std::u16string_vi
 
 // ---- folders ------------------------------------------------------------------------------
 
-es_folder* Catalog::makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string name)
+es_folder* Catalog::makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string_view name)
 {
-    es_folder& f = m_folderArena.emplace_back();
-    trackHandle(&f, HandleKind::Folder, this);
-    trackHandle(&f.table, HandleKind::Table, this);
-    f.cat = this;
+    es_folder& f = m_folderArena.emplace();
     f.id = id;
     f.packetId = packet;
     f.parentId = parent;
-    f.name = std::move(name);
+    f.name = keepText(name);
     f.table.folder = &f;
-    m_folders.emplace(id, &f);
+    m_folders.insert(&f);
     return &f;
 }
 
@@ -676,8 +766,7 @@ void Catalog::markNewFolder(es_folder* f)
 es_folder* Catalog::folderById(int64_t id)
 {
     if (id <= 0) return nullptr;
-    auto it = m_folders.find(id);
-    if (it != m_folders.end()) return it->second;
+    if (es_folder* f = m_folders.find(id)) return f;
     Query q = query(sFolderById);
     q.bind(1, id);
     if (!q.next()) return nullptr;
@@ -699,23 +788,21 @@ void Catalog::loadPacketFolders(es_packet* packet)
         q.bind(1, packet->id);
         while (q.next()) {
             int64_t id = q.i64(0);
-            auto it = m_folders.find(id);
-            packet->folders.push_back(it != m_folders.end()
-                                          ? it->second
-                                          : makeFolder(id, packet->id, q.i64(1), q.text(2)));
+            es_folder* f = m_folders.find(id);
+            packet->folders.push_back(f ? f : makeFolder(id, packet->id, q.i64(1), q.text(2)));
         }
     }
     for (es_folder* f : packet->folders)
         f->children.clear();
     for (es_folder* f : packet->folders)
-        if (auto it = m_folders.find(f->parentId); f->parentId && it != m_folders.end())
-            it->second->children.push_back(f);
+        if (es_folder* parent = f->parentId ? m_folders.find(f->parentId) : nullptr)
+            parent->children.push_back(f);
     for (es_folder* f : packet->folders)
         f->childrenGen = m_gen;
     packet->foldersGen = m_gen;
 }
 
-const std::vector<es_folder*>& Catalog::children(es_folder* folder)
+const ShellList<es_folder>& Catalog::children(es_folder* folder)
 {
     if (!fresh(folder->childrenGen)) {
         if (es_packet* p = packetById(folder->packetId)) loadPacketFolders(p);
@@ -740,7 +827,7 @@ es_folder* Catalog::addChild(es_folder* folder, std::u16string_view name)
         ins.bind(1, folder->packetId).bind(2, folder->id).bind(3, name).run();
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
-    es_folder* f = makeFolder(id, folder->packetId, folder->id, std::u16string(name));
+    es_folder* f = makeFolder(id, folder->packetId, folder->id, name);
     markNewFolder(f);
     created(Kind::Folder, f);
     if (fresh(folder->childrenGen)) folder->children.push_back(f);
@@ -771,22 +858,28 @@ bool Catalog::deleteChild(es_folder* folder, es_folder* child)
     });
     removeUnused();
     for (int64_t id : elements)
-        if (auto it = m_elements.find(id); it != m_elements.end())
-            killed(Kind::Element, it->second);
+        if (es_stdsize* e = m_elements.find(id)) killed(Kind::Element, e);
     for (int64_t id : folders)
-        if (auto it = m_folders.find(id); it != m_folders.end()) killed(Kind::Folder, it->second);
-    if (fresh(folder->childrenGen)) std::erase(folder->children, child);
+        if (es_folder* f = m_folders.find(id)) killed(Kind::Folder, f);
+    if (fresh(folder->childrenGen)) folder->children.erase(child);
     return true;
 }
 
 // ---- tables -------------------------------------------------------------------------------
 
+Schema& Catalog::schemaOf(es_table* table)
+{
+    if (!table->schema) table->schema = std::make_unique<Schema>();
+    return *table->schema;
+}
+
 const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
 {
     if (!fresh(table->schemaGen)) {
+        Schema& schema = schemaOf(table);
         // The objects of the schema read before keep their handles when read again.
         std::vector<es_attribute*> before;
-        before.swap(table->attributes);
+        before.swap(schema.attributes);
         const size_t oldSize = before.size();
         // Found at the same place unless the schema changed; by a map of the ids otherwise.
         std::unordered_map<int64_t, size_t> byId;
@@ -807,31 +900,46 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
         };
         // The handles of new objects are tracked in one go once the schema is read.
         std::vector<std::pair<const void*, void*>> untracked;
-        table->maxPos = 0;
-        Query q = query(sSchema);
-        q.bind(1, table->folder->id);
-        while (q.next()) {
-            int64_t id = q.i64(0);
-            es_attribute* a = reuse(id, table->attributes.size());
-            if (!a) a = newAttribute(id, table, &untracked);
+        schema.maxPos = 0;
+        // Read in the order of the name index and put in position order here: sorting a few
+        // rows costs less than the statement's own sort.
+        std::vector<SchemaRow>& rows = m_schemaRows;
+        rows.clear();
+        {
+            Query q = query(sSchema);
+            q.bind(1, table->folder->id);
+            while (q.next()) {
+                SchemaRow& r = rows.emplace_back();
+                r.id = q.i64(0);
+                r.number = q.i32(1);
+                r.oldNumber = q.i32(2);
+                r.type = static_cast<uint32_t>(q.i64(5));
+                r.pos = q.i64(9);
+                // Interned now; the old texts are let go after: often they are the same.
+                const size_t row = rows.size() - 1;
+                r.texts = {internRow(q, row, 0, 3), internRow(q, row, 1, 4),
+                           internRow(q, row, 2, 6), internRow(q, row, 3, 7),
+                           internRow(q, row, 4, 8)};
+            }
+        }
+        std::sort(rows.begin(), rows.end(),
+                  [](const SchemaRow& x, const SchemaRow& y) { return x.pos < y.pos; });
+        for (const SchemaRow& r : rows) {
+            es_attribute* a = reuse(r.id, schema.attributes.size());
+            if (!a) a = newAttribute(r.id, table, &untracked);
             a->table = table;
-            a->index = static_cast<uint32_t>(table->attributes.size());
-            a->number = q.i32(1);
-            a->oldNumber = q.i32(2);
-            // The new text is taken before the old one is let go: often they are the same.
-            auto text = [&](const std::u16string*& field, int column) {
-                const std::u16string* old = field;
-                field = intern(q, column);
-                release(old);
-            };
-            text(a->name, 3);
-            text(a->description, 4);
-            a->type = static_cast<uint32_t>(q.i64(5));
-            text(a->varName, 6);
-            text(a->measure, 7);
-            text(a->formula, 8);
-            table->maxPos = std::max(table->maxPos, q.i64(9));
-            table->attributes.push_back(a);
+            a->index = static_cast<uint32_t>(schema.attributes.size());
+            a->number = r.number;
+            a->oldNumber = r.oldNumber;
+            a->type = r.type;
+            const std::u16string** fields[] = {&a->name, &a->description, &a->varName,
+                                               &a->measure, &a->formula};
+            for (size_t k = 0; k < r.texts.size(); ++k) {
+                release(*fields[k]);
+                *fields[k] = r.texts[k];
+            }
+            schema.maxPos = std::max(schema.maxPos, r.pos);
+            schema.attributes.push_back(a);
         }
         trackFaces(untracked, HandleKind::Attribute, this);
         // What the catalog no longer holds goes.
@@ -840,10 +948,11 @@ const std::vector<es_attribute*>& Catalog::attributes(es_table* table)
             if (gone) recycle(gone, faces);
         forgetHandles(faces);
         table->schemaGen = m_gen;
+        schema.byIdGen = schema.byNameGen = kStale;
         schemaResized(table, oldSize);
     }
     table->recent = true;
-    return table->attributes;
+    return table->schema ? table->schema->attributes : kNoAttributes;
 }
 
 es_attribute* Catalog::newAttribute(int64_t id, es_table* table,
@@ -861,7 +970,6 @@ es_attribute* Catalog::newAttribute(int64_t id, es_table* table,
         untracked->emplace_back(a->face, a);
     else
         trackHandle(a->face, HandleKind::Attribute, this, a);
-    a->cat = this;
     a->id = id;
     a->table = table;
     return a;
@@ -878,14 +986,17 @@ void Catalog::recycle(es_attribute* a, std::vector<const void*>& faces)
 
 void Catalog::schemaResized(es_table* table, size_t oldSize)
 {
+    const size_t size = table->schema ? table->schema->attributes.size() : 0;
     if (table->listed) {
         m_schemaAttributes -= std::min(m_schemaAttributes, oldSize);
-    } else if (!table->attributes.empty()) {
+    } else if (size > 0) {
         table->listed = true;
         m_schemas.push_back(table);
     }
-    m_schemaAttributes += table->attributes.size();
-    if (m_inScope && !table->attributes.empty()) table->scopePin = m_scopeSerial;
+    m_schemaAttributes += size;
+    if (m_inScope && size > 0) table->scopePin = m_scopeSerial;
+    // A table known to have no attributes holds nothing.
+    if (size == 0 && !table->listed) table->schema.reset();
     if (m_schemaAttributes > m_heldAttributes) trimSchemas(table);
 }
 
@@ -905,15 +1016,33 @@ void Catalog::trimSchemas(es_table* keep)
             m_schemas.push_back(t);
             continue;
         }
-        m_schemaAttributes -= std::min(m_schemaAttributes, t->attributes.size());
-        for (es_attribute* a : t->attributes)
-            recycle(a, faces);
-        std::vector<es_attribute*>().swap(t->attributes);
-        std::unordered_map<std::u16string_view, es_attribute*>().swap(t->byName);
-        t->schemaGen = t->byNameGen = kStale;
+        if (t->schema) {
+            m_schemaAttributes -= std::min(m_schemaAttributes, t->schema->attributes.size());
+            for (es_attribute* a : t->schema->attributes)
+                recycle(a, faces);
+            t->schema.reset();
+        }
+        t->schemaGen = kStale;
         t->listed = false;
     }
     forgetHandles(faces);
+}
+
+const std::vector<std::pair<int64_t, uint32_t>>& Catalog::attributeIds(es_table* table)
+{
+    static const std::vector<std::pair<int64_t, uint32_t>> none;
+    const auto& list = attributes(table);
+    if (!table->schema) return none;
+    Schema& schema = *table->schema;
+    if (!fresh(schema.byIdGen)) {
+        schema.byId.clear();
+        schema.byId.reserve(list.size());
+        for (es_attribute* a : list)
+            schema.byId.emplace_back(a->id, a->index);
+        std::sort(schema.byId.begin(), schema.byId.end());
+        schema.byIdGen = m_gen;
+    }
+    return schema.byId;
 }
 
 es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
@@ -924,14 +1053,15 @@ es_attribute* Catalog::findAttribute(es_table* table, std::u16string_view name)
             if (*a->name == name) return a;
         return nullptr;
     }
-    if (!fresh(table->byNameGen)) {
-        table->byName.clear();
+    Schema& schema = *table->schema;
+    if (!fresh(schema.byNameGen)) {
+        schema.byName.clear();
         for (es_attribute* a : list)
-            table->byName.emplace(*a->name, a);
-        table->byNameGen = m_gen;
+            schema.byName.emplace(*a->name, a);
+        schema.byNameGen = m_gen;
     }
-    auto it = table->byName.find(name);
-    return it == table->byName.end() ? nullptr : it->second;
+    auto it = schema.byName.find(name);
+    return it == schema.byName.end() ? nullptr : it->second;
 }
 
 es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
@@ -946,15 +1076,16 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
 {
     if (name.empty() || findAttribute(table, name)) return nullptr;
     // The cached schema is fresh here (findAttribute read it): no query for the numbers.
+    Schema& schema = schemaOf(table);
     int32_t number = 1;
-    for (es_attribute* other : table->attributes)
+    for (es_attribute* other : schema.attributes)
         if (other->number >= number) number = other->number + 1;
     int32_t oldNumber = number;
     if (fields) {
         number = fields->number;
         oldNumber = fields->oldNumber;
     }
-    const int64_t pos = table->maxPos + 1;
+    const int64_t pos = schema.maxPos + 1;
     int64_t id = writeSingle([&] {
         Query ins = query(fields ? sInsertAttrFull : sInsertAttr);
         ins.bind(1, table->folder->id)
@@ -969,7 +1100,7 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
     es_attribute* a = newAttribute(id, table);
-    a->index = static_cast<uint32_t>(table->attributes.size());
+    a->index = static_cast<uint32_t>(schema.attributes.size());
     a->number = number;
     a->oldNumber = oldNumber;
     a->type = type;
@@ -980,11 +1111,13 @@ es_attribute* Catalog::addAttribute(es_table* table, std::u16string_view name,
         a->measure = intern(fields->measure);
         a->formula = intern(fields->formula);
     }
-    table->maxPos = pos;
-    table->attributes.push_back(a);
-    if (fresh(table->byNameGen)) table->byName.emplace(*a->name, a);
+    schema.maxPos = pos;
+    schema.attributes.push_back(a);
+    if (fresh(schema.byNameGen)) schema.byName.emplace(*a->name, a);
+    // Row ids only grow: the new one sorts last.
+    if (fresh(schema.byIdGen)) schema.byId.emplace_back(a->id, a->index);
     created(Kind::Attribute, a);
-    schemaResized(table, table->attributes.size() - 1);
+    schemaResized(table, schema.attributes.size() - 1);
     return a;
 }
 
@@ -1018,43 +1151,36 @@ bool Catalog::setAttributeText(es_attribute* a, AttrText field, std::u16string_v
     return true;
 }
 
-es_stdsize* Catalog::makeElement(int64_t id, es_folder* folder, int64_t packet,
-                                 std::u16string ident, std::u16string type)
+es_stdsize* Catalog::makeElement(int64_t id, es_folder* folder, std::u16string_view ident,
+                                 std::u16string_view type)
 {
-    es_stdsize& e = m_elementArena.emplace_back();
-    trackHandle(&e, HandleKind::Element, this);
-    trackHandle(&e.model, HandleKind::Model, this);
-    trackHandle(&e.projections, HandleKind::Projections, this);
-    e.cat = this;
+    es_stdsize& e = m_elementArena.emplace();
     e.id = id;
     e.folder = folder;
-    e.packetId = packet;
-    e.ident = std::move(ident);
-    e.type = std::move(type);
+    e.ident = keepText(ident);
+    e.type = intern(type);
     e.model.element = &e;
     e.projections.element = &e;
-    m_elements.emplace(id, &e);
+    m_elements.insert(&e);
     return &e;
 }
 
 es_stdsize* Catalog::elementById(int64_t id)
 {
-    auto it = m_elements.find(id);
-    if (it != m_elements.end()) return it->second;
-    int64_t folderId = 0, packet = 0;
+    if (es_stdsize* e = m_elements.find(id)) return e;
+    int64_t folderId = 0;
     std::u16string ident, type;
     {
         Query q = query(sElementById);
         q.bind(1, id);
         if (!q.next()) return nullptr;
         folderId = q.i64(0);
-        packet = q.i64(1);
         ident = q.text(2);
         type = q.text(3);
     }
     es_folder* folder = folderById(folderId);
     if (!folder) return nullptr;
-    return makeElement(id, folder, packet, std::move(ident), std::move(type));
+    return makeElement(id, folder, ident, type);
 }
 
 // Like folders, the elements of a whole packet are listed in one query.
@@ -1069,10 +1195,8 @@ void Catalog::loadPacketElements(es_packet* packet)
         int64_t id = q.i64(0);
         es_folder* folder = folderById(q.i64(1));
         if (!folder) continue;
-        auto it = m_elements.find(id);
-        es_stdsize* e = it != m_elements.end()
-                            ? it->second
-                            : makeElement(id, folder, packet->id, q.text(2), q.text(3));
+        es_stdsize* e = m_elements.find(id);
+        if (!e) e = makeElement(id, folder, q.text(2), q.text(3));
         folder->table.elements.push_back(e);
         folder->table.elementsGen = m_gen;
     }
@@ -1080,7 +1204,7 @@ void Catalog::loadPacketElements(es_packet* packet)
         f->table.elementsGen = m_gen;
 }
 
-const std::vector<es_stdsize*>& Catalog::elements(es_table* table)
+const ShellList<es_stdsize>& Catalog::elements(es_table* table)
 {
     if (!fresh(table->elementsGen)) {
         if (es_packet* p = packetById(table->folder->packetId)) loadPacketElements(p);
@@ -1106,12 +1230,9 @@ es_stdsize* Catalog::addElement(es_table* table, std::u16string_view ident)
         ins.bind(1, folder->packetId).bind(2, folder->id).bind(3, ident).run();
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
-    es_stdsize* e = makeElement(id, folder, folder->packetId, std::u16string(ident), {});
-    // A new element has nothing yet: no query is needed to know it. Its values are not
-    // cached as they are written, though: an import writes thousands of elements that nobody
-    // reads back, and their handles live until the catalog closes.
-    e->reprGen = e->specsGen = m_gen;
-    e->model.gen = e->projections.gen = m_gen;
+    // Nothing of a new element is cached: an import writes thousands of elements that nobody
+    // reads back, and their shells live until the catalog closes.
+    es_stdsize* e = makeElement(id, folder, ident, {});
     created(Kind::Element, e);
     if (fresh(table->elementsGen)) table->elements.push_back(e);
     return e;
@@ -1127,7 +1248,7 @@ bool Catalog::deleteElement(es_table* table, es_stdsize* element)
         return true;
     });
     killed(Kind::Element, element);
-    if (fresh(table->elementsGen)) std::erase(table->elements, element);
+    if (fresh(table->elementsGen)) table->elements.erase(element);
     removeUnused();
     return true;
 }
@@ -1141,57 +1262,64 @@ bool Catalog::setType(es_stdsize* e, std::u16string_view type)
         q.bind(1, type).bind(2, e->id).run();
         return true;
     });
-    e->type = type;
+    const std::u16string* old = e->type;
+    e->type = intern(type);
+    release(old);
     return true;
 }
 
-// How many elements keep their values and model cached at once.
-constexpr size_t kCachedValueElements = 256;
+// How many elements keep what was read of them (values, model, fragments, representation)
+// at once.
+constexpr size_t kCachedElements = 256;
+
+ElementCache& Catalog::cacheOf(es_stdsize* e)
+{
+    if (!e->cache) {
+        // The oldest go: read again from the catalog when asked for. Their room is used
+        // again, so that a walk allocates little once the cache is full.
+        while (m_cached.size() >= kCachedElements) {
+            es_stdsize* old = m_cached.front();
+            m_cached.pop_front();
+            if (!m_spareCache) m_spareCache = std::move(old->cache);
+            old->cache.reset();
+        }
+        if (m_spareCache) {
+            e->cache = std::move(m_spareCache);
+            ElementCache& c = *e->cache;
+            c.valuesGen = c.reprGen = c.modelGen = c.projectionsGen = c.specsGen = kStale;
+            // Large bytes are not kept for an element that may have none.
+            if (c.repr.capacity() > 65536) std::vector<uint8_t>().swap(c.repr);
+        } else {
+            e->cache = std::make_unique<ElementCache>();
+        }
+        m_cached.push_back(e);
+    }
+    return *e->cache;
+}
 
 void Catalog::loadValues(es_stdsize* e)
 {
     es_table* table = &e->folder->table;
-    const size_t n = attributes(table).size();
-    e->values.resize(n);
+    const auto& byId = attributeIds(table);
+    ElementCache& c = cacheOf(e);
+    c.values.assign(byId.size(), Value());
+    // The element's values in attribute order, merged with the schema's ids in that order.
     Query q = query(sValues);
-    q.bind(1, e->id).bind(2, table->folder->id);
-    size_t i = 0;
-    while (i < n && q.next())
-        readValue(q, 0, e->values[i++]);
-    for (; i < n; ++i)
-        e->values[i] = Value();
-    e->valuesGen = m_gen;
-    keepCached(e);
+    q.bind(1, e->id);
+    size_t k = 0;
+    while (k < byId.size() && q.next()) {
+        const int64_t id = q.i64(0);
+        while (k < byId.size() && byId[k].first < id)
+            ++k;
+        if (k < byId.size() && byId[k].first == id) readValue(q, 1, c.values[byId[k].second]);
+    }
+    c.valuesGen = m_gen;
 }
 
-void Catalog::keepCached(es_stdsize* e)
+const std::vector<Value>& Catalog::values(es_stdsize* e)
 {
-    e->valuesLoad = ++m_valueLoads;
-    m_valueCache.emplace_back(e, e->valuesLoad);
-    while (m_valueCache.size() > kCachedValueElements) {
-        auto [old, load] = m_valueCache.front();
-        m_valueCache.pop_front();
-        if (old == e || old->valuesLoad != load) continue;
-        // Read again from the catalog when asked for.
-        std::vector<Value>().swap(old->values);
-        old->valuesGen = kStale;
-        es_model& m = old->model;
-        std::u16string().swap(m.file);
-        std::u16string().swap(m.digest);
-        std::u16string().swap(m.name);
-        std::vector<uint8_t>().swap(m.icon);
-        m.gen = kStale;
-        // Fragment icons weigh as much as the rest of an element: read again with the list.
-        es_projections& list = old->projections;
-        for (es_projection* p : list.items) {
-            std::vector<uint8_t>().swap(p->icon);
-            std::u16string().swap(p->file);
-            std::u16string().swap(p->digest);
-            std::u16string().swap(p->name);
-            std::u16string().swap(p->description);
-        }
-        list.gen = kStale;
-    }
+    if (!e->cache || !fresh(e->cache->valuesGen)) loadValues(e);
+    return e->cache->values;
 }
 
 const Value* Catalog::value(es_stdsize* e, es_attribute* a)
@@ -1199,14 +1327,14 @@ const Value* Catalog::value(es_stdsize* e, es_attribute* a)
     es_table* table = &e->folder->table;
     attributes(table);
     if (a->table != table || a->dead) return nullptr;
-    if (!fresh(e->valuesGen)) loadValues(e);
-    return a->index < e->values.size() ? &e->values[a->index] : &kEmptyValue;
+    const std::vector<Value>& list = values(e);
+    return a->index < list.size() ? &list[a->index] : &kEmptyValue;
 }
 
 bool Catalog::setValue(es_stdsize* e, es_attribute* a, Value v)
 {
     es_table* table = &e->folder->table;
-    attributes(table);
+    const size_t n = attributes(table).size();
     if (a->table != table) return false;
     writeSingle([&] {
         Query q = query(sSetValue);
@@ -1220,25 +1348,27 @@ bool Catalog::setValue(es_stdsize* e, es_attribute* a, Value v)
         q.run();
         return true;
     });
-    if (fresh(e->valuesGen)) {
-        if (e->values.size() < table->attributes.size()) e->values.resize(table->attributes.size());
-        e->values[a->index] = std::move(v);
+    if (e->cache && fresh(e->cache->valuesGen)) {
+        std::vector<Value>& list = e->cache->values;
+        if (list.size() < n) list.resize(n);
+        list[a->index] = std::move(v);
     }
     return true;
 }
 
 const std::vector<uint8_t>& Catalog::representation(es_stdsize* e)
 {
-    if (!fresh(e->reprGen)) {
+    ElementCache& c = cacheOf(e);
+    if (!fresh(c.reprGen)) {
         Query q = query(sRepr);
         q.bind(1, e->id);
         if (q.next())
-            q.blob(0, e->repr);
+            q.blob(0, c.repr);
         else
-            e->repr.clear();
-        e->reprGen = m_gen;
+            c.repr.clear();
+        c.reprGen = m_gen;
     }
-    return e->repr;
+    return c.repr;
 }
 
 bool Catalog::setRepresentation(es_stdsize* e, const void* data, size_t size)
@@ -1249,35 +1379,33 @@ bool Catalog::setRepresentation(es_stdsize* e, const void* data, size_t size)
         return true;
     });
     // Read back from the catalog when asked for: the handle keeps no copy of the bytes.
-    std::vector<uint8_t>().swap(e->repr);
-    e->reprGen = kStale;
+    if (e->cache) {
+        std::vector<uint8_t>().swap(e->cache->repr);
+        e->cache->reprGen = kStale;
+    }
     return true;
 }
 
-es_model* Catalog::model(es_stdsize* e)
+const ModelData& Catalog::model(es_stdsize* e)
 {
-    es_model* m = &e->model;
-    if (!fresh(m->gen)) {
+    ElementCache& c = cacheOf(e);
+    if (!fresh(c.modelGen)) {
+        ModelData& m = c.model;
         Query q = query(sModel);
         q.bind(1, e->id);
-        m->present = q.next();
-        if (m->present) {
-            m->file = filePath(q.text(0));
-            q.text(1, m->digest);
-            q.text(2, m->name);
-            m->version = q.i32(3);
-            q.blob(4, m->icon);
+        m.present = q.next();
+        if (m.present) {
+            storedPath(q, 0, m.file);
+            q.text(1, m.digest);
+            q.text(2, m.name);
+            m.version = q.i32(3);
+            q.blob(4, m.icon);
         } else {
-            m->file.clear();
-            m->digest.clear();
-            m->name.clear();
-            m->version = 0;
-            m->icon.clear();
+            m = ModelData();
         }
-        m->gen = m_gen;
-        keepCached(e);
+        c.modelGen = m_gen;
     }
-    return m;
+    return c.model;
 }
 
 bool Catalog::clearModel(es_model* m)
@@ -1288,7 +1416,7 @@ bool Catalog::clearModel(es_model* m)
         q.bind(1, m->element->id).run();
         return true;
     });
-    m->gen = kStale;
+    if (m->element->cache) m->element->cache->modelGen = kStale;
     removeUnused();
     return true;
 }
@@ -1313,6 +1441,7 @@ uint32_t Catalog::removeUnusedFiles(const std::vector<std::u16string>& files)
     // of this thread already holds it, and its own rows count.
     refuseIfReadOnly();
     const bool own = !m_inScope;
+    endRead();
     if (own) query(sBegin).run();
     try {
         std::unordered_set<std::u16string> named;
@@ -1387,6 +1516,7 @@ void Catalog::named(const std::u16string& name)
 void Catalog::removeUnused()
 {
     if (m_unused.empty() || m_inScope) return;
+    endRead();
     // Without waiting: a catalog held by another writer keeps the names for the next time.
     sqlite3_busy_timeout(m_db, 0);
     try {
@@ -1457,48 +1587,69 @@ bool Catalog::setModel(es_model* m, std::u16string_view file, std::u16string_vie
             .run();
         return true;
     });
-    m->present = true;
-    m->file = filePath(stored);
-    m->digest = std::move(digest);
-    m->name = name;
-    m->version = version;
-    m->icon = std::move(iconBytes);
-    m->gen = m_gen;
+    if (ElementCache* c = m->element->cache.get()) {
+        c->model.present = true;
+        c->model.file = filePath(stored);
+        c->model.digest = std::move(digest);
+        c->model.name = name;
+        c->model.version = version;
+        c->model.icon = std::move(iconBytes);
+        c->modelGen = m_gen;
+    }
     removeUnused();
     return true;
 }
 
 const std::vector<es_projection*>& Catalog::projections(es_projections* list)
 {
-    if (!fresh(list->gen)) {
-        list->items.clear();
+    es_stdsize* e = list->element;
+    ElementCache& c = cacheOf(e);
+    if (!fresh(c.projectionsGen)) {
+        c.projections.clear();
+        // Entries read before are filled again in place.
+        size_t n = 0;
         Query q = query(sProjections);
-        q.bind(1, list->element->id);
+        q.bind(1, e->id);
         while (q.next()) {
-            int64_t id = q.i64(0);
-            es_projection* p;
-            if (auto it = m_projections.find(id); it != m_projections.end()) {
-                p = it->second;
-            } else {
-                p = &m_projectionArena.emplace_back();
-                trackHandle(p, HandleKind::Projection, this);
-                p->cat = this;
-                p->id = id;
-                p->element = list->element;
-                m_projections.emplace(id, p);
-            }
-            q.text(1, p->name);
-            q.text(2, p->description);
-            p->type = static_cast<uint32_t>(q.i64(3));
-            p->viewType = static_cast<uint32_t>(q.i64(4));
-            p->file = filePath(q.text(5));
-            q.text(6, p->digest);
-            q.blob(7, p->icon);
-            list->items.push_back(p);
+            const int64_t id = q.i64(0);
+            es_projection* p = e->fragments;
+            while (p && p->id != id)
+                p = p->next;
+            if (!p) p = makeProjection(e, id);
+            if (n == c.projectionData.size()) c.projectionData.emplace_back();
+            ProjectionData& d = c.projectionData[n++];
+            q.text(1, d.name);
+            q.text(2, d.description);
+            d.type = static_cast<uint32_t>(q.i64(3));
+            d.viewType = static_cast<uint32_t>(q.i64(4));
+            storedPath(q, 5, d.file);
+            q.text(6, d.digest);
+            q.blob(7, d.icon);
+            c.projections.push_back(p);
         }
-        list->gen = m_gen;
+        c.projectionData.resize(n);
+        c.projectionsGen = m_gen;
     }
-    return list->items;
+    return c.projections;
+}
+
+const ProjectionData& Catalog::projection(es_projection* p)
+{
+    static const ProjectionData none;
+    const auto& list = projections(&p->element->projections);
+    for (size_t i = 0; i < list.size(); ++i)
+        if (list[i] == p) return p->element->cache->projectionData[i];
+    return none;
+}
+
+es_projection* Catalog::makeProjection(es_stdsize* e, int64_t id)
+{
+    es_projection* p = &m_projectionArena.emplace();
+    p->id = id;
+    p->element = e;
+    p->next = e->fragments;
+    e->fragments = p;
+    return p;
 }
 
 es_projection* Catalog::addProjection(es_projections* list, std::u16string_view name,
@@ -1510,18 +1661,18 @@ es_projection* Catalog::addProjection(es_projections* list, std::u16string_view 
     storeCopy(file, stored, digest);
     std::vector<uint8_t> iconBytes;
     readBytes(toQString(icon), iconBytes);
-    projections(list);
+    es_stdsize* e = list->element;
     int64_t id = writeSingle([&] {
         ensureStored(file, stored, digest);
         int64_t pos = 0;
         {
             Query q = query(sProjNextPos);
-            q.bind(1, list->element->id);
+            q.bind(1, e->id);
             q.next();
             pos = q.i64(0);
         }
         Query ins = query(sInsertProj);
-        ins.bind(1, list->element->id)
+        ins.bind(1, e->id)
             .bind(2, pos)
             .bind(3, name)
             .bind(4, description)
@@ -1533,21 +1684,19 @@ es_projection* Catalog::addProjection(es_projections* list, std::u16string_view 
             .run();
         return int64_t(sqlite3_last_insert_rowid(m_db));
     });
-    es_projection* p = &m_projectionArena.emplace_back();
-    trackHandle(p, HandleKind::Projection, this);
-    p->cat = this;
-    p->id = id;
-    p->element = list->element;
-    p->name = name;
-    p->description = description;
-    p->type = type;
-    p->viewType = viewType;
-    p->file = filePath(stored);
-    p->digest = std::move(digest);
-    p->icon = std::move(iconBytes);
-    m_projections.emplace(id, p);
+    es_projection* p = makeProjection(e, id);
     created(Kind::Projection, p);
-    list->items.push_back(p);
+    if (ElementCache* c = e->cache.get(); c && fresh(c->projectionsGen)) {
+        ProjectionData& d = c->projectionData.emplace_back();
+        d.name = name;
+        d.description = description;
+        d.type = type;
+        d.viewType = viewType;
+        d.file = filePath(stored);
+        d.digest = std::move(digest);
+        d.icon = std::move(iconBytes);
+        c->projections.push_back(p);
+    }
     return p;
 }
 
@@ -1561,43 +1710,50 @@ bool Catalog::deleteProjection(es_projections* list, es_projection* p)
         return true;
     });
     killed(Kind::Projection, p);
-    if (fresh(list->gen)) std::erase(list->items, p);
+    if (ElementCache* c = p->element->cache.get())
+        for (size_t i = 0; fresh(c->projectionsGen) && i < c->projections.size(); ++i)
+            if (c->projections[i] == p) {
+                c->projections.erase(c->projections.begin() + ptrdiff_t(i));
+                c->projectionData.erase(c->projectionData.begin() + ptrdiff_t(i));
+                break;
+            }
     removeUnused();
     return true;
 }
 
 const std::vector<es_spec*>& Catalog::specs(es_stdsize* e)
 {
-    if (!fresh(e->specsGen)) {
-        e->specs.clear();
+    ElementCache& c = cacheOf(e);
+    if (!fresh(c.specsGen)) {
+        c.specs.clear();
         Query q = query(sSpecs);
         q.bind(1, e->id);
         es_spec* current = nullptr;
         while (q.next()) {
             int64_t id = q.i64(0);
             if (!current || current->id != id) {
-                if (auto it = m_specs.find(id); it != m_specs.end()) {
-                    current = it->second;
-                } else {
-                    current = &m_specArena.emplace_back();
-                    trackHandle(current, HandleKind::Spec, this);
-                    current->cat = this;
+                current = e->specShells;
+                while (current && current->id != id)
+                    current = current->next;
+                if (!current) {
+                    current = &m_specArena.emplace();
                     current->id = id;
                     current->element = e;
-                    m_specs.emplace(id, current);
+                    current->next = e->specShells;
+                    e->specShells = current;
                 }
                 q.text(1, current->libName);
                 current->style = q.i32(2);
                 current->firstPart = q.i32(3);
                 current->secondPart = q.i32(4);
                 current->columns.clear();
-                e->specs.push_back(current);
+                c.specs.push_back(current);
             }
             if (!q.isNull(5)) current->columns.emplace_back(q.i32(5), q.text(6));
         }
-        e->specsGen = m_gen;
+        c.specsGen = m_gen;
     }
-    return e->specs;
+    return c.specs;
 }
 
 bool Catalog::runCommand(std::u16string_view xml)
@@ -1606,6 +1762,8 @@ bool Catalog::runCommand(std::u16string_view xml)
     std::string error;
     if (!parseCommands(xml, commands, error)) throw std::runtime_error(error);
     std::vector<es_stdsize*> targets;
+    // The records each target had, killed once replaced.
+    std::vector<std::vector<es_spec*>> before;
     for (const CreateSpec& c : commands) {
         es_packet* packet = findPacket(c.packet);
         es_stdsize* e = packet ? findElement(packet, c.id) : nullptr;
@@ -1615,7 +1773,7 @@ bool Catalog::runCommand(std::u16string_view xml)
         targets.push_back(e);
     }
     for (es_stdsize* e : targets)
-        specs(e);
+        before.push_back(specs(e));
     write([&] {
         for (size_t k = 0; k < commands.size(); ++k) {
             es_stdsize* e = targets[k];
@@ -1643,12 +1801,11 @@ bool Catalog::runCommand(std::u16string_view xml)
         }
         return true;
     });
-    for (es_stdsize* e : targets) {
-        for (es_spec* s : e->specs)
+    for (size_t k = 0; k < targets.size(); ++k) {
+        for (es_spec* s : before[k])
             killed(Kind::Spec, s);
-        e->specs.clear();
-        e->specsGen = kStale;
-        for (es_spec* s : specs(e))
+        if (targets[k]->cache) targets[k]->cache->specsGen = kStale;
+        for (es_spec* s : specs(targets[k]))
             created(Kind::Spec, s);
     }
     return true;
@@ -1680,11 +1837,10 @@ bool Catalog::checkIntegrity()
 
 es_object* Catalog::createObject(es_stdsize* e)
 {
-    if (!fresh(e->valuesGen)) loadValues(e);
     auto o = new es_object;
     o->cat = this;
     o->element = e;
-    o->values = e->values;
+    o->values = values(e);
     m_objects.insert(o);
     return o;
 }
@@ -1705,6 +1861,7 @@ bool Catalog::begin()
 {
     if (m_inScope) throw std::runtime_error("a transaction scope is already open");
     refuseIfReadOnly();
+    endRead();
     query(sBegin).run();
     m_inScope = true;
     ++m_scopeSerial;
@@ -1729,6 +1886,28 @@ bool Catalog::commit()
     return true;
 }
 
+const char16_t* Catalog::keepText(std::u16string_view s)
+{
+    if (s.empty()) return u"";
+    constexpr size_t kBlock = 16384;
+    const size_t need = s.size() + 1;
+    char16_t* at = nullptr;
+    if (need > kBlock / 8) {
+        // A long text has a block of its own.
+        at = m_longTexts.emplace_back(std::make_unique<char16_t[]>(need)).get();
+    } else {
+        if (m_textBlocks.empty() || m_textFree < need) {
+            m_textBlocks.push_back(std::make_unique<char16_t[]>(kBlock));
+            m_textFree = kBlock;
+        }
+        at = m_textBlocks.back().get() + (kBlock - m_textFree);
+        m_textFree -= need;
+    }
+    std::copy(s.begin(), s.end(), at);
+    at[s.size()] = u'\0';
+    return at;
+}
+
 const std::u16string* Catalog::intern(std::u16string_view s)
 {
     if (s.empty()) return &kNoText;
@@ -1745,6 +1924,30 @@ const std::u16string* Catalog::intern(const Query& q, int column)
     auto it = m_strings.find(m_scratch);
     if (it == m_strings.end()) it = m_strings.emplace(m_scratch, 0).first;
     ++it->second;
+    return &it->first;
+}
+
+const std::u16string* Catalog::internRow(const Query& q, size_t row, size_t field, int column)
+{
+    const std::string_view raw = q.utf8(column);
+    if (raw.empty()) return &kNoText;
+    if (row < m_lastRows.size()) {
+        LastText& last = m_lastRows[row][field];
+        if (last.entry && last.utf8 == raw) {
+            ++last.entry->second;
+            return &last.entry->first;
+        }
+    }
+    q.text(column, m_scratch);
+    auto it = m_strings.find(m_scratch);
+    if (it == m_strings.end()) it = m_strings.emplace(m_scratch, 0).first;
+    // One use for the caller, one for the row remembered here.
+    it->second += 2;
+    if (row >= m_lastRows.size()) m_lastRows.resize(row + 1);
+    LastText& last = m_lastRows[row][field];
+    if (last.entry) release(&last.entry->first);
+    last.utf8.assign(raw);
+    last.entry = &*it;
     return &it->first;
 }
 
@@ -1781,10 +1984,9 @@ void Catalog::eraseFromMap(const Tracked& t)
         m_elements.erase(t.h->id);
         break;
     case Kind::Projection:
-        m_projections.erase(t.h->id);
-        break;
     case Kind::Spec:
-        m_specs.erase(t.h->id);
+        // Found through their element by row id, which a later insert may take again.
+        t.h->id = 0;
         break;
     }
 }
@@ -1794,15 +1996,32 @@ void Catalog::noticeOtherWriters()
     // Inside a scope this connection holds the write lock: nobody else commits meanwhile.
     if (m_inScope) return;
     // The look costs a read transaction; a walk making a million calls looks once a
-    // millisecond, so another program's commit is seen at most a millisecond late.
+    // millisecond, so another program's commit is seen at most a millisecond late. Reading
+    // the clock costs more than many a call: the precise clock is read when the coarse one
+    // (a few milliseconds a tick, almost free) moved and otherwise every few calls, which in a
+    // walk are microseconds apart.
+    const int64_t tick = coarseNow();
+    m_lastCall.store(tick, std::memory_order_relaxed);
+    if (m_dataVersion != 0) {
+        const bool ticked = tick != m_lastTick;
+        m_lastTick = tick;
+        if (!ticked && ++m_callsSinceClock < kCallsPerClock) return;
+    }
+    m_callsSinceClock = 0;
     const auto now = std::chrono::steady_clock::now();
-    if (m_dataVersion != 0 && now - m_lastLook < std::chrono::milliseconds(1)) return;
+    if (m_dataVersion != 0 && now - m_lastLook < std::chrono::milliseconds(1)) {
+        beginRead();
+        return;
+    }
     m_lastLook = now;
+    // Out of the read transaction, whose snapshot would hide what was committed since.
+    endRead();
     int64_t version = 0;
     {
         Query q = query(sDataVersion);
         if (q.next()) version = q.i64(0);
     }
+    beginRead();
     if (version == m_dataVersion) return;
     const bool first = m_dataVersion == 0;
     m_dataVersion = version;
@@ -1815,8 +2034,11 @@ void Catalog::dropCaches()
     ++m_gen;
     Query q = query(sAllTypes);
     while (q.next())
-        if (auto it = m_elements.find(q.i64(0)); it != m_elements.end())
-            q.text(1, it->second->type);
+        if (es_stdsize* e = m_elements.find(q.i64(0))) {
+            const std::u16string* old = e->type;
+            e->type = intern(q, 1);
+            release(old);
+        }
 }
 
 bool Catalog::rollback()
@@ -1837,10 +2059,10 @@ bool Catalog::rollback()
         // An attribute made inside goes from its schema at once; its object is used again.
         if (t.kind == Kind::Attribute) {
             auto* a = static_cast<es_attribute*>(t.h);
-            if (es_table* table = a->table) {
-                std::erase(table->attributes, a);
+            if (es_table* table = a->table; table && table->schema) {
+                std::erase(table->schema->attributes, a);
                 if (table->listed) m_schemaAttributes -= std::min<size_t>(m_schemaAttributes, 1);
-                table->schemaGen = table->byNameGen = kStale;
+                table->schemaGen = table->schema->byNameGen = table->schema->byIdGen = kStale;
             }
             recycle(a, faces);
         }

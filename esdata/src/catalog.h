@@ -4,9 +4,14 @@
 #define ESDATA_CATALOG_H
 
 #include "handles.h"
+#include "id_index.h"
+#include "registry.h"
+#include "slab.h"
 
 #include <array>
+#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -78,13 +83,15 @@ public:
     // folders
     es_folder* folderById(int64_t id);
     es_folder* parentFolder(es_folder* folder);
-    const std::vector<es_folder*>& children(es_folder* folder);
+    const ShellList<es_folder>& children(es_folder* folder);
     es_folder* addChild(es_folder* folder, std::u16string_view name);
     bool deleteChild(es_folder* folder, es_folder* child);
 
     // tables
     const std::vector<es_attribute*>& attributes(es_table* table);
     es_attribute* findAttribute(es_table* table, std::u16string_view name);
+    // The table's attribute row ids, ascending, each with the attribute's index.
+    const std::vector<std::pair<int64_t, uint32_t>>& attributeIds(es_table* table);
     es_attribute* addAttribute(es_table* table, std::u16string_view name,
                                std::u16string_view description, uint32_t type);
     es_attribute* addAttribute(es_table* table, std::u16string_view name,
@@ -92,22 +99,26 @@ public:
                                const AttrFields* fields);
     bool setAttributeNumber(es_attribute* a, int32_t number, bool old);
     bool setAttributeText(es_attribute* a, AttrText field, std::u16string_view text);
-    const std::vector<es_stdsize*>& elements(es_table* table);
+    const ShellList<es_stdsize>& elements(es_table* table);
     es_stdsize* addElement(es_table* table, std::u16string_view ident);
     bool deleteElement(es_table* table, es_stdsize* element);
 
     // elements
     bool setType(es_stdsize* e, std::u16string_view type);
+    // By attribute index of the element's table.
+    const std::vector<Value>& values(es_stdsize* e);
     // Null when the attribute is not of the element's table.
     const Value* value(es_stdsize* e, es_attribute* a);
     bool setValue(es_stdsize* e, es_attribute* a, Value v);
     const std::vector<uint8_t>& representation(es_stdsize* e);
     bool setRepresentation(es_stdsize* e, const void* data, size_t size);
-    es_model* model(es_stdsize* e);
+    const ModelData& model(es_stdsize* e);
     bool clearModel(es_model* m);
     bool setModel(es_model* m, std::u16string_view file, std::u16string_view icon,
                   std::u16string_view name, int32_t version);
     const std::vector<es_projection*>& projections(es_projections* list);
+    // What p holds; empty when it is no longer among its element's fragments.
+    const ProjectionData& projection(es_projection* p);
     es_projection* addProjection(es_projections* list, std::u16string_view name,
                                  std::u16string_view file, std::u16string_view icon, uint32_t type,
                                  std::u16string_view description, uint32_t viewType);
@@ -144,6 +155,13 @@ private:
         Projection,
         Spec
     };
+    struct SchemaRow
+    {
+        int64_t id = 0, pos = 0;
+        int32_t number = 0, oldNumber = 0;
+        uint32_t type = 0;
+        std::array<const std::u16string*, 5> texts{}; // name, description, var, measure, formula
+    };
     struct Tracked
     {
         Kind kind;
@@ -158,21 +176,34 @@ private:
     template <class F> auto writeSingle(F&& f) -> decltype(f());
     // Every write of a catalog opened for reading fails with this before it touches anything.
     void refuseIfReadOnly() const;
+    void beginRead();
+    void endRead();
+    static int64_t coarseNow(); // nanoseconds, a few milliseconds a tick
+    void releaseIdleReads();
     void created(Kind k, Handle* h);
     void killed(Kind k, Handle* h);
     bool fresh(uint64_t g) const { return g == m_gen; }
-    es_folder* makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string name);
-    es_stdsize* makeElement(int64_t id, es_folder* folder, int64_t packet, std::u16string ident,
-                            std::u16string type);
+    es_folder* makeFolder(int64_t id, int64_t packet, int64_t parent, std::u16string_view name);
+    es_stdsize* makeElement(int64_t id, es_folder* folder, std::u16string_view ident,
+                            std::u16string_view type);
+    es_projection* makeProjection(es_stdsize* e, int64_t id);
     es_stdsize* elementById(int64_t id);
+    Schema& schemaOf(es_table* table);
+    // The element's cache, made (and the oldest let go) when it has none.
+    ElementCache& cacheOf(es_stdsize* e);
     void loadValues(es_stdsize* e);
-    void keepCached(es_stdsize* e);
+    // A copy of s kept until the catalog closes, for texts that never change.
+    const char16_t* keepText(std::u16string_view s);
     void loadPacketFolders(es_packet* packet);
     void loadPacketElements(es_packet* packet);
     void markNewFolder(es_folder* f);
     void eraseFromMap(const Tracked& t);
     const std::u16string* intern(std::u16string_view s);
     const std::u16string* intern(const Query& q, int column);
+    // Like intern(q, column) for field of a schema's row: schemas read one after another are
+    // often alike, so the text of the same row and field of the last schema read is
+    // recognised by its stored bytes, neither decoded nor looked up.
+    const std::u16string* internRow(const Query& q, size_t row, size_t field, int column);
     // Lets go of one use of an interned text.
     void release(const std::u16string* s);
     // An attribute object for row id of table under a new face, tracked at once or, with
@@ -198,6 +229,8 @@ private:
     void named(const std::u16string& name);
     bool storeCopy(std::u16string_view file, std::u16string& name, std::u16string& digest);
     std::u16string filePath(const std::u16string& name) const;
+    // filePath of the stored name in column of q, into out.
+    void storedPath(const Query& q, int column, std::u16string& out);
 
     sqlite3* m_db = nullptr;
     std::vector<sqlite3_stmt*> m_stmts;
@@ -205,10 +238,16 @@ private:
     uint64_t m_gen = 1;
     int64_t m_dataVersion = 0;
     std::chrono::steady_clock::time_point m_lastLook;
-    // Elements whose values and model are cached, oldest first, with the load they were cached by:
-    // a walk over a large catalog keeps only the most recent ones.
-    std::deque<std::pair<es_stdsize*, uint64_t>> m_valueCache;
-    uint64_t m_valueLoads = 0;
+    static constexpr uint32_t kCallsPerClock = 8;
+    int64_t m_lastTick = 0;
+    uint32_t m_callsSinceClock = 0;
+    // Elements with a cache, oldest first: a walk over a large catalog keeps only the most
+    // recent ones.
+    std::deque<es_stdsize*> m_cached;
+    std::unique_ptr<ElementCache> m_spareCache; // the room of the last one let go
+    // Blocks of kept texts.
+    std::vector<std::unique_ptr<char16_t[]>> m_textBlocks, m_longTexts;
+    size_t m_textFree = 0;
     bool m_filesDirReady = false;
     bool m_readOnly = false;
     // Interned texts with the number of their uses.
@@ -221,18 +260,29 @@ private:
     std::vector<es_attribute*> m_freeAttributes;
     uint64_t m_scopeSerial = 0;
     std::u16string m_scratch;
+    std::vector<SchemaRow> m_schemaRows;
+    struct LastText
+    {
+        std::string utf8;
+        std::pair<const std::u16string, uint32_t>* entry = nullptr; // holds a use
+    };
+    std::vector<std::array<LastText, 5>> m_lastRows;
 
     std::deque<es_packet> m_packetArena;
-    std::deque<es_folder> m_folderArena;
     std::deque<es_attribute> m_attributeArena;
-    std::deque<es_stdsize> m_elementArena;
-    std::deque<es_projection> m_projectionArena;
-    std::deque<es_spec> m_specArena;
+    Slab<es_folder> m_folderArena{this,
+                                  {{0, HandleKind::Folder},
+                                   {memberOffset(&es_folder::table), HandleKind::Table}}};
+    Slab<es_stdsize> m_elementArena{
+        this,
+        {{0, HandleKind::Element},
+         {memberOffset(&es_stdsize::model), HandleKind::Model},
+         {memberOffset(&es_stdsize::projections), HandleKind::Projections}}};
+    Slab<es_projection> m_projectionArena{this, {{0, HandleKind::Projection}}};
+    Slab<es_spec> m_specArena{this, {{0, HandleKind::Spec}}};
     std::unordered_map<int64_t, es_packet*> m_packets;
-    std::unordered_map<int64_t, es_folder*> m_folders;
-    std::unordered_map<int64_t, es_stdsize*> m_elements;
-    std::unordered_map<int64_t, es_projection*> m_projections;
-    std::unordered_map<int64_t, es_spec*> m_specs;
+    IdIndex<es_folder> m_folders;
+    IdIndex<es_stdsize> m_elements;
     uint64_t m_packetListGen = kStale;
     std::vector<es_packet*> m_packetList;
     std::unordered_set<es_object*> m_objects;
@@ -243,6 +293,16 @@ private:
     mutable std::unordered_map<std::u16string, int> m_ahead; // case folded, stored ahead
 
     bool m_inScope = false;
+    bool m_reading = false;   // a read transaction is held between calls
+    bool m_holdReads = false; // only in WAL mode, where a reader holds up no writer
+    // Ends the read transaction once no call came for a while.
+    std::thread m_idleReader;
+    std::mutex m_idleMutex;
+    std::condition_variable m_idleWake;
+    bool m_idleStop = false;
+    bool m_readHeld = false;   // under m_idleMutex
+    bool m_idleAsleep = false; // likewise: waiting for a read to be held
+    std::atomic<int64_t> m_lastCall{0};
     std::thread::id m_scopeOwner;
     std::vector<Tracked> m_scopeCreated, m_scopeKilled;
 };

@@ -4,8 +4,10 @@
 #define ESDATA_HANDLES_H
 
 #include "esdata/esdata.h"
+#include "shell_list.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -39,7 +41,6 @@ inline const std::u16string kNoText;
 
 struct Handle
 {
-    Catalog* cat = nullptr;
     int64_t id = 0;
     bool dead = false;
 };
@@ -65,31 +66,48 @@ struct es_packet : esdata::Handle
     std::vector<es_folder*> folders; // every folder of the packet, in creation order
 };
 
-struct es_table
+namespace esdata {
+
+// A table's schema while the catalog holds it: let go as a whole when too many are held.
+struct Schema
 {
-    es_folder* folder = nullptr;
-    uint64_t schemaGen = esdata::kStale;
     std::vector<es_attribute*> attributes;
     int64_t maxPos = 0;                  // highest stored position of the schema
     uint64_t byNameGen = esdata::kStale; // the name index is built for wide tables only
     // Keyed by the attributes' interned names, which live as long as the attributes.
     std::unordered_map<std::u16string_view, es_attribute*> byName;
-    // The schema's attributes are let go when the catalog holds too many: listed while it
-    // holds any, recent when used since the last look, pinned by the scope that added some.
+    // The attributes' row ids in ascending order with their index, to place an element's
+    // values read in row id order.
+    uint64_t byIdGen = esdata::kStale;
+    std::vector<std::pair<int64_t, uint32_t>> byId;
+};
+
+} // namespace esdata
+
+// Tables, folders, elements and fragments stay in memory as small shells (identity,
+// liveness, row id) for as long as their catalog is open, since callers keep their handles;
+// what is large is read into caches bounded by count and read again when asked for.
+struct es_table
+{
+    es_folder* folder = nullptr;
+    uint64_t schemaGen = esdata::kStale;
+    std::unique_ptr<esdata::Schema> schema; // null while the catalog holds no attribute of it
+    // The schema is let go when the catalog holds too many attributes: listed while it holds
+    // any, recent when used since the last look, pinned by the scope that added some.
     bool listed = false;
     bool recent = false;
     uint64_t scopePin = 0;
     uint64_t elementsGen = esdata::kStale;
-    std::vector<es_stdsize*> elements;
+    esdata::ShellList<es_stdsize> elements;
 };
 
 struct es_folder : esdata::Handle
 {
     int64_t packetId = 0;
-    int64_t parentId = 0; // 0: the root folder of its packet
-    std::u16string name;
+    int64_t parentId = 0;               // 0: the root folder of its packet
+    const char16_t* name = u"";         // kept by the catalog until it closes
     uint64_t childrenGen = esdata::kStale;
-    std::vector<es_folder*> children;
+    esdata::ShellList<es_folder> children;
     es_table table;
 };
 
@@ -111,10 +129,37 @@ struct es_attribute : esdata::Handle
     const std::u16string* formula = &esdata::kNoText;
 };
 
+// The model slot and the projection list of an element are handles of their own, inside the
+// element's shell; what they hold is in the element's cache.
 struct es_model
 {
     es_stdsize* element = nullptr;
-    uint64_t gen = esdata::kStale;
+};
+
+struct es_projections
+{
+    es_stdsize* element = nullptr;
+};
+
+struct es_projection : esdata::Handle
+{
+    es_stdsize* element = nullptr;
+    es_projection* next = nullptr; // the element's other fragment shells, newest first
+};
+
+struct es_spec : esdata::Handle
+{
+    es_stdsize* element = nullptr;
+    es_spec* next = nullptr; // the element's other specification shells, newest first
+    std::u16string libName;
+    int32_t style = 0, firstPart = 0, secondPart = 0;
+    std::vector<std::pair<int32_t, std::u16string>> columns;
+};
+
+namespace esdata {
+
+struct ModelData
+{
     bool present = false;
     std::u16string file; // full path of the stored copy
     std::u16string digest, name;
@@ -122,44 +167,42 @@ struct es_model
     std::vector<uint8_t> icon;
 };
 
-struct es_projection : esdata::Handle
+struct ProjectionData
 {
-    es_stdsize* element = nullptr;
     std::u16string name, description, file, digest;
     uint32_t type = 0;
     uint32_t viewType = 0;
     std::vector<uint8_t> icon;
 };
 
-struct es_projections
+// What is read of an element beyond its identity, kept for the elements read last only.
+struct ElementCache
 {
-    es_stdsize* element = nullptr;
-    uint64_t gen = esdata::kStale;
-    std::vector<es_projection*> items;
+    uint64_t valuesGen = kStale;
+    std::vector<Value> values; // by attribute index of the table
+    uint64_t reprGen = kStale;
+    std::vector<uint8_t> repr;
+    uint64_t modelGen = kStale;
+    ModelData model;
+    uint64_t projectionsGen = kStale;
+    std::vector<es_projection*> projections;
+    std::vector<ProjectionData> projectionData; // beside projections
+    uint64_t specsGen = kStale;
+    std::vector<es_spec*> specs;
 };
 
-struct es_spec : esdata::Handle
-{
-    es_stdsize* element = nullptr;
-    std::u16string libName;
-    int32_t style = 0, firstPart = 0, secondPart = 0;
-    std::vector<std::pair<int32_t, std::u16string>> columns;
-};
+} // namespace esdata
 
 struct es_stdsize : esdata::Handle
 {
     es_folder* folder = nullptr;
-    int64_t packetId = 0;
-    std::u16string ident, type;
-    uint64_t valuesGen = esdata::kStale;
-    std::vector<esdata::Value> values; // by attribute index of the table
-    uint64_t valuesLoad = 0;           // the last caching of values or model
-    uint64_t reprGen = esdata::kStale;
-    std::vector<uint8_t> repr;
+    const char16_t* ident = u"";                    // kept by the catalog until it closes
+    const std::u16string* type = &esdata::kNoText; // interned
     es_model model;
     es_projections projections;
-    uint64_t specsGen = esdata::kStale;
-    std::vector<es_spec*> specs;
+    es_projection* fragments = nullptr; // every fragment shell made for it, newest first
+    es_spec* specShells = nullptr;      // likewise its specification shells
+    std::unique_ptr<esdata::ElementCache> cache;
 };
 
 struct es_object

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <shared_mutex>
@@ -37,10 +38,44 @@ struct HandleInfo
     void* object;
 };
 
+// Objects kept in chunks by their catalog: one entry for a whole chunk.
+struct Range
+{
+    uintptr_t end = 0;
+    size_t size = 0;
+    std::vector<std::pair<size_t, HandleKind>> kinds;
+    Catalog* cat = nullptr;
+    std::atomic<uint32_t> used{0};
+};
+
 struct HandleTable
 {
     std::shared_mutex mutex;
     std::unordered_map<const void*, HandleInfo> handles;
+    std::map<uintptr_t, Range> ranges; // by first address
+
+    // What h is, looked up under the lock; false when it is no handle of that kind.
+    bool find(const void* h, HandleKind kind, HandleInfo& info) const
+    {
+        if (auto it = handles.find(h); it != handles.end()) {
+            info = it->second;
+            return info.kind == kind;
+        }
+        const auto a = reinterpret_cast<uintptr_t>(h);
+        auto it = ranges.upper_bound(a);
+        if (it == ranges.begin()) return false;
+        --it;
+        const Range& r = it->second;
+        if (a >= r.end) return false;
+        const uintptr_t offset = a - it->first;
+        if (offset / r.size >= r.used.load(std::memory_order_acquire)) return false;
+        for (const auto& [at, k] : r.kinds)
+            if (at == offset % r.size && k == kind) {
+                info = HandleInfo{kind, r.cat, const_cast<void*>(h)};
+                return true;
+            }
+        return false;
+    }
 };
 
 // Each thread remembers the handles it asked about last, valid while the table's epoch is
@@ -196,6 +231,24 @@ es_pool* poolForLibrary(std::u16string_view libraryId)
     return nullptr;
 }
 
+std::atomic<uint32_t>* trackRange(const void* begin, size_t size, size_t count,
+                                  const std::vector<std::pair<size_t, HandleKind>>& kinds,
+                                  Catalog* cat)
+{
+    HandleTable& t = handleTable();
+    std::unique_lock lock(t.mutex);
+    const auto a = reinterpret_cast<uintptr_t>(begin);
+    Range& r = t.ranges[a];
+    r.end = a + size * count;
+    r.size = size;
+    r.kinds = kinds;
+    r.cat = cat;
+    r.used.store(0, std::memory_order_release);
+    // New memory: an address remembered from before may have meant something else.
+    g_epoch.fetch_add(1, std::memory_order_acq_rel);
+    return &r.used;
+}
+
 void trackHandle(const void* h, HandleKind kind, Catalog* cat, void* object)
 {
     const HandleInfo info{kind, cat, object ? object : const_cast<void*>(h)};
@@ -242,6 +295,7 @@ void forgetHandles(Catalog* cat)
     HandleTable& t = handleTable();
     std::unique_lock lock(t.mutex);
     std::erase_if(t.handles, [cat](const auto& entry) { return entry.second.cat == cat; });
+    std::erase_if(t.ranges, [cat](const auto& entry) { return entry.second.cat == cat; });
     g_epoch.fetch_add(1, std::memory_order_acq_rel);
 }
 
@@ -260,14 +314,14 @@ std::shared_ptr<Catalog> catalogFor(const void* h, HandleKind kind, void** objec
     }
     HandleTable& t = handleTable();
     std::shared_lock lock(t.mutex);
-    auto it = t.handles.find(h);
-    if (it == t.handles.end() || it->second.kind != kind) return nullptr;
+    HandleInfo info{};
+    if (!t.find(h, kind, info)) return nullptr;
     // Alive: its handles leave the table before it is destroyed.
-    std::shared_ptr<Catalog> held = it->second.cat->self.lock();
+    std::shared_ptr<Catalog> held = info.cat->self.lock();
     if (held) {
-        r = Remembered{
-            h, kind, g_epoch.load(std::memory_order_acquire), held.get(), it->second.object, held};
-        if (object) *object = it->second.object;
+        r = Remembered{h, kind, g_epoch.load(std::memory_order_acquire), held.get(), info.object,
+                       held};
+        if (object) *object = info.object;
     }
     return held;
 }
@@ -282,16 +336,12 @@ bool isHandle(const void* h, HandleKind kind, const Catalog* cat, void** object)
     }
     HandleTable& t = handleTable();
     std::shared_lock lock(t.mutex);
-    auto it = t.handles.find(h);
-    if (it == t.handles.end() || it->second.kind != kind) return false;
-    r = Remembered{h,
-                   kind,
-                   g_epoch.load(std::memory_order_acquire),
-                   it->second.cat,
-                   it->second.object,
-                   it->second.cat->self};
-    if (object) *object = it->second.object;
-    return it->second.cat == cat;
+    HandleInfo info{};
+    if (!t.find(h, kind, info)) return false;
+    r = Remembered{h, kind, g_epoch.load(std::memory_order_acquire), info.cat, info.object,
+                   info.cat->self};
+    if (object) *object = info.object;
+    return info.cat == cat;
 }
 
 bool recordUpdated(std::u16string_view item)

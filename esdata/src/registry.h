@@ -3,6 +3,8 @@
 #ifndef ESDATA_REGISTRY_H
 #define ESDATA_REGISTRY_H
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -32,6 +34,12 @@ enum class HandleKind : uint8_t
     Projection,
     Spec
 };
+// A range of count objects of size bytes each from begin, every one a handle from the moment
+// the returned counter (of the objects in use, from the first) includes it: of kinds[i].second
+// at offset kinds[i].first inside the object. Forgotten with the catalog's other handles.
+std::atomic<uint32_t>* trackRange(const void* begin, size_t size, size_t count,
+                                  const std::vector<std::pair<size_t, HandleKind>>& kinds,
+                                  Catalog* cat);
 // object: what h stands for, when h is not the item's own address (a face); h otherwise.
 void trackHandle(const void* h, HandleKind kind, Catalog* cat, void* object = nullptr);
 void forgetHandles(Catalog* cat);

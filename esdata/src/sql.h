@@ -121,6 +121,13 @@ public:
         text(c, out);
         return out;
     }
+    // The column's text as stored (UTF-8), valid until the next step.
+    std::string_view utf8(int c) const
+    {
+        auto p = reinterpret_cast<const char*>(sqlite3_column_text(m_stmt, c));
+        return p ? std::string_view(p, size_t(sqlite3_column_bytes(m_stmt, c)))
+                 : std::string_view();
+    }
     // Decoded here rather than by SQLite: it saves SQLite a conversion buffer per column.
     void text(int c, std::u16string& out) const
     {

@@ -3,6 +3,8 @@
 #include "esdatatest.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -130,8 +132,17 @@ void TstEsdataSafety::rollbackRestoresDataAndHandles()
     es_value v;
     QVERIFY(stdsize_GetValue(kept, a0, &v)); // cached before the scope
     QCOMPARE(v.i, 100);
+    // Many elements, so that the ones made inside the scope and let go share the index with
+    // these, which must still be found as the same handles.
+    es_table_t* many = folder_GetTable(folder_AddChildFolder(root, u"Many"));
+    std::vector<es_stdsize_t*> before;
+    for (int k = 0; k < 200; ++k)
+        before.push_back(table_AddStdSize(many, u16("L" + QString::number(k)).c_str()));
+    std::vector<es_stdsize_t*> madeInside;
 
     QVERIFY(esx_Begin(p));
+    for (int k = 0; k < 200; ++k)
+        madeInside.push_back(table_AddStdSize(many, u16("M" + QString::number(k)).c_str()));
     QVERIFY(stdsize_SetValueI(kept, a0, -1));
     QVERIFY(stdsize_SetType(kept, u"CHANGED"));
     QVERIFY(attribute_SetFormula(a0, u"{A1}"));
@@ -156,7 +167,18 @@ void TstEsdataSafety::rollbackRestoresDataAndHandles()
     QCOMPARE(qs(attribute_GetName(added)), QString()); // dead
     QCOMPARE(qs(stdsize_GetID(inside)), QString());    // dead
     QCOMPARE(provider_GetPacketCount(p), 1u);
-    QCOMPARE(folder_GetChildFolderCount(root), 2u);
+    QCOMPARE(folder_GetChildFolderCount(root), 3u);
+    es_packet_t* packet = provider_GetPacket(p, 0);
+    for (int k = 0; k < 200; ++k) {
+        QCOMPARE(packet_FindStdSize(packet, u16("L" + QString::number(k)).c_str()), before[k]);
+        QVERIFY(!packet_FindStdSize(packet, u16("M" + QString::number(k)).c_str()));
+        QCOMPARE(qs(stdsize_GetID(madeInside[k])), QString()); // dead
+    }
+    QCOMPARE(table_GetStdSizeCount(many), 200u);
+    // Made again (with the row ids of the undone ones): new live handles, found as such.
+    es_stdsize_t* again = table_AddStdSize(many, u"M7");
+    QVERIFY(again && again != madeInside[7]);
+    QCOMPARE(packet_FindStdSize(packet, u"M7"), again);
     // What was deleted inside the scope lives again, with the same handles.
     QCOMPARE(qs(stdsize_GetID(doomed)), QString("K2"));
     QCOMPARE(folder_GetChildFolder(root, 1), doomedFolder);
@@ -322,7 +344,8 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
           WHERE e.ident='E' AND a.name='A2';
         COMMIT;)SQL";
     QCOMPARE(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(other);
+    // A write at once, from reads of before the other's commit: it is neither refused nor lost.
+    QVERIFY(stdsize_SetType(e, u"HERE"));
     QThread::msleep(5);
 
     QCOMPARE(provider_GetPacketCount(p), 2u);
@@ -334,6 +357,41 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
     QCOMPARE(v.i, 12);
     QVERIFY(stdsize_GetValueByName(e, u"A2", &v));
     QCOMPARE(v.i, 25);
+    QCOMPARE(qs(stdsize_GetType(e)), QString("HERE"));
+
+    // The other program writes while this one is between calls, and a caller that never
+    // pauses sees it too.
+    QCOMPARE(sqlite3_exec(other,
+                          "INSERT INTO es_element(packet, folder, ident) SELECT packet, folder, "
+                          "'E3' FROM es_element WHERE ident='E'",
+                          nullptr, nullptr, nullptr),
+             SQLITE_OK);
+    sqlite3_stmt* type = nullptr;
+    sqlite3_prepare_v2(other, "SELECT type FROM es_element WHERE ident='E'", -1, &type, nullptr);
+    QCOMPARE(sqlite3_step(type), SQLITE_ROW);
+    QCOMPARE(QByteArray(reinterpret_cast<const char*>(sqlite3_column_text(type, 0))),
+             QByteArray("HERE"));
+    sqlite3_finalize(type);
+    sqlite3_close(other);
+    QElapsedTimer busy;
+    busy.start();
+    while (table_GetStdSizeCount(t) != 3u && busy.elapsed() < 2000) {
+    }
+    QCOMPARE(table_GetStdSizeCount(t), 3u);
+
+    // Left unused for a while, this catalog holds nothing that keeps the other program from
+    // emptying the journal.
+    QThread::msleep(400);
+    QCOMPARE(sqlite3_open(db.toUtf8().constData(), &other), SQLITE_OK);
+    sqlite3_stmt* checkpoint = nullptr;
+    sqlite3_prepare_v2(other, "PRAGMA wal_checkpoint(TRUNCATE)", -1, &checkpoint, nullptr);
+    QCOMPARE(sqlite3_step(checkpoint), SQLITE_ROW);
+    const int blocked = sqlite3_column_int(checkpoint, 0);
+    sqlite3_finalize(checkpoint);
+    sqlite3_close(other);
+    QCOMPARE(blocked, 0);
+    QCOMPARE(QFileInfo(db + "-wal").size(), qint64(0));
+    QCOMPARE(table_GetStdSizeCount(t), 3u);
 }
 
 int main(int argc, char** argv)

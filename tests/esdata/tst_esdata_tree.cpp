@@ -386,6 +386,18 @@ void TstEsdataTree::handleOfClosedCatalogOrOtherKindIsRefused()
     QVERIFY(!folder_DeleteChildFolder(packet_GetRootFolder(pk), reinterpret_cast<es_folder_t*>(t)));
     QCOMPARE(provider_GetPacketCount(reinterpret_cast<es_provider_t*>(pk)), 0u);
     QVERIFY(refused());
+    // Inside an element, only the element itself, its model and its fragment list are handles,
+    // each of its own kind.
+    es_projections_t* l = stdsize_GetProjections(e);
+    QCOMPARE(qs(stdsize_GetID(reinterpret_cast<es_stdsize_t*>(m))), QString());
+    QVERIFY(refused());
+    QCOMPARE(model_GetVersion(reinterpret_cast<es_model_t*>(l)), 0);
+    QVERIFY(refused());
+    auto* inside = reinterpret_cast<es_stdsize_t*>(reinterpret_cast<char*>(e) + 1);
+    QCOMPARE(qs(stdsize_GetID(inside)), QString());
+    QVERIFY(refused());
+    QCOMPARE(projections_GetProjectioCount(l), 0u);
+    QVERIFY(!refused());
     // The right handles still answer.
     QVERIFY(stdsize_GetValue(e, a, &v));
     QCOMPARE(v.i, 7);

@@ -4,7 +4,10 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
+
+#include <sqlite3.h>
 
 #include <limits>
 
@@ -31,7 +34,8 @@ private slots:
     void badInputGivesEmptyResults_data();
     void badInputGivesEmptyResults();
     void updatedItemsAreRegistered();
-    void elementReadLongAgoAnswersAsBefore();
+    void elementLeftTheCacheAnswersAsBefore_data();
+    void elementLeftTheCacheAnswersAsBefore();
 
 private:
     QTemporaryDir m_dir;
@@ -378,65 +382,106 @@ void TstEsdataValues::updatedItemsAreRegistered()
 
 // A walk keeps only the elements read last in memory; one read long ago is read again from the
 // catalog and answers as it did, also after a write made while it was out of memory.
-void TstEsdataValues::elementReadLongAgoAnswersAsBefore()
+void TstEsdataValues::elementLeftTheCacheAnswersAsBefore_data()
 {
+    // What happens to the first element while the store keeps others in its place.
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<QString>("value"); // read back through the kept handle; "" when refused
+    QTest::addColumn<QString>("modelName");
+    QTest::newRow("unchanged") << "" << "значение 0" << "Модель";
+    QTest::newRow("written here") << "here" << "новое" << "Модель";
+    QTest::newRow("written by another program") << "other" << "чужое" << "Другая";
+    QTest::newRow("deleted") << "delete" << "" << "";
+}
+
+void TstEsdataValues::elementLeftTheCacheAnswersAsBefore()
+{
+    QFETCH(QString, change);
+    QFETCH(QString, value);
+    QFETCH(QString, modelName);
     QTemporaryDir dir;
-    CatalogGuard cat(openCatalog(dir.filePath("walk.db")));
+    const QString db = dir.filePath("walk.db");
+    CatalogGuard cat(openCatalog(db));
     QVERIFY(cat.get());
     const QString model = dir.filePath("m.m3d");
     const QString icon = dir.filePath("m.png");
     QVERIFY(writeFile(model, "model content"));
     QVERIFY(writeFile(icon, "icon bytes"));
     std::vector<es_stdsize_t*> elements;
-    for (int i = 0; i < 400; ++i) {
+    for (int i = 0; i < 300; ++i) {
         const std::u16string id = u16(QString("E%1").arg(i));
         es_stdsize_t* e = addElement(cat.get(), u"Walk", (u"folder " + id).c_str(), id.c_str());
         QVERIFY(e);
         es_attribute_t* a = table_AddAttribute(stdsize_GetTable(e), u"N", u"Номер", ES_ATTR_TEXT);
         QVERIFY(stdsize_SetValueS(e, a, u16(QString("значение %1").arg(i)).c_str()));
         QVERIFY(model_SetModelEx(stdsize_GetModel(e), u16(model).c_str(), u16(icon).c_str(),
-                                 u"Модель", i));
+                                 u"Модель", i + 7));
         QVERIFY(projections_AddProjectionEx(stdsize_GetProjections(e), u"Вид", u16(model).c_str(),
                                             u16(icon).c_str(), 1, u"", 2));
         elements.push_back(e);
     }
-    // A fragment handle held while its element drops out of memory.
-    es_projection_t* view = projections_GetProjection(stdsize_GetProjections(elements[0]), 0);
-    QVERIFY(view);
+    QVERIFY(provider_RunCommand(
+        cat.get(), u"<commands><command type=\"create_spec\"><stdSize packet=\"Walk\" id=\"E0\"/>"
+                   u"<spec styleNum=\"1\" libName=\"Секция\" firstPart=\"2\" secondPart=\"3\">"
+                   u"<column num=\"5\" formula=\"{N}\"/></spec></command></commands>"));
+    // Handles of every part, kept while the element drops out of memory.
+    es_stdsize_t* first = elements[0];
+    es_model_t* m = stdsize_GetModel(first);
+    es_projection_t* view = projections_GetProjection(stdsize_GetProjections(first), 0);
+    es_spec_t* spec = stdsize_GetSpecification(first, 0);
+    QVERIFY(view && spec);
+    const QString modelFile = qs(model_GetModelFile(m));
     const QString viewFile = qs(projection_GetFragmentFile(view));
-    QVERIFY(!viewFile.isEmpty());
+    QVERIFY(!modelFile.isEmpty() && !viewFile.isEmpty());
     auto text = [](es_stdsize_t* e) {
         es_value v;
-        return stdsize_GetValueByName(e, u"N", &v) ? qs(v.s) : QString("<none>");
+        return stdsize_GetValueByName(e, u"N", &v) ? qs(v.s) : QString();
     };
-    const QString firstFile = qs(model_GetModelFile(stdsize_GetModel(elements[0])));
-    QVERIFY(!firstFile.isEmpty());
-    for (es_stdsize_t* e : elements) {
-        text(e);
-        model_GetVersion(stdsize_GetModel(e));
-        projections_GetProjectioCount(stdsize_GetProjections(e));
-    }
-    QCOMPARE(qs(projection_GetFragmentFile(view)), viewFile);
-    const void* viewIcon = nullptr;
-    const size_t viewIconSize = projection_GetIconData(view, &viewIcon);
-    QCOMPARE(QByteArray(static_cast<const char*>(viewIcon), int(viewIconSize)),
-             QByteArray("icon bytes"));
-    QCOMPARE(text(elements[0]), QString("значение 0"));
-    es_model_t* m = stdsize_GetModel(elements[0]);
-    QCOMPARE(qs(model_GetModelFile(m)), firstFile);
-    QCOMPARE(qs(model_GetModelName(m)), QString("Модель"));
-    const void* bytes = nullptr;
-    const size_t size = model_GetIconData(m, &bytes);
-    QCOMPARE(QByteArray(static_cast<const char*>(bytes), int(size)), QByteArray("icon bytes"));
+    auto readOthers = [&] {
+        for (size_t i = 1; i < elements.size(); ++i) {
+            text(elements[i]);
+            model_GetVersion(stdsize_GetModel(elements[i]));
+            projections_GetProjectioCount(stdsize_GetProjections(elements[i]));
+        }
+    };
+    QCOMPARE(text(first), QString("значение 0"));
+    readOthers();
 
-    es_stdsize_t* early = elements[1];
-    for (size_t i = 2; i < elements.size(); ++i)
-        text(elements[i]);
-    QVERIFY(stdsize_SetValueS(early, table_FindAttribute(stdsize_GetTable(early), u"N"), u"новое"));
-    for (size_t i = 2; i < elements.size(); ++i)
-        text(elements[i]);
-    QCOMPARE(text(early), QString("новое"));
-    QCOMPARE(model_GetVersion(stdsize_GetModel(early)), 1);
+    if (change == "here") {
+        QVERIFY(stdsize_SetValueS(first, table_FindAttribute(stdsize_GetTable(first), u"N"),
+                                  u"новое"));
+    } else if (change == "delete") {
+        QVERIFY(table_DeleteStdSize(stdsize_GetTable(first), first));
+    } else if (change == "other") {
+        sqlite3* other = nullptr;
+        QCOMPARE(sqlite3_open(db.toUtf8().constData(), &other), SQLITE_OK);
+        const char* sql = "UPDATE es_value SET value='чужое' WHERE element=(SELECT id FROM "
+                          "es_element WHERE ident='E0');"
+                          "UPDATE es_model SET name='Другая' WHERE element=(SELECT id FROM "
+                          "es_element WHERE ident='E0');";
+        QCOMPARE(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+        sqlite3_close(other);
+        QThread::msleep(5);
+    }
+    readOthers();
+
+    const bool alive = change != "delete";
+    QCOMPARE(text(first), value);
+    QCOMPARE(qs(model_GetModelName(m)), modelName);
+    QCOMPARE(qs(model_GetModelFile(m)), alive ? modelFile : QString());
+    QCOMPARE(model_GetVersion(m), alive ? 7 : 0);
+    QCOMPARE(qs(stdsize_GetID(first)), alive ? QString("E0") : QString());
+    QCOMPARE(qs(esx_LastError()).isEmpty(), alive);
+    QCOMPARE(qs(projection_GetFragmentFile(view)), alive ? viewFile : QString());
+    const void* bytes = nullptr;
+    const size_t size = projection_GetIconData(view, &bytes);
+    QCOMPARE(QByteArray(static_cast<const char*>(bytes), int(size)),
+             alive ? QByteArray("icon bytes") : QByteArray());
+    QCOMPARE(qs(spec_LibName(spec)), alive ? QString("Секция") : QString());
+    QCOMPARE(spec_ColumnNumber(spec, 0), alive ? 5 : 0);
+    QCOMPARE(stdsize_GetSpecificationCount(first), alive ? 1u : 0u);
+    // The others answer as well after all this.
+    QCOMPARE(text(elements[299]), QString("значение 299"));
 }
 
 QTEST_GUILESS_MAIN(TstEsdataValues)
