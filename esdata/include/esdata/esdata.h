@@ -17,15 +17,16 @@
  *   esx_CloseCatalog, or given where another kind is expected (a table as a folder), is
  *   refused the same way without being read, and esx_LastError says why.
  * - Another program may write the same catalog file: what it commits is seen by the calls
- *   made here from a millisecond after its commit on (the caches are dropped when the
+ *   made here from a few milliseconds after its commit on (the caches are dropped when the
  *   database's change counter moved).
  * - Every function accepts null handles and null texts: a null text reads as an empty text,
  *   a null handle makes the call return 0, false, a null handle or an empty value.
  * - Texts are NUL-terminated UTF-16 (char16_t). A text returned by a getter belongs to the
  *   handle it was asked of and stays valid until the same getter is called again on the same
- *   handle, or until the handle dies. Copy it before asking again. The values and the model
- *   of an element are cached for the 256 elements read last: their texts and bytes also lapse
- *   once 256 other elements have had their values or model read.
+ *   handle, or until the handle dies. Copy it before asking again. What an element holds
+ *   (values, model, representation, fragments, specifications) is cached for the 256
+ *   elements read last: its texts and bytes also lapse once 256 other elements have been
+ *   read. The handles themselves stay valid until the catalog is closed.
  * - A provider (and everything below it) may be used from one thread at a time; calls on one
  *   catalog from several threads are serialised inside the store, so a worker thread may
  *   write while the GUI thread waits.
