@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QString>
 
+#include <sqlite3.h>
+
 #include <string>
 
 inline std::u16string u16(const QString& s)
@@ -52,6 +54,22 @@ inline es_stdsize_t* addElement(es_provider_t* p, const char16_t* packet, const 
     }
     es_folder_t* f = folder_AddChildFolder(packet_GetRootFolder(pk), folder);
     return table_AddStdSize(folder_GetTable(f), id);
+}
+
+// Runs sql on a connection of its own, as another program would; true when all of it ran.
+inline bool execSql(const QString& db, const char* sql)
+{
+    sqlite3* h = nullptr;
+    const bool ok = sqlite3_open(db.toUtf8().constData(), &h) == SQLITE_OK &&
+                    sqlite3_exec(h, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(h);
+    return ok;
+}
+
+// Element id of the catalog's first packet.
+inline es_stdsize_t* findElement(es_provider_t* p, const char16_t* id)
+{
+    return packet_FindStdSize(provider_GetPacket(p, 0), id);
 }
 
 class CatalogGuard
