@@ -42,17 +42,20 @@ inline QByteArray readFile(const QString& path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
+// The packet of that name, added when there is none yet.
+inline es_packet_t* packetNamed(es_provider_t* p, const char16_t* name)
+{
+    for (uint32_t i = 0; i < provider_GetPacketCount(p); ++i)
+        if (std::u16string(packet_GetName(provider_GetPacket(p, i))) == name)
+            return provider_GetPacket(p, i);
+    return provider_AddPacket(p, name);
+}
+
 // Packet, folder and an element in one call; null on any failure.
 inline es_stdsize_t* addElement(es_provider_t* p, const char16_t* packet, const char16_t* folder,
                                 const char16_t* id)
 {
-    es_packet_t* pk = provider_AddPacket(p, packet);
-    if (!pk) {
-        for (uint32_t i = 0; i < provider_GetPacketCount(p); ++i)
-            if (std::u16string(packet_GetName(provider_GetPacket(p, i))) == packet)
-                pk = provider_GetPacket(p, i);
-    }
-    es_folder_t* f = folder_AddChildFolder(packet_GetRootFolder(pk), folder);
+    es_folder_t* f = folder_AddChildFolder(packet_GetRootFolder(packetNamed(p, packet)), folder);
     return table_AddStdSize(folder_GetTable(f), id);
 }
 
@@ -70,6 +73,39 @@ inline bool execSql(const QString& db, const char* sql)
 inline es_stdsize_t* findElement(es_provider_t* p, const char16_t* id)
 {
     return packet_FindStdSize(provider_GetPacket(p, 0), id);
+}
+
+// One whole element in its folder "folder <id>": attributes A0.. valued base plus their index, a
+// model holding "model <base>", one projection per view holding "view <base + k>" and 512 bytes
+// of representation; null as soon as a write fails.
+inline es_stdsize_t* writeElement(es_provider_t* p, const QString& dir, const char16_t* packet,
+                                  const QString& id, int attributes, int base, int views)
+{
+    es_packet_t* pk = packetNamed(p, packet);
+    if (!pk) return nullptr;
+    // Stops at the first failure, so that the error told is that of the failed write.
+    const std::u16string ident = u16(id);
+    es_folder_t* f = folder_AddChildFolder(packet_GetRootFolder(pk), (u"folder " + ident).c_str());
+    es_stdsize_t* e = f ? table_AddStdSize(folder_GetTable(f), ident.c_str()) : nullptr;
+    if (!e) return nullptr;
+    for (int a = 0; a < attributes; ++a) {
+        es_attribute_t* at = table_AddAttribute(
+            stdsize_GetTable(e), u16("A" + QString::number(a)).c_str(), u"", ES_ATTR_INT);
+        if (!at || !stdsize_SetValueI(e, at, base + a)) return nullptr;
+    }
+    const QString model = dir + "/model.m3d";
+    writeFile(model, "model " + QByteArray::number(base));
+    if (!model_SetModelEx(stdsize_GetModel(e), u16(model).c_str(), nullptr, u"m", base))
+        return nullptr;
+    for (int k = 0; k < views; ++k) {
+        const QString frw = dir + "/v" + QString::number(k) + ".frw";
+        writeFile(frw, "view " + QByteArray::number(base + k));
+        if (!projections_AddProjectionEx(stdsize_GetProjections(e), u"v", u16(frw).c_str(),
+                                         nullptr, 1, u"", 0))
+            return nullptr;
+    }
+    const QByteArray repr(512, char('a' + base % 26));
+    return stdsize_SetRepresentationData(e, repr.constData(), size_t(repr.size())) ? e : nullptr;
 }
 
 class CatalogGuard

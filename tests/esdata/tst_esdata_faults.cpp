@@ -15,33 +15,9 @@
 
 namespace {
 
-// Writes one whole element: folder, schema, three values, a model and two projections.
 bool writeElement(es_provider_t* p, const QString& dir, const char16_t* id, int version)
 {
-    es_packet_t* pk = pool_FindPacket(esGetLibraryProviderPool(u"orvik.aec.engsystx"), u"P");
-    if (!pk && !(pk = provider_AddPacket(p, u"P"))) return false;
-    es_folder_t* f = folder_AddChildFolder(packet_GetRootFolder(pk), id);
-    if (!f) return false;
-    es_table_t* t = folder_GetTable(f);
-    es_stdsize_t* e = table_AddStdSize(t, id);
-    if (!e) return false;
-    for (int a = 0; a < 3; ++a) {
-        es_attribute_t* at =
-            table_AddAttribute(t, u16("A" + QString::number(a)).c_str(), u"", ES_ATTR_INT);
-        if (!at || !stdsize_SetValueI(e, at, version * 10 + a)) return false;
-    }
-    const QString model = dir + "/model.m3d";
-    writeFile(model, "model " + QByteArray::number(version));
-    if (!model_SetModelEx(stdsize_GetModel(e), u16(model).c_str(), nullptr, u"m", version))
-        return false;
-    for (int k = 0; k < 2; ++k) {
-        const QString frw = dir + "/v" + QString::number(k) + ".frw";
-        writeFile(frw, "view " + QByteArray::number(version * 10 + k));
-        if (!projections_AddProjectionEx(stdsize_GetProjections(e), u"v", u16(frw).c_str(), nullptr,
-                                         1, u"", 0))
-            return false;
-    }
-    return true;
+    return writeElement(p, dir, u"P", QString::fromUtf16(id), 3, version * 10, 2);
 }
 
 // What a reader sees of element id: "" when absent, else its values, model and projections.
@@ -94,7 +70,7 @@ void TstEsdataFaults::everyFailedWriteLeavesTheElementWholeOrAbsent()
     es_provider_t* p = g.get();
     QVERIFY(writeElement(p, m_dir.path(), u"OLD", 1));
     const QString old = describe(p, u"OLD");
-    QCOMPARE(old, QString("10,11,12,model 1,view 10,view 11"));
+    QCOMPARE(old, QString("10,11,12,model 10,view 10,view 11"));
     int n = 1;
     for (;; ++n) {
         QVERIFY(esx_Begin(p));
@@ -116,7 +92,7 @@ void TstEsdataFaults::everyFailedWriteLeavesTheElementWholeOrAbsent()
     // The element takes more than a dozen writes, every one of which was made to fail.
     QVERIFY2(n > 12, qPrintable(QString::number(n)));
     QCOMPARE(describe(p, u"OLD"), QString());
-    QCOMPARE(describe(p, u"NEW"), QString("20,21,22,model 2,view 20,view 21"));
+    QCOMPARE(describe(p, u"NEW"), QString("20,21,22,model 20,view 20,view 21"));
 }
 
 void TstEsdataFaults::fileSizeLimitFailsTheWriteInsteadOfTheProcess()
@@ -235,7 +211,7 @@ void TstEsdataFaults::readOnlyCatalogIsReadAndRefusesWrites()
         if (locked && geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(99);
         es_provider_t* p = esx_OpenCatalogForReading(u16(db).c_str());
         if (!p) _exit(2);
-        if (describe(p, u"E") != "30,31,32,model 3,view 30,view 31") _exit(3);
+        if (describe(p, u"E") != "30,31,32,model 30,view 30,view 31") _exit(3);
         es_stdsize_t* e = packet_FindStdSize(provider_GetPacket(p, 0), u"E");
         es_attribute_t* a = table_GetAttribute(stdsize_GetTable(e), 0);
         if (stdsize_SetValueI(e, a, 7) || esx_LastErrorCode() != ESX_ERROR_WRITE ||
@@ -244,7 +220,7 @@ void TstEsdataFaults::readOnlyCatalogIsReadAndRefusesWrites()
         if (provider_AddPacket(p, u"Q") || esx_Begin(p)) _exit(5);
         const QString model = m_dir.filePath("model.m3d");
         if (model_SetModelEx(stdsize_GetModel(e), u16(model).c_str(), nullptr, u"m", 4)) _exit(6);
-        if (describe(p, u"E") != "30,31,32,model 3,view 30,view 31") _exit(7);
+        if (describe(p, u"E") != "30,31,32,model 30,view 30,view 31") _exit(7);
         esx_CloseCatalog(p);
         _exit(0);
     }
