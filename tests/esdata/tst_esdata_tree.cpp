@@ -15,8 +15,7 @@ private slots:
     void refusesWhatIsNotACatalog_data();
     void refusesWhatIsNotACatalog();
     void reopenKeepsStoredNameAndProvider();
-    void packetsAreUniqueAndOrdered();
-    void foldersNestAndDeleteWithEverythingBelow();
+    void packetsAndFoldersNestAndDeleteWithEverythingBelow();
     void attributesAreNumberedAndPersist();
     void attributeAddedInOneWriteEqualsFieldByField_data();
     void attributeAddedInOneWriteEqualsFieldByField();
@@ -93,32 +92,21 @@ void TstEsdataTree::reopenKeepsStoredNameAndProvider()
     QCOMPARE(qs(packet_GetName(provider_GetPacket(again.get(), 0))), QString("Трубы"));
 }
 
-void TstEsdataTree::packetsAreUniqueAndOrdered()
-{
-    CatalogGuard c(openCatalog(path("packets.db")));
-    es_provider_t* p = c.get();
-    es_packet_t* a = provider_AddPacket(p, u"A");
-    es_packet_t* b = provider_AddPacket(p, u"B");
-    QVERIFY(a && b && a != b);
-    QVERIFY(!provider_AddPacket(p, u"A"));
-    QVERIFY(!provider_AddPacket(p, u""));
-    QVERIFY(!provider_AddPacket(p, nullptr));
-    QCOMPARE(provider_GetPacketCount(p), 2u);
-    QCOMPARE(provider_GetPacket(p, 0), a);
-    QCOMPARE(provider_GetPacket(p, 1), b);
-    QVERIFY(!provider_GetPacket(p, 2));
-    QCOMPARE(packet_GetProvider(b), p);
-    es_folder_t* root = packet_GetRootFolder(a);
-    QVERIFY(root);
-    QCOMPARE(folder_GetPacket(root), a);
-    QVERIFY(!folder_GetParentFolder(root));
-}
-
-void TstEsdataTree::foldersNestAndDeleteWithEverythingBelow()
+void TstEsdataTree::packetsAndFoldersNestAndDeleteWithEverythingBelow()
 {
     QString file = path("folders.db");
     es_provider_t* p = openCatalog(file);
-    es_folder_t* root = packet_GetRootFolder(provider_AddPacket(p, u"P"));
+    es_packet_t* pk = provider_AddPacket(p, u"P");
+    es_packet_t* second = provider_AddPacket(p, u"B");
+    QVERIFY(pk && second && pk != second);
+    for (const char16_t* refused : {u"P", u"", static_cast<const char16_t*>(nullptr)})
+        QVERIFY(!provider_AddPacket(p, refused));
+    QCOMPARE(provider_GetPacketCount(p), 2u);
+    QCOMPARE(provider_GetPacket(p, 1), second);
+    QCOMPARE(packet_GetProvider(second), p);
+    es_folder_t* root = packet_GetRootFolder(pk);
+    QCOMPARE(folder_GetPacket(root), pk);
+    QVERIFY(!folder_GetParentFolder(root));
     es_folder_t* cat = folder_AddChildFolder(root, u"Категория");
     es_folder_t* sub = folder_AddChildFolder(cat, u"folder E1");
     es_folder_t* other = folder_AddChildFolder(root, u"Другая");
@@ -145,10 +133,11 @@ void TstEsdataTree::foldersNestAndDeleteWithEverythingBelow()
     QCOMPARE(table_GetStdSizeCount(t), 0u);
     QCOMPARE(qs(stdsize_GetID(e)), QString());
     QCOMPARE(qs(attribute_GetName(a)), QString());
-    QVERIFY(!packet_FindStdSize(folder_GetPacket(root), u"E1"));
+    QVERIFY(!packet_FindStdSize(pk, u"E1"));
     esx_CloseCatalog(p);
 
     CatalogGuard again(openCatalog(file, "", false));
+    QCOMPARE(qs(packet_GetName(provider_GetPacket(again.get(), 1))), QString("B"));
     es_folder_t* root2 = packet_GetRootFolder(provider_GetPacket(again.get(), 0));
     QCOMPARE(folder_GetChildFolderCount(root2), 1u);
     QCOMPARE(qs(folder_GetName(folder_GetChildFolder(root2, 0))), QString("Другая"));

@@ -106,24 +106,21 @@ void TstEsdataValues::valuesAreTaggedAndPersist()
 
 void TstEsdataValues::newElementReadsBackWhatWasWritten_data()
 {
-    QTest::addColumn<bool>("inScope");
     QTest::addColumn<bool>("rollBack");
-    QTest::newRow("plain") << false << false;
-    QTest::newRow("in a scope") << true << false;
-    QTest::newRow("rolled back scope") << true << true;
+    QTest::newRow("committed scope") << false;
+    QTest::newRow("rolled back scope") << true;
 }
 
 // Written values and representation data of a new element come back through the same
 // handles, before and after the scope they were written in ends.
 void TstEsdataValues::newElementReadsBackWhatWasWritten()
 {
-    QFETCH(bool, inScope);
     QFETCH(bool, rollBack);
     es_table_t* t = stdsize_GetTable(m_e);
     es_attribute_t* dn = table_FindAttribute(t, u"DN");
     es_attribute_t* name = table_FindAttribute(t, u"NAME_VALUE");
     QVERIFY(dn && name);
-    if (inScope) QVERIFY(esx_Begin(m_p));
+    QVERIFY(esx_Begin(m_p));
     const std::u16string id = u16(QString("R_%1").arg(QTest::currentDataTag()));
     es_stdsize_t* e = table_AddStdSize(t, id.c_str());
     QVERIFY(e);
@@ -144,7 +141,6 @@ void TstEsdataValues::newElementReadsBackWhatWasWritten()
     };
     check();
     if (QTest::currentTestFailed()) return;
-    if (!inScope) return;
     if (rollBack) {
         QVERIFY(esx_Rollback(m_p));
         QVERIFY(!packet_FindStdSize(provider_GetPacket(m_p, 0), id.c_str()));
@@ -275,7 +271,7 @@ void TstEsdataValues::badInputGivesEmptyResults_data()
     QTest::addColumn<QString>("call");
     for (const char* c :
          {"null provider", "null element", "null attribute", "null projections", "null object",
-          "index out of range", "null texts", "null pool", "foreign child"})
+          "index out of range", "null texts", "null pool"})
         QTest::newRow(c) << QString(c);
 }
 
@@ -346,14 +342,6 @@ void TstEsdataValues::badInputGivesEmptyResults()
         QVERIFY(!pool_CreateObject(nullptr, m_e, u"orvik.aec.engsystx"));
         QVERIFY(
             !pool_CreateObject(esGetLibraryProviderPool(u"orvik.aec.engsystx"), nullptr, nullptr));
-    } else if (call == "foreign child") {
-        es_folder_t* root = packet_GetRootFolder(provider_GetPacket(m_p, 0));
-        es_folder_t* other =
-            folder_AddChildFolder(packet_GetRootFolder(provider_GetPacket(m_p, 0)), u"foreign");
-        es_folder_t* grandchild = folder_AddChildFolder(other, u"below");
-        QVERIFY(!folder_DeleteChildFolder(root, grandchild));
-        QVERIFY(!folder_DeleteChildFolder(grandchild, other));
-        QVERIFY(folder_DeleteChildFolder(root, other));
     }
 }
 
