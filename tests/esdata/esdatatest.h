@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
+#include <QStringList>
 
 #include <sqlite3.h>
 
@@ -59,14 +60,28 @@ inline es_stdsize_t* addElement(es_provider_t* p, const char16_t* packet, const 
     return table_AddStdSize(folder_GetTable(f), id);
 }
 
-// Runs sql on a connection of its own, as another program would; true when all of it ran.
+// Runs sql on a connection of its own, as another program would: the first column of every row
+// it gave, or "failed: <message>" alone when a statement failed.
+inline QStringList runSql(const QString& db, const char* sql)
+{
+    QStringList rows;
+    sqlite3* h = nullptr;
+    char* error = nullptr;
+    auto row = [](void* out, int, char** values, char**) {
+        static_cast<QStringList*>(out)->append(QString::fromUtf8(values[0] ? values[0] : ""));
+        return 0;
+    };
+    if (sqlite3_open(db.toUtf8().constData(), &h) != SQLITE_OK ||
+        sqlite3_exec(h, sql, row, &rows, &error) != SQLITE_OK)
+        rows = QStringList{"failed: " + QString::fromUtf8(error ? error : sqlite3_errmsg(h))};
+    sqlite3_free(error);
+    sqlite3_close(h);
+    return rows;
+}
+
 inline bool execSql(const QString& db, const char* sql)
 {
-    sqlite3* h = nullptr;
-    const bool ok = sqlite3_open(db.toUtf8().constData(), &h) == SQLITE_OK &&
-                    sqlite3_exec(h, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
-    sqlite3_close(h);
-    return ok;
+    return !runSql(db, sql).value(0).startsWith("failed: ");
 }
 
 // Element id of the catalog's first packet.

@@ -10,8 +10,6 @@
 #include <QThread>
 #include <QtTest>
 
-#include <sqlite3.h>
-
 #include <atomic>
 #include <cstdio>
 #include <set>
@@ -47,19 +45,7 @@ int runWriter(const QString& db, const QString& dir, int first)
 
 QString integrity(const QString& db)
 {
-    sqlite3* h = nullptr;
-    if (sqlite3_open_v2(db.toUtf8().constData(), &h, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK)
-        return "cannot open";
-    QStringList rows;
-    sqlite3_stmt* st = nullptr;
-    for (const char* sql : {"PRAGMA integrity_check", "PRAGMA foreign_key_check"}) {
-        sqlite3_prepare_v2(h, sql, -1, &st, nullptr);
-        while (sqlite3_step(st) == SQLITE_ROW)
-            rows << QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(st, 0)));
-        sqlite3_finalize(st);
-    }
-    sqlite3_close(h);
-    return rows.join(";");
+    return runSql(db, "PRAGMA integrity_check; PRAGMA foreign_key_check").join(";");
 }
 
 } // namespace
@@ -292,9 +278,7 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
     QCOMPARE(table_GetStdSizeCount(t), 1u);
     QVERIFY(stdsize_GetValue(e, a1, &v) && v.i == 11);
 
-    sqlite3* other = nullptr;
-    QCOMPARE(sqlite3_open(db.toUtf8().constData(), &other), SQLITE_OK);
-    const char* sql = R"SQL(
+    QVERIFY(execSql(db, R"SQL(
         BEGIN IMMEDIATE;
         INSERT INTO es_packet(name) VALUES('Q');
         INSERT INTO es_folder(packet, parent, name) VALUES(last_insert_rowid(), NULL, 'Q');
@@ -307,8 +291,7 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
         UPDATE es_value SET value=12;
         INSERT INTO es_value SELECT e.id, a.id, 25 FROM es_element e, es_attribute a
           WHERE e.ident='E' AND a.name='A2';
-        COMMIT;)SQL";
-    QCOMPARE(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+        COMMIT;)SQL"));
     // A write at once, from reads of before the other's commit: it is neither refused nor lost.
     QVERIFY(stdsize_SetType(e, u"HERE"));
     QThread::msleep(5);
@@ -326,18 +309,10 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
 
     // The other program writes while this one is between calls, and a caller that never
     // pauses sees it too.
-    QCOMPARE(sqlite3_exec(other,
-                          "INSERT INTO es_element(packet, folder, ident) SELECT packet, folder, "
-                          "'E3' FROM es_element WHERE ident='E'",
-                          nullptr, nullptr, nullptr),
-             SQLITE_OK);
-    sqlite3_stmt* type = nullptr;
-    sqlite3_prepare_v2(other, "SELECT type FROM es_element WHERE ident='E'", -1, &type, nullptr);
-    QCOMPARE(sqlite3_step(type), SQLITE_ROW);
-    QCOMPARE(QByteArray(reinterpret_cast<const char*>(sqlite3_column_text(type, 0))),
-             QByteArray("HERE"));
-    sqlite3_finalize(type);
-    sqlite3_close(other);
+    QCOMPARE(runSql(db, "INSERT INTO es_element(packet, folder, ident) SELECT packet, folder, "
+                        "'E3' FROM es_element WHERE ident='E'; "
+                        "SELECT type FROM es_element WHERE ident='E'"),
+             QStringList{"HERE"});
     QElapsedTimer busy;
     busy.start();
     while (table_GetStdSizeCount(t) != 3u && busy.elapsed() < 2000) {
@@ -347,14 +322,8 @@ void TstEsdataSafety::commitsOfAnotherProgramAreSeen()
     // Left unused for a while, this catalog holds nothing that keeps the other program from
     // emptying the journal.
     QThread::msleep(400);
-    QCOMPARE(sqlite3_open(db.toUtf8().constData(), &other), SQLITE_OK);
-    sqlite3_stmt* checkpoint = nullptr;
-    sqlite3_prepare_v2(other, "PRAGMA wal_checkpoint(TRUNCATE)", -1, &checkpoint, nullptr);
-    QCOMPARE(sqlite3_step(checkpoint), SQLITE_ROW);
-    const int blocked = sqlite3_column_int(checkpoint, 0);
-    sqlite3_finalize(checkpoint);
-    sqlite3_close(other);
-    QCOMPARE(blocked, 0);
+    // The first column says whether the checkpoint was blocked.
+    QCOMPARE(runSql(db, "PRAGMA wal_checkpoint(TRUNCATE)"), QStringList{"0"});
     QCOMPARE(QFileInfo(db + "-wal").size(), qint64(0));
     QCOMPARE(table_GetStdSizeCount(t), 3u);
 }
