@@ -70,8 +70,7 @@ class TstEsdataGen : public QObject
 
 private slots:
     void initTestCase() { QVERIFY(m_dir.isValid()); }
-    void writesTheRequestedShape();
-    void filesAreHostDocumentsAndIcons();
+    void writesTheRequestedShapeAndFiles();
     void sameSeedSameCatalog_data();
     void sameSeedSameCatalog();
     void progressCanStop();
@@ -80,7 +79,7 @@ private:
     QTemporaryDir m_dir;
 };
 
-void TstEsdataGen::writesTheRequestedShape()
+void TstEsdataGen::writesTheRequestedShapeAndFiles()
 {
     QString db = m_dir.filePath("shape.db");
     gen::Result r = gen::generateCatalog(small(db, 5));
@@ -114,20 +113,14 @@ void TstEsdataGen::writesTheRequestedShape()
         walk(packet_GetRootFolder(pk), 0);
     }
     QCOMPARE(elements, 24);
-}
 
-void TstEsdataGen::filesAreHostDocumentsAndIcons()
-{
-    QString db = m_dir.filePath("files.db");
-    gen::Result r = gen::generateCatalog(small(db, 9));
-    QVERIFY(r.ok);
+    // Its files: fragments of the asked size, models that compress well or hardly at all, icons.
     QCOMPARE(r.files, 8);
     QDir src(db + ".src");
     QStringList fragments = src.entryList({"*.frw"}, QDir::Files);
     QCOMPARE(fragments.size(), 4);
     for (const QString& f : fragments)
         QVERIFY(qAbs(readFile(src.filePath(f)).size() - 3000) < 400);
-    // Half of the files compress well, half hardly at all.
     QByteArray text = readFile(src.filePath("model_0.m3d"));
     QByteArray noise = readFile(src.filePath("model_1.m3d"));
     QVERIFY(qCompress(text).size() < text.size() / 3);
