@@ -36,6 +36,9 @@ QString dump(es_provider_t* p)
             es_projections_t* list = stdsize_GetProjections(e);
             for (uint32_t j = 0; j < projections_GetProjectioCount(list); ++j)
                 line += " prj:" + qs(projection_GetDigest(projections_GetProjection(list, j)));
+            const void* data = nullptr;
+            const size_t n = stdsize_GetRepresentationData(e, &data);
+            line += " repr:" + QByteArray(static_cast<const char*>(data), int(n)).toBase64();
             out << line + QString(" spc:%1").arg(stdsize_GetSpecificationCount(e));
         }
         for (uint32_t i = 0; i < folder_GetChildFolderCount(f); ++i)
