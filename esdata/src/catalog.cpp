@@ -1762,8 +1762,6 @@ bool Catalog::runCommand(std::u16string_view xml)
     std::string error;
     if (!parseCommands(xml, commands, error)) throw std::runtime_error(error);
     std::vector<es_stdsize*> targets;
-    // The records each target had, killed once replaced.
-    std::vector<std::vector<es_spec*>> before;
     for (const CreateSpec& c : commands) {
         es_packet* packet = findPacket(c.packet);
         es_stdsize* e = packet ? findElement(packet, c.id) : nullptr;
@@ -1772,8 +1770,6 @@ bool Catalog::runCommand(std::u16string_view xml)
                                      "\" in packet \"" + toQString(c.packet).toStdString() + "\"");
         targets.push_back(e);
     }
-    for (es_stdsize* e : targets)
-        before.push_back(specs(e));
     write([&] {
         for (size_t k = 0; k < commands.size(); ++k) {
             es_stdsize* e = targets[k];
@@ -1801,12 +1797,13 @@ bool Catalog::runCommand(std::u16string_view xml)
         }
         return true;
     });
-    for (size_t k = 0; k < targets.size(); ++k) {
-        for (es_spec* s : before[k])
+    // Every record a target had is replaced, so each shell made of them dies. Shells of the
+    // new records are made when somebody asks for them: an import writes thousands of
+    // lists that nobody reads back.
+    for (es_stdsize* e : targets) {
+        for (es_spec* s = e->specShells; s; s = s->next)
             killed(Kind::Spec, s);
-        if (targets[k]->cache) targets[k]->cache->specsGen = kStale;
-        for (es_spec* s : specs(targets[k]))
-            created(Kind::Spec, s);
+        if (e->cache) e->cache->specsGen = kStale;
     }
     return true;
 }
