@@ -105,13 +105,13 @@ struct ImportArchive::Private
         return true;
     }
 
-    // Extracts key (claimed) with archive into path and records the outcome; rethrows a
-    // damaged entry's error.
-    void run(zipper::unzip& archive, const QString& key, const QString& path, bool handing)
+    // Extracts key (claimed) into path and records the outcome; rethrows a damaged entry's
+    // error. Called unlocked, from the prefetch or from a write.
+    void run(const QString& key, const QString& path, bool handing)
     {
         Entry done;
         try {
-            archive.extract(key, path);
+            zip->extract(key, path);
             done.state = Entry::Done;
             done.path = path;
             if (handing && handOver) {
@@ -299,7 +299,7 @@ QString ImportArchive::extract(const QString& entryName, bool handOver)
     if (!isSafeEntryName(key) || !d->zip->contains(key)) return {};
     const QString path = d->claim(key);
     lock.unlock();
-    d->run(*d->zip, key, path, handOver);
+    d->run(key, path, handOver);
     lock.lock();
     return d->entries.value(key).path;
 }
@@ -308,20 +308,13 @@ void ImportArchive::prefetch(size_t count, PrefetchList entriesOf)
 {
     stopPrefetch();
     if (!d->zip || count == 0 || !entriesOf) return;
-    std::unique_ptr<zipper::unzip> own;
-    try {
-        own = d->zip->reopen();
-    } catch (const zipper::error& e) {
-        qDebug() << e.what();
-        return;
-    }
     {
         std::lock_guard lock(d->mutex);
         d->stopping = false;
         d->writesAt = 0;
     }
     d->prefetcher =
-        std::thread([d = d.get(), own = std::move(own), count, entriesOf = std::move(entriesOf)] {
+        std::thread([d = d.get(), count, entriesOf = std::move(entriesOf)] {
             for (size_t record = 0; record < count; ++record) {
                 {
                     std::unique_lock lock(d->mutex);
@@ -343,7 +336,7 @@ void ImportArchive::prefetch(size_t count, PrefetchList entriesOf)
                         std::lock_guard lock(d->mutex);
                         if (d->stopping) return;
                         if (key.isEmpty() || d->entries.contains(key) || !isSafeEntryName(key) ||
-                            !own->contains(key))
+                            !d->zip->contains(key))
                             continue;
                         try {
                             path = d->claim(key);
@@ -353,7 +346,7 @@ void ImportArchive::prefetch(size_t count, PrefetchList entriesOf)
                         }
                     }
                     try {
-                        d->run(*own, key, path, entry.handOver);
+                        d->run(key, path, entry.handOver);
                     } catch (const zipper::error&) {
                         // Remembered: the write that needs the entry fails with it.
                     }

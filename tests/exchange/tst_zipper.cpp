@@ -6,10 +6,13 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 #include <optional>
 
 // The archive layer: what it writes, what it refuses to read, and what it leaves behind.
@@ -26,6 +29,8 @@ private slots:
 
     void writtenEntriesReadBackWithEitherSeparator_data();
     void writtenEntriesReadBackWithEitherSeparator();
+    void namesAlikeAfterSeparatorsFindTheFirst();
+    void readsFromSeveralThreadsGetTheirOwnBytes();
     void entriesKeepTheirMethodAndFixedTime_data();
     void entriesKeepTheirMethodAndFixedTime();
     void copiedEntriesKeepTheirCompressedData_data();
@@ -91,6 +96,69 @@ void TestZipper::writtenEntriesReadBackWithEitherSeparator()
     u.extract(lookedUp, path("out.bin"));
     QCOMPARE(ziptest::readFile(path("out.bin")), content);
     QCOMPARE(u.readAll("TX.json", 100), QByteArray("{}"));
+}
+
+void TestZipper::namesAlikeAfterSeparatorsFindTheFirst()
+{
+    {
+        zipper::zip z(path("a.zip"));
+        z.addBytes("first", "TX\\prj\\1.frw");
+        z.addBytes("second", "TX\\prj\\1.frx");
+        z.addBytes("other", "TX\\prj\\2.frw");
+        z.commit();
+    }
+    // The writer refuses a second name alike; another program's archive may hold one.
+    QByteArray bytes = ziptest::readFile(path("a.zip"));
+    QCOMPARE(bytes.count("TX\\prj\\1.frx"), 2);
+    bytes.replace("TX\\prj\\1.frx", "TX/prj/1.frw");
+    ziptest::writeFile(path("a.zip"), bytes);
+    zipper::unzip u(path("a.zip"));
+    QCOMPARE(u.entryCount(), 3);
+    QCOMPARE(u.readAll("TX\\prj\\1.frw", 100), QByteArray("first"));
+    QCOMPARE(u.readAll("TX/prj/1.frw", 100), QByteArray("first"));
+    QCOMPARE(u.readAll("TX/prj/2.frw", 100), QByteArray("other"));
+    QVERIFY(!u.contains("TX/prj/3.frw"));
+    QVERIFY(!u.contains("tx/prj/2.frw"));
+    QCOMPARE(u.declaredSize("TX/prj/3.frw"), -1);
+}
+
+void TestZipper::readsFromSeveralThreadsGetTheirOwnBytes()
+{
+    // Entries large enough that reads overlap, each of its own bytes.
+    constexpr int entries = 40;
+    auto content = [](int i) {
+        QByteArray bytes(64 * 1024 + i * 512, Qt::Uninitialized);
+        QRandomGenerator random(quint32(i + 1));
+        random.fillRange(reinterpret_cast<quint32*>(bytes.data()), bytes.size() / 4);
+        return bytes;
+    };
+    {
+        zipper::zip z(path("a.zip"));
+        for (int i = 0; i < entries; ++i)
+            z.addBytes(content(i), QString("TX\\model\\%1.m3d").arg(i));
+        z.commit();
+    }
+    zipper::unzip u(path("a.zip"));
+    std::atomic<int> wrong = 0;
+    auto reader = [&](int first) {
+        for (int k = 0; k < entries; ++k) {
+            const int i = (first + k) % entries;
+            const QString out = path(QString("out%1_%2.bin").arg(first).arg(i));
+            try {
+                u.extract(QString("TX/model/%1.m3d").arg(i), out);
+                if (ziptest::readFile(out) != content(i)) ++wrong;
+                if (u.readAll(QString("TX/model/%1.m3d").arg(i), 1 << 22) != content(i))
+                    ++wrong;
+            } catch (const zipper::error&) {
+                ++wrong;
+            }
+        }
+    };
+    std::thread a(reader, 0), b(reader, entries / 3), c(reader, entries / 2);
+    a.join();
+    b.join();
+    c.join();
+    QCOMPARE(wrong.load(), 0);
 }
 
 std::optional<TestZipper::Stamp> TestZipper::stamp(const QByteArray& archive,

@@ -22,6 +22,11 @@ struct FileCloser
 {
     void operator()(zip_file_t* file) const { zip_fclose(file); }
 };
+
+std::size_t nameHash(const QString& normalizedName)
+{
+    return qHash(QStringView(normalizedName), 0);
+}
 } // namespace
 
 QString unzip::normalized(QString entryName)
@@ -53,13 +58,12 @@ unzip::unzip(const QString& path, const limits& bounds) : m_path(path), m_limits
     m_budget = m_limits.maxTotalBytes;
     if (m_limits.maxRatio > 0 && onDisk < (m_budget - m_limits.ratioFloor) / m_limits.maxRatio)
         m_budget = onDisk * m_limits.maxRatio + m_limits.ratioFloor;
-    m_index.reserve(qsizetype(count));
+    m_index.reserve(size_t(count));
     for (zip_int64_t i = 0; i < count; ++i) {
         const char* name = zip_get_name(m_zip, zip_uint64_t(i), ZIP_FL_ENC_GUESS);
-        if (!name) continue;
-        const QString key = normalized(QString::fromUtf8(name));
-        if (!m_index.contains(key)) m_index.insert(key, zip_uint64_t(i));
+        if (name) m_index.push_back({nameHash(normalized(QString::fromUtf8(name))), uint32_t(i)});
     }
+    std::sort(m_index.begin(), m_index.end());
 }
 
 unzip::~unzip()
@@ -67,24 +71,31 @@ unzip::~unzip()
     if (m_zip) zip_discard(m_zip);
 }
 
-std::unique_ptr<unzip> unzip::reopen() const
+std::optional<std::uint64_t> unzip::find(const QString& entryName) const
 {
-    auto other = std::make_unique<unzip>(m_path, m_limits);
-    other->m_extracted = m_extracted;
-    return other;
+    const QString key = normalized(entryName);
+    const std::size_t hash = nameHash(key);
+    auto it = std::lower_bound(m_index.begin(), m_index.end(), Slot{hash, 0});
+    std::lock_guard lock(m_mutex);
+    for (; it != m_index.end() && it->hash == hash; ++it) {
+        const char* name = zip_get_name(m_zip, it->index, ZIP_FL_ENC_GUESS);
+        if (name && normalized(QString::fromUtf8(name)) == key) return it->index;
+    }
+    return std::nullopt;
 }
 
 bool unzip::contains(const QString& entryName) const
 {
-    return m_index.contains(normalized(entryName));
+    return find(entryName).has_value();
 }
 
 std::int64_t unzip::declaredSize(const QString& entryName) const
 {
-    const auto it = m_index.constFind(normalized(entryName));
-    if (it == m_index.cend()) return -1;
+    const std::optional<std::uint64_t> index = find(entryName);
+    if (!index) return -1;
+    std::lock_guard lock(m_mutex);
     zip_stat_t st;
-    if (zip_stat_index(m_zip, *it, 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE)) return -1;
+    if (zip_stat_index(m_zip, *index, 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE)) return -1;
     return std::int64_t(st.size);
 }
 
@@ -92,8 +103,9 @@ template <class Sink>
 void unzip::readEntry(const QString& entryName, std::int64_t maxBytes, Sink&& sink)
 {
     const std::string subject = entryName.toStdString();
-    const auto it = m_index.constFind(normalized(entryName));
-    if (it == m_index.cend()) throw error("No such entry in archive", subject, ZIP_ER_NOENT, 0);
+    const std::optional<std::uint64_t> it = find(entryName);
+    if (!it) throw error("No such entry in archive", subject, ZIP_ER_NOENT, 0);
+    std::lock_guard lock(m_mutex);
     zip_stat_t st;
     zip_stat_init(&st);
     if (zip_stat_index(m_zip, *it, 0, &st) != 0) {
@@ -127,7 +139,7 @@ void unzip::readEntry(const QString& entryName, std::int64_t maxBytes, Sink&& si
         }
         if (n == 0) break;
         total += n;
-        const std::int64_t extracted = (*m_extracted += n);
+        const std::int64_t extracted = (m_extracted += n);
         if (declared >= 0 && total > declared)
             throw error("Entry is longer than declared", subject, ZIP_ER_INCONS, 0);
         if (total > maxBytes) throw error("Entry is too large", subject, ZIP_ER_INCONS, 0);

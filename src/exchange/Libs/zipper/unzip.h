@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QByteArray>
-#include <QHash>
 #include <QString>
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
 
 struct zip;
 
@@ -17,8 +18,7 @@ namespace zipper {
 struct limits
 {
     std::int64_t maxEntries = 1'000'000;
-    // Sum of the bytes actually extracted through one archive (an unzip object and those it
-    // reopened): at most maxRatio times the archive's size on disk plus ratioFloor, and never
+    // Sum of the bytes actually extracted through one archive (one unzip object): at most maxRatio times the archive's size on disk plus ratioFloor, and never
     // more than this.
     std::int64_t maxTotalBytes = std::int64_t(32) << 30;
     // Bytes extracted per compressed byte of an entry, checked once an entry passed
@@ -32,7 +32,8 @@ struct limits
 // Reads a ZIP archive. Entry names are looked up with "/" and "\" taken as the same
 // separator. Every read goes to the end of the entry, counting the bytes: a CRC error, an
 // entry longer or shorter than its declared size, or a broken limit throws zipper::error,
-// and a file being extracted is deleted.
+// and a file being extracted is deleted. Any thread may call it: entries are read one at a
+// time, since libzip's archive must not be read from two threads at once.
 class unzip
 {
 public:
@@ -63,10 +64,6 @@ public:
     // removed and zipper::error is thrown.
     void extract(const QString& entryName, const QString& targetPath);
 
-    // The same archive opened once more, for reading on another thread (a libzip archive
-    // must not be read from two threads); both count their bytes against one total.
-    std::unique_ptr<unzip> reopen() const;
-
     static QString normalized(QString entryName);
 
 private:
@@ -78,9 +75,22 @@ private:
     limits m_limits;
     // What the archive may expand to in all, after its size on disk.
     std::int64_t m_budget = 0;
-    std::shared_ptr<std::atomic<std::int64_t>> m_extracted =
-        std::make_shared<std::atomic<std::int64_t>>(0);
-    QHash<QString, std::uint64_t> m_index;
+    std::int64_t m_extracted = 0;
+    // The entry of a normalized name: its first index among those whose name hashes alike.
+    // Hashes and indexes only, sorted: the names themselves stay in libzip's directory, which
+    // holds them anyway, and are compared on a hit.
+    std::optional<std::uint64_t> find(const QString& entryName) const;
+    struct Slot
+    {
+        std::size_t hash;
+        std::uint32_t index;
+        bool operator<(const Slot& other) const
+        {
+            return hash != other.hash ? hash < other.hash : index < other.index;
+        }
+    };
+    std::vector<Slot> m_index;
+    mutable std::mutex m_mutex;
 };
 
 } // namespace zipper
