@@ -48,7 +48,7 @@ QString decisionName(exchange::Decision decision)
     return QString();
 }
 
-void printDryRun(const std::vector<exchange::ImportRecord>& records,
+void printDryRun(const exchange::ImportRecords& records,
                  const std::vector<exchange::Decision>& decisions)
 {
     int counts[4] = {0, 0, 0, 0};
@@ -138,7 +138,7 @@ int runImport(const QStringList& args)
                                                         : archive.errorText() + "\n" + detail);
     }
 
-    std::vector<exchange::ImportRecord>& records = archive.records();
+    exchange::ImportRecords& records = archive.records();
     const std::vector<exchange::Decision> decisions = exchange::decide(records, catalog.provider());
     if (dryRun) {
         printDryRun(records, decisions);

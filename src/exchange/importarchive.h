@@ -57,8 +57,8 @@ public:
     QString detailText() const { return m_detail; }
 
     const DocumentHeader& header() const { return m_header; }
-    std::vector<ImportRecord>& records() { return m_records; }
-    const std::vector<ImportRecord>& records() const { return m_records; }
+    ImportRecords& records() { return m_records; }
+    const ImportRecords& records() const { return m_records; }
     // The whole element of a record of this archive, read back from the temporary folder; the
     // record may have been copied or moved since. Safe from several threads at once. Throws
     // std::runtime_error when the temporary folder cannot give it.
@@ -121,7 +121,7 @@ private:
     Status m_status = Status::NotExportFile;
     QString m_detail;
     DocumentHeader m_header;
-    std::vector<ImportRecord> m_records;
+    ImportRecords m_records;
 };
 
 } // namespace exchange

@@ -11,7 +11,7 @@
 
 namespace exchange {
 
-std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* provider)
+std::vector<Decision> decide(ImportRecords& records, es_provider_t* provider)
 {
     const std::map<QString, es_packet_t*> packets = edw::packets(provider);
     const std::u16string stamp = edw::toEs(stampAttribute);
@@ -48,7 +48,7 @@ bool needsDecision(const std::vector<Decision>& decisions)
     return false;
 }
 
-void applyPolicy(std::vector<ImportRecord>& records, const std::vector<Decision>& decisions,
+void applyPolicy(ImportRecords& records, const std::vector<Decision>& decisions,
                  ConflictPolicy policy)
 {
     for (size_t i = 0; i < records.size() && i < decisions.size(); ++i) {
@@ -67,7 +67,7 @@ void applyPolicy(std::vector<ImportRecord>& records, const std::vector<Decision>
     }
 }
 
-size_t compactRecords(std::vector<ImportRecord>& records)
+size_t compactRecords(ImportRecords& records)
 {
     std::erase_if(records, [](const ImportRecord& r) { return r.skip; });
     return records.size();

@@ -28,18 +28,18 @@ enum class ConflictPolicy
 // Looks every record up in the catalog (packet by name, element by id) and decides from the
 // change stamps, compared as text. Sets each record's `existing`. Only the first record of a
 // packet and id counts; the later ones are Repeated.
-std::vector<Decision> decide(std::vector<ImportRecord>& records, es_provider_t* provider);
+std::vector<Decision> decide(ImportRecords& records, es_provider_t* provider);
 
 // True when at least one decision needs the user (a new element or a conflict).
 bool needsDecision(const std::vector<Decision>& decisions);
 
 // Marks the records to drop: every Same and Repeated one, and the conflicts when policy keeps
 // mine. New records are kept.
-void applyPolicy(std::vector<ImportRecord>& records, const std::vector<Decision>& decisions,
+void applyPolicy(ImportRecords& records, const std::vector<Decision>& decisions,
                  ConflictPolicy policy);
 
 // Removes the records marked to drop, keeping the order of the others. Returns how many stay.
-size_t compactRecords(std::vector<ImportRecord>& records);
+size_t compactRecords(ImportRecords& records);
 
 // The host's version text as a number, after every ".", "a", "b", "r" and "c" is removed
 // ("23.1" gives 231); nothing when what remains is not a number.

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <deque>
 #include <optional>
 #include <vector>
 
@@ -111,6 +112,11 @@ struct ImportRecord
     // for any other name.
     QString value(const QString& name) const;
 };
+
+// The records of a document, in its order. Blocks rather than one array: a document of
+// unknown length grows it record by record, and an array would be copied, twice as large,
+// on every growth.
+using ImportRecords = std::deque<ImportRecord>;
 
 struct DocumentHeader
 {

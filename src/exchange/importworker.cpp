@@ -210,7 +210,7 @@ struct ImportWorker::Tree
 };
 
 ImportWorker::ImportWorker(ImportArchive& archive, es_provider_t* provider,
-                           std::vector<ImportRecord> records, QObject* parent)
+                           ImportRecords records, QObject* parent)
     : QObject(parent), m_archive(archive), m_provider(provider), m_records(std::move(records)),
       m_replacing(m_records.size(), false), m_tree(std::make_unique<Tree>())
 {

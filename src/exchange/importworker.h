@@ -46,7 +46,7 @@ public:
     };
 
     // archive must outlive the worker; it extracts the files the records name.
-    ImportWorker(ImportArchive& archive, es_provider_t* provider, std::vector<ImportRecord> records,
+    ImportWorker(ImportArchive& archive, es_provider_t* provider, ImportRecords records,
                  QObject* parent = nullptr);
     ~ImportWorker() override; // waits for a started run to end
 
@@ -144,7 +144,7 @@ private:
 
     ImportArchive& m_archive;
     es_provider_t* m_provider;
-    std::vector<ImportRecord> m_records;
+    ImportRecords m_records;
     std::atomic<int> m_state{Run};
     std::atomic<int>* m_stateWord = &m_state;
     std::atomic<int> m_done{0};

@@ -390,7 +390,7 @@ void TestDocumentReader::storedElementsReadBackTheSame()
     QTemporaryDir dir;
     exchange::ElementStore store;
     QVERIFY(store.open(dir.filePath("elements")));
-    std::vector<exchange::ImportRecord> records;
+    exchange::ImportRecords records;
     exchange::TextPool pool;
     for (const exchange::ImportElement& e : doc->records) {
         records.push_back(exchange::ImportRecord::of(e));

@@ -122,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         if (archive.errorText().isEmpty()) __builtin_trap();
         return 0;
     }
-    std::vector<exchange::ImportRecord>& records = archive.records();
+    exchange::ImportRecords& records = archive.records();
     exchange::decide(records, t.provider);
     for (const exchange::ImportRecord& head : records) {
         const exchange::ImportElement record = archive.element(head);

@@ -120,7 +120,7 @@ QString labelText(QWidget* dialog, const QString& name)
     return label ? label->text() : QStringLiteral("<no %1>").arg(name);
 }
 
-QStringList idsOf(const std::vector<exchange::ImportRecord>& records)
+QStringList idsOf(const exchange::ImportRecords& records)
 {
     QStringList ids;
     for (const auto& r : records)

@@ -42,7 +42,7 @@ QString stampText(const QString& author, const QString& date)
 
 } // namespace
 
-ImportDecisionModel::ImportDecisionModel(std::vector<ImportRecord>& records,
+ImportDecisionModel::ImportDecisionModel(ImportRecords& records,
                                          const std::vector<Decision>& decisions,
                                          std::vector<ImportGroup> groups,
                                          std::optional<long long> hostNumber, QObject* parent)

@@ -57,7 +57,7 @@ public:
 
     // decisions parallel records. hostNumber is the running host's version as a number;
     // nothing when it could not be read (then no record counts as later).
-    ImportDecisionModel(std::vector<ImportRecord>& records, const std::vector<Decision>& decisions,
+    ImportDecisionModel(ImportRecords& records, const std::vector<Decision>& decisions,
                         std::vector<ImportGroup> groups, std::optional<long long> hostNumber,
                         QObject* parent = nullptr);
 
@@ -105,7 +105,7 @@ private:
     const Row* rowAt(const QModelIndex& index) const;
     QString sideText(const ImportRecord& record, bool mine) const;
 
-    std::vector<ImportRecord>& m_records;
+    ImportRecords& m_records;
     std::vector<ImportGroup> m_groups;
     std::vector<Row> m_rows;
     // Per group, the indexes of its rows in m_rows.

@@ -26,7 +26,7 @@ namespace {
 
 // The records by library: the packets the records name, in the order they first appear,
 // grouped by the library configuration files; each group's records in archive order.
-std::vector<ImportGroup> libraryGroups(const std::vector<ImportRecord>& records, int kind,
+std::vector<ImportGroup> libraryGroups(const ImportRecords& records, int kind,
                                        const QString& libraryRoot, QStringList* errors)
 {
     QStringList packets;
