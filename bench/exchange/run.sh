@@ -168,7 +168,8 @@ if [ -n "$scales" ]; then
         "$ussctl" generate --kind tx --elements "$n" --attributes "$attributes" \
             --files "$files" --file-size 4 --seed 1 "$catalog" >/dev/null
         "$ussctl" export "$catalog" "$archive" >/dev/null 2>&1
-        document=$(unzip -l "$archive" TX.json | awk 'NR == 4 { printf "%d", $1 / 1048576 }')
+        document_bytes=$(unzip -l "$archive" TX.json | awk 'NR == 4 { print $1 }')
+        document=$(echo "$document_bytes" | awk '{ printf "%d", $1 / 1048576 }')
         "$ussctl" create --kind tx "$target" >/dev/null
         # The reading and deciding alone, apart from what the catalog holds of the elements
         # written.
@@ -178,6 +179,15 @@ if [ -n "$scales" ]; then
         echo "[${scale}x] ussctl import of $n elements (document $document MiB):" \
              "$took s, peak memory $peak MiB (dry run $dry_peak MiB)"
         memory_line="$memory_line ${scale}x $peak MiB,"
+        # What each element added past the first scale costs, beside what it adds to the
+        # document: the part of the import that still grows with it.
+        if [ "$scale" = 1 ]; then
+            first_n=$n first_peak=$peak first_dry=$dry_peak first_bytes=$document_bytes
+        else
+            growth=$(echo "$n $first_n $peak $first_peak $dry_peak $first_dry $document_bytes $first_bytes" |
+                awk '{ e = $1 - $2; printf "%.2f KiB (dry run %.2f KiB) against %.1f KiB of document",
+                       ($3 - $4) * 1024 / e, ($5 - $6) * 1024 / e, ($7 - $8) / 1024 / e }')
+        fi
         dry_line="$dry_line ${scale}x $dry_peak MiB,"
         rm -rf "$catalog" "$catalog.files" "$catalog-wal" "$catalog-shm" "$archive" \
             "$target" "$target.files" "$target-wal" "$target-shm"
@@ -193,3 +203,4 @@ echo "peak memory of ussctl import: $import_peak MiB (target <= 150 MiB)"
     echo "peak memory of ussctl import as the document grows:${memory_line%,} (target: flat)"
 [ -z "$dry_line" ] ||
     echo "peak memory of ussctl import --dry-run as the document grows:${dry_line%,} (target: flat)"
+[ -z "${growth:-}" ] || echo "peak memory added per element past 1x: $growth"
