@@ -285,18 +285,26 @@ QString ImportArchive::extract(const QString& entryName, bool handOver)
     if (entryName.isEmpty() || !d->zip) return {};
     const QString key = zipper::unzip::normalized(entryName);
     std::unique_lock lock(d->mutex);
+    bool present = false;
     for (;;) {
         const auto it = d->entries.constFind(key);
-        if (it == d->entries.cend()) break;
+        if (it == d->entries.cend()) {
+            if (present) break;
+            // The document's names never decide where a file lands: only names it may refer
+            // to are looked up at all, and the file gets a generated name in this import's
+            // folder. Asked unlocked: the archive answers between the prefetch's reads.
+            lock.unlock();
+            if (!isSafeEntryName(key) || !d->zip->contains(key)) return {};
+            present = true;
+            lock.lock();
+            continue;
+        }
         if (it->state == Private::Entry::Done) return it->path;
         if (it->state == Private::Entry::Failed)
             throw zipper::error("Failed to extract entry", key.toStdString(), it->zipError,
                                 it->systemError);
         d->changed.wait(lock);
     }
-    // The document's names never decide where a file lands: only names it may refer to are
-    // looked up at all, and the file gets a generated name in this import's folder.
-    if (!isSafeEntryName(key) || !d->zip->contains(key)) return {};
     const QString path = d->claim(key);
     lock.unlock();
     d->run(key, path, handOver);
@@ -313,46 +321,50 @@ void ImportArchive::prefetch(size_t count, PrefetchList entriesOf)
         d->stopping = false;
         d->writesAt = 0;
     }
-    d->prefetcher =
-        std::thread([d = d.get(), count, entriesOf = std::move(entriesOf)] {
-            for (size_t record = 0; record < count; ++record) {
+    d->prefetcher = std::thread([d = d.get(), count, entriesOf = std::move(entriesOf)] {
+        for (size_t record = 0; record < count; ++record) {
+            {
+                std::unique_lock lock(d->mutex);
+                d->changed.wait(lock,
+                                [&] { return d->stopping || record < d->writesAt + prefetchLead; });
+                if (d->stopping) return;
+            }
+            std::vector<Prefetch> entries;
+            try {
+                entries = entriesOf(record);
+            } catch (const std::exception& e) {
+                qDebug() << e.what();
+                return;
+            }
+            for (const Prefetch& entry : entries) {
+                const QString key = zipper::unzip::normalized(entry.entryName);
+                if (key.isEmpty() || !isSafeEntryName(key)) continue;
                 {
-                    std::unique_lock lock(d->mutex);
-                    d->changed.wait(
-                        lock, [&] { return d->stopping || record < d->writesAt + prefetchLead; });
+                    std::lock_guard lock(d->mutex);
                     if (d->stopping) return;
+                    if (d->entries.contains(key)) continue;
                 }
-                std::vector<Prefetch> entries;
-                try {
-                    entries = entriesOf(record);
-                } catch (const std::exception& e) {
-                    qDebug() << e.what();
-                    return;
-                }
-                for (const Prefetch& entry : entries) {
-                    const QString key = zipper::unzip::normalized(entry.entryName);
-                    QString path;
-                    {
-                        std::lock_guard lock(d->mutex);
-                        if (d->stopping) return;
-                        if (key.isEmpty() || d->entries.contains(key) || !isSafeEntryName(key) ||
-                            !d->zip->contains(key))
-                            continue;
-                        try {
-                            path = d->claim(key);
-                        } catch (const zipper::error& e) {
-                            qDebug() << e.what();
-                            return;
-                        }
-                    }
+                if (!d->zip->contains(key)) continue;
+                QString path;
+                {
+                    std::lock_guard lock(d->mutex);
+                    if (d->stopping) return;
+                    if (d->entries.contains(key)) continue;
                     try {
-                        d->run(key, path, entry.handOver);
-                    } catch (const zipper::error&) {
-                        // Remembered: the write that needs the entry fails with it.
+                        path = d->claim(key);
+                    } catch (const zipper::error& e) {
+                        qDebug() << e.what();
+                        return;
                     }
+                }
+                try {
+                    d->run(key, path, entry.handOver);
+                } catch (const zipper::error&) {
+                    // Remembered: the write that needs the entry fails with it.
                 }
             }
-        });
+        }
+    });
 }
 
 void ImportArchive::advance(size_t record)

@@ -12,8 +12,8 @@
 
 #include <atomic>
 #include <memory>
-#include <thread>
 #include <optional>
+#include <thread>
 
 // The archive layer: what it writes, what it refuses to read, and what it leaves behind.
 class TestZipper : public QObject
@@ -147,8 +147,7 @@ void TestZipper::readsFromSeveralThreadsGetTheirOwnBytes()
             try {
                 u.extract(QString("TX/model/%1.m3d").arg(i), out);
                 if (ziptest::readFile(out) != content(i)) ++wrong;
-                if (u.readAll(QString("TX/model/%1.m3d").arg(i), 1 << 22) != content(i))
-                    ++wrong;
+                if (u.readAll(QString("TX/model/%1.m3d").arg(i), 1 << 22) != content(i)) ++wrong;
             } catch (const zipper::error&) {
                 ++wrong;
             }

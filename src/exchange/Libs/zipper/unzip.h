@@ -18,8 +18,8 @@ namespace zipper {
 struct limits
 {
     std::int64_t maxEntries = 1'000'000;
-    // Sum of the bytes actually extracted through one archive (one unzip object): at most maxRatio times the archive's size on disk plus ratioFloor, and never
-    // more than this.
+    // Sum of the bytes actually extracted through one archive (one unzip object): at most
+    // maxRatio times the archive's size on disk plus ratioFloor, and never more than this.
     std::int64_t maxTotalBytes = std::int64_t(32) << 30;
     // Bytes extracted per compressed byte of an entry, checked once an entry passed
     // ratioFloor bytes (small files legitimately compress far). Deflate turns runs of one
