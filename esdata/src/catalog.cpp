@@ -1741,6 +1741,8 @@ const std::vector<es_spec*>& Catalog::specs(es_stdsize* e)
                     current->element = e;
                     current->next = e->specShells;
                     e->specShells = current;
+                    if (m_inScope && m_scopeFirstSpec > 0 && id >= m_scopeFirstSpec)
+                        created(Kind::Spec, current);
                 }
                 q.text(1, current->libName);
                 current->style = q.i32(2);
@@ -1788,6 +1790,7 @@ bool Catalog::runCommand(std::u16string_view xml)
                         .run();
                 }
                 int64_t spec = sqlite3_last_insert_rowid(m_db);
+                if (m_inScope && m_scopeFirstSpec == 0) m_scopeFirstSpec = spec;
                 int64_t col = 0;
                 for (const auto& [num, formula] : s.columns) {
                     Query c = query(sInsertColumn);
@@ -1866,6 +1869,7 @@ bool Catalog::begin()
     m_scopeOwner = std::this_thread::get_id();
     m_scopeCreated.clear();
     m_scopeKilled.clear();
+    m_scopeFirstSpec = 0;
     return true;
 }
 
@@ -1877,6 +1881,7 @@ bool Catalog::commit()
     m_inScope = false;
     m_scopeCreated.clear();
     m_scopeKilled.clear();
+    m_scopeFirstSpec = 0;
     // Files named by rows the scope deleted go once the deletion is committed: a rolled back
     // scope brings its rows back with their files.
     removeUnused();
@@ -2067,6 +2072,7 @@ bool Catalog::rollback()
     forgetHandles(faces);
     m_scopeCreated.clear();
     m_scopeKilled.clear();
+    m_scopeFirstSpec = 0;
     dropCaches();
     return true;
 }

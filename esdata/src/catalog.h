@@ -289,6 +289,9 @@ private:
 
     std::vector<std::u16string> m_unused; // stored names of deleted rows
     size_t m_unusedBeforeScope = 0;
+    // The first specification row written in the open scope (0: none yet). Row ids only
+    // grow, so a shell made later of a row at or past it is of a row the scope made.
+    int64_t m_scopeFirstSpec = 0;
     mutable std::mutex m_aheadMutex;
     mutable std::unordered_map<std::u16string, int> m_ahead; // case folded, stored ahead
 

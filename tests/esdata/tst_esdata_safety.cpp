@@ -89,8 +89,21 @@ void TstEsdataSafety::rollbackRestoresDataAndHandles()
     for (int k = 0; k < 200; ++k)
         before.push_back(table_AddStdSize(many, u16("L" + QString::number(k)).c_str()));
     std::vector<es_stdsize_t*> madeInside;
+    auto specCommand = [](int style) {
+        return u16(QString("<commands><command type=\"create_spec\"><stdSize packet=\"K\" "
+                           "id=\"K1\"/><spec styleNum=\"%1\" libName=\"S%1\" firstPart=\"1\" "
+                           "secondPart=\"2\"/></command></commands>")
+                       .arg(style));
+    };
+    QVERIFY(provider_RunCommand(p, specCommand(4).c_str()));
+    es_spec_t* specBefore = stdsize_GetSpecification(kept, 0);
+    QCOMPARE(spec_Style(specBefore), 4);
 
     QVERIFY(esx_Begin(p));
+    QVERIFY(provider_RunCommand(p, specCommand(9).c_str()));
+    es_spec_t* specInside = stdsize_GetSpecification(kept, 0);
+    QCOMPARE(spec_Style(specInside), 9);
+    QCOMPARE(spec_Style(specBefore), 0); // replaced: dead inside the scope
     for (int k = 0; k < 200; ++k)
         madeInside.push_back(table_AddStdSize(many, u16("M" + QString::number(k)).c_str()));
     QVERIFY(stdsize_SetValueI(kept, a0, -1));
@@ -108,6 +121,12 @@ void TstEsdataSafety::rollbackRestoresDataAndHandles()
     QCOMPARE(qs(stdsize_GetID(doomed)), QString()); // dead inside the scope
     QVERIFY(esx_Rollback(p));
 
+    // The record replaced inside is back through its old handle; the one made inside is gone.
+    QCOMPARE(stdsize_GetSpecificationCount(kept), 1u);
+    QCOMPARE(stdsize_GetSpecification(kept, 0), specBefore);
+    QCOMPARE(spec_Style(specBefore), 4);
+    QCOMPARE(qs(spec_LibName(specInside)), QString());
+    QCOMPARE(spec_Style(specInside), 0);
     QVERIFY(stdsize_GetValue(kept, a0, &v));
     QCOMPARE(v.i, 100);
     QCOMPARE(qs(stdsize_GetType(kept)), QString());
