@@ -47,7 +47,8 @@ unzip::unzip(const QString& path, const limits& bounds) : m_path(path), m_limits
         throw error("Failed to open archive", path.toStdString(), code, sys);
     }
     const zip_int64_t count = zip_get_num_entries(m_zip, 0);
-    if (count < 0 || count > m_limits.maxEntries) {
+    // The index numbers entries in 32 bits.
+    if (count < 0 || count > std::min<std::int64_t>(m_limits.maxEntries, UINT32_MAX)) {
         zip_discard(m_zip);
         m_zip = nullptr;
         throw error("Too many entries in archive", path.toStdString(), ZIP_ER_INCONS, 0);

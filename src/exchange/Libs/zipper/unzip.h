@@ -54,7 +54,8 @@ public:
     // than maxBytes.
     QByteArray readAll(const QString& entryName, std::int64_t maxBytes);
     // The entry's bytes handed to sink part by part as they are inflated, with the checks of
-    // readAll; nothing is kept. What sink throws ends the read and is passed on.
+    // readAll; nothing is kept. What sink throws ends the read and is passed on. The sink runs
+    // while this reader reads: it must not call the same reader.
     void read(const QString& entryName, std::int64_t maxBytes,
               const std::function<void(const char* data, std::int64_t size)>& sink);
     // Reads the entry to its end and lets go of the bytes: the same checks as a read, nothing
